@@ -1,0 +1,38 @@
+// StatusLine: one line on the console that is rewritten in place. Belongs to one thread.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "foundation/time.hpp"
+
+namespace znp {
+
+class StatusLine {
+ public:
+    explicit StatusLine(upL_t width = 79, double interval_seconds = 0.1, bool end_with_newline = false);
+
+    void add(char color, std::string text);
+    void clear();    // drops the segments
+    void restart();  // stamps the start and the last draw
+    void erase();
+
+    enum class Update { nothing = 0, if_due = 1, force = 2 };
+    void update(Update mode);
+
+    const Time& start() const { return start_; }
+
+ private:
+    void draw();
+
+    upL_t width_;
+    bool end_with_newline_;
+    double interval_;
+    Time start_{};
+    Time last_draw_{};
+    bool drawn_ = false;
+    std::vector<std::pair<char, std::string>> segments_;
+};
+
+}  // namespace znp

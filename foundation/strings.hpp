@@ -1,0 +1,23 @@
+// Small string helpers: narrow and wide forms, numbers as text.
+#pragma once
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+
+#include "foundation/types.hpp"
+
+namespace znp {
+
+// Copies unit by unit. A unit above 127 is reported and thrown as a bare text pointer.
+std::string w_to_a_direct(const std::wstring& text);
+std::wstring a_to_w_direct(const std::string& text);
+
+std::string to_string_u64(u64_t value);
+[[gnu::format(printf, 2, 3)]] std::string format_printf(upL_t size, const char* format, ...);
+std::string zero_padded_20(u64_t value);
+
+u64_t parse_u64(std::string_view text);  // leading digits; no overflow check
+bool parse_i64_line(std::string_view text, s64_t& value);  // decimal up to a line end; false for anything else
+
+}  // namespace znp

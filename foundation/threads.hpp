@@ -1,0 +1,68 @@
+// Threads: recursive binary forks and flat forks. No pool, no queue, no lock.
+//
+// A Task never owns the data that it works on. The halves of a fork write disjoint ranges; the join is the only
+// synchronisation. Every start is paired with a join in the same scope, also while an exception unwinds.
+//
+// A std::exception of compute tasks on a new thread is fatal there ("FATAL ERROR: Unhandled exception in child
+// thread."); a zn_exception is printed and its code kept in the thread's slot, for the joiner to look at.
+#pragma once
+
+#include <pthread.h>
+
+#include "foundation/types.hpp"
+
+namespace znp {
+
+class Task {
+ public:
+    virtual ~Task() = default;
+    virtual void run(u64_t index) = 0;
+};
+
+// A Task from a callable: auto task = make_task([&](u64_t index) { ... });
+template <class F>
+class FunctionTask final : public Task {
+ public:
+    explicit FunctionTask(F function) : function_(static_cast<F&&>(function)) {}
+    void run(u64_t index) override { function_(index); }
+
+ private:
+    F function_;
+};
+template <class F>
+FunctionTask<F> make_task(F function) {
+    return FunctionTask<F>(static_cast<F&&>(function));
+}
+
+struct Thread {
+    pthread_t handle{};
+    Task* task = nullptr;
+    u64_t index = 0;
+    bool finished = false;  // set by the thread as its last action; read only after the join
+    bool started = false;   // between a successful create and a successful join
+    s32_t status = 0;       // code of a zn_exception that run() let out
+};
+
+inline constexpr u64_t max_threads = 256;
+
+// A failed create ends the program. priority 0 leaves the scheduling alone; others are an attempt only.
+void thread_start(Thread& thread, int priority, Task& task, u64_t index);
+void thread_join(Thread& thread);
+
+// first.run(0) on a new thread, second.run(0) on this one, join. If second throws, the join still happens.
+// Returns the status of the new thread: 0, or the code of the zn_exception that ended it.
+s32_t fork_two(Task& first, Task& second);
+
+// One new thread for each index in [first, last); this thread only waits. Joins in index order. Returns the
+// first status that is not 0.
+s32_t fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority = 0);
+
+// The same, with the last index on this thread. A range of one index starts no thread.
+s32_t fork_range(Task& task, u64_t first, u64_t last, int priority = 0);
+
+u64_t logical_cores();
+
+// Not implemented on this platform; says so.
+void set_affinity(u64_t core);
+
+}  // namespace znp

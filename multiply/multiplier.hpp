@@ -1,0 +1,64 @@
+// multiplier: one multiplication algorithm for one word family.
+//
+// Stateless. It answers for the memory that a product will need before anything runs, builds its lookup tables,
+// and makes transforms. All lengths are product lengths in words of the family unless a name says bits or bytes.
+// Number objects never name one: they go through the dispatchers of multiply/dispatch.hpp.
+//
+// To add an algorithm: derive from multiplier<word> (and transform), give it static objects and rows in
+// multiply/selection.cpp.
+#pragma once
+
+#include "foundation/types.hpp"
+#include "multiply/basic_parameters.hpp"
+#include "multiply/transform.hpp"
+
+namespace znp {
+
+template <class word>
+class multiplier {
+ public:
+    const u64_t max_bits;  // the largest product that the object's own limits allow
+    const char* const name;
+    const char* const long_name;
+    const char* const table_name;
+    const char* const table_long_name;
+
+    multiplier(const multiplier&) = delete;
+    multiplier& operator=(const multiplier&) = delete;
+
+    // Lookup tables for products up to limit_bits: bytes; construction, which returns the end of what it used.
+    virtual upL_t table_bytes(u64_t limit_bits) const = 0;
+    virtual std::byte* build_tables(TableHolder& holder, u64_t limit_bits, std::byte* memory) const = 0;
+
+    // Bytes of a work buffer for a product of L words on `threads` threads.
+    virtual upL_t work_bytes(upL_t L, u64_t threads) const = 0;
+
+    // A transform of product length L in the caller's storage (TransformSlot::bytes) at place; bp gives the
+    // tables and the threads. A null place makes nothing and gives null.
+    virtual transform* make_transform(const BasicParameters& bp, void* place, upL_t L) const = 0;
+
+    // Products with all working memory in bp's buffer; see transform. The windows give the words [s, e).
+    virtual void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const;
+    virtual void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B, upL_t Lb) const;
+    virtual void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t n) const;
+    virtual void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
+                            const word* B, upL_t Lb) const;
+
+    // The route by two half-length convolutions, where an algorithm has one; otherwise the plain one.
+    virtual upL_t mulp_bytes(upL_t L, u64_t threads) const { return work_bytes(L, threads); }
+    virtual void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
+                      const word* B, upL_t Lb) const {
+        mul_window(bp, T, s, e, A, La, B, Lb);
+    }
+
+ protected:
+    constexpr multiplier(u64_t max_bits_, const char* name_, const char* long_name_)
+        : max_bits(max_bits_),
+          name(name_),
+          long_name(long_name_),
+          table_name(name_),
+          table_long_name(long_name_) {}
+    ~multiplier() = default;
+};
+
+}  // namespace znp

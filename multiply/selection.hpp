@@ -1,0 +1,41 @@
+// Which algorithm serves which product length.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "multiply/multiplier.hpp"
+
+namespace znp {
+
+// Above this product length the large transform takes over from the floating-point FFT and the hybrid NTT. A
+// setting in its own right: the tables and the twiddle builder follow it.
+inline constexpr u64_t vst_threshold_bits = 0xa0040;
+
+template <class word>
+struct ConvolutionRow {
+    upL_t max_words;  // longest product of this row
+    const multiplier<word>* algorithm;
+};
+
+// Sorted by length.
+template <class word>
+std::span<const ConvolutionRow<word>> memory_table();
+template <class word>
+std::span<const ConvolutionRow<word>> swap_table();
+
+// The first row with max_words >= L; none: the generic exception, code -4.
+template <class word>
+const multiplier<word>& select(std::span<const ConvolutionRow<word>> table, upL_t L);
+
+// All multipliers of a word family in the order BKT, FFT, HNT, VST; and by key, null if there is none.
+template <class word>
+std::span<const multiplier<word>* const> multipliers();
+template <class word>
+const multiplier<word>* find_multiplier(std::string_view key);
+
+// "Convolution Algorithm Table (..-bit Word)" on the console.
+template <class word>
+void print_convolution_table();
+
+}  // namespace znp
