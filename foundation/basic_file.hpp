@@ -10,7 +10,7 @@ namespace znp {
 
 // A plain file. An empty path means closed. Moved, never copied.
 class BasicFile {
- public:
+  public:
     BasicFile() = default;
     BasicFile(BasicFile&& other) noexcept;
     BasicFile& operator=(BasicFile&& other) noexcept;
@@ -32,7 +32,7 @@ class BasicFile {
     bool is_open() const { return !path_.empty(); }
     const std::wstring& path() const { return path_; }
 
- private:
+  private:
     std::wstring path_;
     std::FILE* handle_ = nullptr;
 };

@@ -1,9 +1,9 @@
 // BasicHeap: first-fit heap inside one block of memory, its table of allocations at the block's end.
 //
 // Allocations grow upward from base, the table (16 bytes an entry, sorted by address, lowest address highest)
-// grows downward from end; the heap is full when they meet. Every allocation starts with one word that holds its
-// owner. Sizes in bytes, multiples of 8. Not thread-safe: a heap belongs to one thread at a time, and parallel
-// phases use a pair (heap_split). Allocation costs a scan of the table.
+// grows downward from end; the heap is full when they meet. Every allocation starts with one word that holds
+// its owner. Sizes in bytes, multiples of 8. Not thread-safe: a heap belongs to one thread at a time, and
+// parallel phases use a pair (heap_split). Allocation costs a scan of the table.
 #pragma once
 
 #include "foundation/types.hpp"
@@ -33,7 +33,8 @@ void heap_create(BasicHeap& heap, BasicHeap* parent, upL_t size_bytes);
 void heap_free(void* block);
 void heap_destroy(BasicHeap& heap);
 
-// Moves a guarded allocation down into the gap before it, by a multiple of alignment; returns the new payload.
+// Moves a guarded allocation down into the gap before it, by a multiple of alignment; returns the new
+// payload.
 [[nodiscard]] void* heap_shift_down(void* payload, upL_t alignment);
 
 // Carves two equal heaps, heap.child_pair[0] and [1], leaving room for table_entries further entries.

@@ -1,7 +1,8 @@
 // The event log of a run: a text that only grows, one line an event.
 //
 // A line is the date and time, a tab, the seconds since the log's start with three decimals, a tab, the text.
-// Passed down as a pointer that is null where no run keeps a log. Belongs to the thread that finishes a stage.
+// Passed down as a pointer that is null where no run keeps a log. Belongs to the thread that finishes a
+// stage.
 #pragma once
 
 #include <string>
@@ -11,12 +12,12 @@
 namespace znp {
 
 class EventLog {
- public:
+  public:
     EventLog();
     void add(const std::string& text);
     const std::string& text() const { return text_; }
 
- private:
+  private:
     Time start_;
     std::string text_;
 };

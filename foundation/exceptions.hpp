@@ -1,8 +1,8 @@
 // The exception family and its one way out.
 //
 // Code that finds something wrong fills in a zn_exception (or a class derived from it) and calls fire(); the
-// record's action decides whether it is printed, thrown, or ends the program. zn_error is outside the family on
-// purpose: it passes every handler of zn_exception and reaches only the outermost one.
+// record's action decides whether it is printed, thrown, or ends the program. zn_error is outside the family
+// on purpose: it passes every handler of zn_exception and reaches only the outermost one.
 //
 // Exceptions never cross threads, and none leaves a destructor.
 #pragma once
@@ -44,7 +44,7 @@ inline constexpr s32_t print_and_throw = 3;  // print the report, then raise (al
 }  // namespace action
 
 class zn_exception : public std::exception {
- public:
+  public:
     s32_t code;
     const char* message;  // static text or null
     std::string text;
@@ -65,14 +65,14 @@ class zn_exception : public std::exception {
 };
 
 class FileException : public zn_exception {
- public:
+  public:
     std::wstring path;
     FileException(s32_t code, const char* title, std::wstring path);
     [[noreturn]] void raise() const override;
 };
 
 class BufferTooSmallException : public zn_exception {
- public:
+  public:
     u64_t size_needed;
     u64_t size_given;
     std::string detail;
@@ -81,7 +81,7 @@ class BufferTooSmallException : public zn_exception {
 };
 
 class ConvolutionTooSmallException : public zn_exception {
- public:
+  public:
     u64_t size_needed;
     u64_t size_given;
     std::string algorithm;
@@ -91,31 +91,31 @@ class ConvolutionTooSmallException : public zn_exception {
 
 // A normal signal: algorithm selection catches it and tries the next candidate.
 class InvalidTransformParametersException : public zn_exception {
- public:
+  public:
     explicit InvalidTransformParametersException(const char* title);
     [[noreturn]] void raise() const override;
 };
 
 class UnsupportedValueException : public zn_exception {
- public:
+  public:
     static UnsupportedValueException negative(const char* location);
     static UnsupportedValueException zero(const char* location);
     [[noreturn]] void raise() const override;
 
- private:
+  private:
     UnsupportedValueException(const char* message, const char* location);
 };
 
 // A residue check of a series term failed. Caught by the series' bottom level, which repeats the block.
 class zl_BSRModularCheckFailed : public zn_exception {
- public:
+  public:
     explicit zl_BSRModularCheckFailed(std::string text);
     [[noreturn]] void raise() const override;
 };
 
 namespace Threads {
 class ThreadException : public zn_exception {
- public:
+  public:
     ThreadException(s32_t code, const char* title);
     [[noreturn]] void raise() const override;
 };
@@ -123,7 +123,7 @@ class ThreadException : public zn_exception {
 
 namespace Serialization {
 class ParseException : public zn_exception {
- public:
+  public:
     explicit ParseException(const char* message, std::string text = {});
     [[noreturn]] void raise() const override;
 };
@@ -131,7 +131,7 @@ class ParseException : public zn_exception {
 
 // An unrecoverable state. Not a zn_exception.
 class zn_error : public std::exception {
- public:
+  public:
     zn_exception exception;
     const char* note;  // static text
     zn_error(zn_exception exception, const char* note);

@@ -1,5 +1,5 @@
-// Guarded allocation: one allocation and one release for arrays from a BasicHeap and from the general allocator,
-// with guard words on both sides that are tested at the release.
+// Guarded allocation: one allocation and one release for arrays from a BasicHeap and from the general
+// allocator, with guard words on both sides that are tested at the release.
 //
 // Layout from the raw block upward:
 //   word 0             owner heap, or null for the general allocator
@@ -32,8 +32,8 @@ inline void* const all_ones_marker = reinterpret_cast<void*>(~std::uintptr_t{0})
 [[nodiscard]] void* guarded_alloc_or_marker(BasicHeap* heap, upL_t size_bytes, upL_t alignment);
 void guarded_free(void* payload);
 
-// Short tables: alignment at most 128; memory from the general allocator, the raw pointer in the word before the
-// result. Release with aligned_free_small.
+// Short tables: alignment at most 128; memory from the general allocator, the raw pointer in the word before
+// the result. Release with aligned_free_small.
 [[nodiscard]] void* aligned_alloc_small(upL_t size_bytes, upL_t alignment);
 void aligned_free_small(void* payload);
 

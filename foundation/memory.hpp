@@ -14,8 +14,9 @@ u64_t physical_memory();   // bytes in the machine
 // Warns and waits for ENTER when less than needed is available; never refuses.
 void check_available_memory(u64_t needed_bytes);
 
-// Makes fresh memory real: advises huge pages for the page-aligned inside of the block, then stores zeros into
-// all of it on `threads` threads. The first touch of memory by 4 KiB pages can be the slowest thing on a machine.
+// Makes fresh memory real: advises huge pages for the page-aligned inside of the block, then stores zeros
+// into all of it on `threads` threads. The first touch of memory by 4 KiB pages can be the slowest thing on a
+// machine.
 void first_touch(void* block, upL_t size_bytes, u64_t threads);
 
 }  // namespace znp

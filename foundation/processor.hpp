@@ -12,7 +12,7 @@ struct CpuidRegisters {
 };
 
 class CpuidSource {
- public:
+  public:
     virtual ~CpuidSource() = default;
     virtual CpuidRegisters cpuid(u32_t leaf, u32_t subleaf) const = 0;
     virtual u64_t xgetbv() const = 0;  // word 0; only legal where OSXSAVE is set
@@ -21,8 +21,8 @@ class CpuidSource {
 // The processor that the program runs on.
 const CpuidSource& this_processor();
 
-// The 48 bytes of leaves 0x80000002 to 0x80000004: no leading blanks, runs of blanks reduced to one, cut at the
-// first zero byte.
+// The 48 bytes of leaves 0x80000002 to 0x80000004: no leading blanks, runs of blanks reduced to one, cut at
+// the first zero byte.
 std::string processor_name(const CpuidSource& source = this_processor());
 
 }  // namespace znp

@@ -10,7 +10,7 @@
 namespace znp {
 
 class StatusLine {
- public:
+  public:
     explicit StatusLine(upL_t width = 79, double interval_seconds = 0.1, bool end_with_newline = false);
 
     void add(char color, std::string text);
@@ -23,7 +23,7 @@ class StatusLine {
 
     const Time& start() const { return start_; }
 
- private:
+  private:
     void draw();
 
     upL_t width_;

@@ -18,6 +18,7 @@ std::string to_string_u64(u64_t value);
 std::string zero_padded_20(u64_t value);
 
 u64_t parse_u64(std::string_view text);  // leading digits; no overflow check
-bool parse_i64_line(std::string_view text, s64_t& value);  // decimal up to a line end; false for anything else
+bool parse_i64_line(std::string_view text,
+                    s64_t& value);  // decimal up to a line end; false for anything else
 
 }  // namespace znp

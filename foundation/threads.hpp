@@ -1,10 +1,11 @@
 // Threads: recursive binary forks and flat forks. No pool, no queue, no lock.
 //
-// A Task never owns the data that it works on. The halves of a fork write disjoint ranges; the join is the only
-// synchronisation. Every start is paired with a join in the same scope, also while an exception unwinds.
+// A Task never owns the data that it works on. The halves of a fork write disjoint ranges; the join is the
+// only synchronisation. Every start is paired with a join in the same scope, also while an exception unwinds.
 //
-// A std::exception of compute tasks on a new thread is fatal there ("FATAL ERROR: Unhandled exception in child
-// thread."); a zn_exception is printed and its code kept in the thread's slot, for the joiner to look at.
+// A std::exception of compute tasks on a new thread is fatal there ("FATAL ERROR: Unhandled exception in
+// child thread."); a zn_exception is printed and its code kept in the thread's slot, for the joiner to look
+// at.
 #pragma once
 
 #include <pthread.h>
@@ -14,7 +15,7 @@
 namespace znp {
 
 class Task {
- public:
+  public:
     virtual ~Task() = default;
     virtual void run(u64_t index) = 0;
 };
@@ -22,11 +23,11 @@ class Task {
 // A Task from a callable: auto task = make_task([&](u64_t index) { ... });
 template <class F>
 class FunctionTask final : public Task {
- public:
+  public:
     explicit FunctionTask(F function) : function_(static_cast<F&&>(function)) {}
     void run(u64_t index) override { function_(index); }
 
- private:
+  private:
     F function_;
 };
 template <class F>

@@ -21,14 +21,14 @@ double cpu_frequency();  // ticks of the counter a second; spins for 1/16 second
 
 // Adds up the wall-clock and CPU seconds of the stretches between start() and stop().
 class StopWatch {
- public:
+  public:
     void start();
     void stop();  // not running: fatal error
     bool running() const { return running_; }
     double wall_seconds() const { return wall_seconds_; }
     double cpu_seconds() const { return cpu_seconds_; }
 
- private:
+  private:
     bool running_ = false;
     Time start_{};
     double cpu_start_ = 0;

@@ -8,7 +8,8 @@ namespace znp {
 struct TableHolder;
 
 // Owns nothing. The caller of an operation owns the work buffer, whose size a query promised beforehand; a
-// buffer that turns out too small is a fault of the memory plan and throws. The holder's tables are read-only.
+// buffer that turns out too small is a fault of the memory plan and throws. The holder's tables are
+// read-only.
 struct BasicParameters {
     const TableHolder* holder = nullptr;  // twiddle tables; not needed by BKT
     std::byte* M = nullptr;               // work buffer, aligned to 32 bytes

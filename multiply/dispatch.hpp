@@ -2,9 +2,9 @@
 // number objects include.
 //
 // T has 2 n, La + Lb, or (windows) e - s words and overlaps nothing. bp's work buffer must have
-// work_bytes_for<word>(key) bytes, key the product length (windows: of the narrowed operands; the whole product
-// length is always enough). A window's lowest word can lack a carry from the words below it that were not
-// computed: see multiply/bkt/window.hpp.
+// work_bytes_for<word>(key) bytes, key the product length (windows: of the narrowed operands; the whole
+// product length is always enough). A window's lowest word can lack a carry from the words below it that were
+// not computed: see multiply/bkt/window.hpp.
 #pragma once
 
 #include "multiply/basic_parameters.hpp"
@@ -23,7 +23,8 @@ template <class word>
 void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
                 upL_t Lb);
 template <class word>
-void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B, upL_t Lb);
+void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
+          upL_t Lb);
 
 // The transform for a product of L words, in the slot.
 template <class word>

@@ -1,8 +1,8 @@
 // multiplier: one multiplication algorithm for one word family.
 //
-// Stateless. It answers for the memory that a product will need before anything runs, builds its lookup tables,
-// and makes transforms. All lengths are product lengths in words of the family unless a name says bits or bytes.
-// Number objects never name one: they go through the dispatchers of multiply/dispatch.hpp.
+// Stateless. It answers for the memory that a product will need before anything runs, builds its lookup
+// tables, and makes transforms. All lengths are product lengths in words of the family unless a name says
+// bits or bytes. Number objects never name one: they go through the dispatchers of multiply/dispatch.hpp.
 //
 // To add an algorithm: derive from multiplier<word> (and transform), give it static objects and rows in
 // multiply/selection.cpp.
@@ -16,7 +16,7 @@ namespace znp {
 
 template <class word>
 class multiplier {
- public:
+  public:
     const u64_t max_bits;  // the largest product that the object's own limits allow
     const char* const name;
     const char* const long_name;
@@ -26,7 +26,8 @@ class multiplier {
     multiplier(const multiplier&) = delete;
     multiplier& operator=(const multiplier&) = delete;
 
-    // Lookup tables for products up to limit_bits: bytes; construction, which returns the end of what it used.
+    // Lookup tables for products up to limit_bits: bytes; construction, which returns the end of what it
+    // used.
     virtual upL_t table_bytes(u64_t limit_bits) const = 0;
     virtual std::byte* build_tables(TableHolder& holder, u64_t limit_bits, std::byte* memory) const = 0;
 
@@ -39,8 +40,10 @@ class multiplier {
 
     // Products with all working memory in bp's buffer; see transform. The windows give the words [s, e).
     virtual void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const;
-    virtual void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B, upL_t Lb) const;
-    virtual void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t n) const;
+    virtual void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
+                     upL_t Lb) const;
+    virtual void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
+                            upL_t n) const;
     virtual void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
                             const word* B, upL_t Lb) const;
 
@@ -51,7 +54,7 @@ class multiplier {
         mul_window(bp, T, s, e, A, La, B, Lb);
     }
 
- protected:
+  protected:
     constexpr multiplier(u64_t max_bits_, const char* name_, const char* long_name_)
         : max_bits(max_bits_),
           name(name_),

@@ -15,7 +15,7 @@
 namespace znp {
 
 class transform {
- public:
+  public:
     const TableHolder* holder;
     u64_t max_bits;         // product length that it serves
     upL_t transform_bytes;  // one transformed operand
@@ -33,8 +33,8 @@ class transform {
     template <class word>
     void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t n) const;
     template <class word>
-    void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
-                    upL_t Lb) const;
+    void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
+                    const word* B, upL_t Lb) const;
 
     // The steps. An inverse consumes its first image and leaves the second as it is.
     virtual void forward(void* image, const c32i* A, upL_t L, void* scratch) const = 0;
@@ -52,7 +52,7 @@ class transform {
     // Bytes of a work buffer for a whole product.
     upL_t product_bytes() const { return 2 * transform_bytes + work_bytes; }
 
- protected:
+  protected:
     transform(const TableHolder* holder_, u64_t max_bits_, upL_t transform_bytes_, upL_t work_bytes_)
         : holder(holder_), max_bits(max_bits_), transform_bytes(transform_bytes_), work_bytes(work_bytes_) {}
     transform(const transform&) = default;
@@ -61,7 +61,7 @@ class transform {
 
 // Storage on the stack for one transform object, which it destroys.
 class TransformSlot {
- public:
+  public:
     static constexpr std::size_t bytes = 512;
 
     TransformSlot() = default;
@@ -78,7 +78,7 @@ class TransformSlot {
     transform& operator*() const { return *object_; }
     transform* operator->() const { return object_; }
 
- private:
+  private:
     alignas(64) std::byte storage_[bytes];
     transform* object_ = nullptr;
 };

@@ -1,4 +1,5 @@
-// The seed of the random tests: taken from ZELMAR_TEST_SEED, otherwise drawn; printed with every test that uses it.
+// The seed of the random tests: taken from ZELMAR_TEST_SEED, otherwise drawn; printed with every test that
+// uses it.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +20,8 @@ inline std::uint64_t test_seed() {
 }
 
 // A generator for one test; `stream` keeps tests of one program apart.
-inline std::mt19937_64 make_rng(std::uint64_t stream) { return std::mt19937_64(test_seed() * 0x9E3779B97F4A7C15u + stream); }
+inline std::mt19937_64 make_rng(std::uint64_t stream) {
+    return std::mt19937_64(test_seed() * 0x9E3779B97F4A7C15u + stream);
+}
 
 }  // namespace znp::testing

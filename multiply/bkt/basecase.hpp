@@ -1,8 +1,8 @@
 // Schoolbook products of short operands.
 //
-// Words, least significant first; operands may have leading zero words. T never overlaps an operand and need not
-// be cleared; all 2 n or La + Lb words of it are written. Lengths are at least 1. No scratch, no allocation.
-// Cost: n^2 (La Lb) word products; the 32-bit square about half of that.
+// Words, least significant first; operands may have leading zero words. T never overlaps an operand and need
+// not be cleared; all 2 n or La + Lb words of it are written. Lengths are at least 1. No scratch, no
+// allocation. Cost: n^2 (La Lb) word products; the 32-bit square about half of that.
 #pragma once
 
 #include "foundation/types.hpp"

@@ -1,7 +1,7 @@
 // Karatsuba products, subtractive form, over the basecase.
 //
-// Same rules for operands and T as the basecase. S is scratch of exactly the bytes that the query gives, aligned
-// to a word, disjoint from everything else. No allocation. Cost about n^1.585.
+// Same rules for operands and T as the basecase. S is scratch of exactly the bytes that the query gives,
+// aligned to a word, disjoint from everything else. No allocation. Cost about n^1.585.
 #pragma once
 
 #include "foundation/types.hpp"

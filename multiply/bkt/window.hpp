@@ -1,8 +1,8 @@
 // Windows: the words [s, e) of a square or product.
 //
-// Words of the operands that cannot reach the window are dropped first. The value is the narrowed product's: it
-// lacks the carry from the words below that were dropped, so the lowest words of a window can be short of the
-// true ones. Callers that need exact words keep guard words below.
+// Words of the operands that cannot reach the window are dropped first. The value is the narrowed product's:
+// it lacks the carry from the words below that were dropped, so the lowest words of a window can be short of
+// the true ones. Callers that need exact words keep guard words below.
 #pragma once
 
 #include "foundation/types.hpp"

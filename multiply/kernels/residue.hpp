@@ -15,7 +15,9 @@ ZNP_INLINE constexpr u64_t add(u64_t a, u64_t b) {
     const u64_t s = a + b;
     return s > p - 1 ? s - p : s;
 }
-ZNP_INLINE constexpr u64_t sub(u64_t a, u64_t b) { return a >= b ? a - b : a + p - b; }
+ZNP_INLINE constexpr u64_t sub(u64_t a, u64_t b) {
+    return a >= b ? a - b : a + p - b;
+}
 ZNP_INLINE constexpr u64_t mul(u64_t a, u64_t b) {
     const u128_t P = static_cast<u128_t>(a) * b;
     const u64_t s = (static_cast<u64_t>(P) & p) + static_cast<u64_t>(P >> 61);
@@ -25,8 +27,12 @@ ZNP_INLINE constexpr u64_t mul(u64_t a, u64_t b) {
 // h = (h B + word) mod p from the top word down, starting at seed.
 u64_t hash_words32(const c32i* T, upL_t L, u64_t seed);
 u64_t hash_words64(const c64i* T, upL_t L, u64_t seed);
-inline u64_t hash_words(const c32i* T, upL_t L, u64_t seed = 0) { return hash_words32(T, L, seed); }
-inline u64_t hash_words(const c64i* T, upL_t L, u64_t seed = 0) { return hash_words64(T, L, seed); }
+inline u64_t hash_words(const c32i* T, upL_t L, u64_t seed = 0) {
+    return hash_words32(T, L, seed);
+}
+inline u64_t hash_words(const c64i* T, upL_t L, u64_t seed = 0) {
+    return hash_words64(T, L, seed);
+}
 
 // The same for a number in another radix, such as 10^19.
 u64_t hash_radix32(const c32i* T, upL_t L, c32i radix, u64_t seed);
