@@ -1,0 +1,95 @@
+#include "foundation/strings.hpp"
+
+#include <cstdio>
+
+#include "shell/console.hpp"
+
+namespace znp {
+
+namespace {
+
+constexpr u32_t last_ascii = 127;
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// Reports the failure and throws its text as a bare pointer, which passes every handler of exceptions.
+[[noreturn]] void conversion_failure(const char* text) {
+    Console::print_error(text);
+    throw text;
+}
+
+}  // namespace
+
+std::string w_to_a_direct(const std::wstring& text) {
+    std::string narrow;
+    narrow.reserve(text.size());
+    for (const wchar_t c : text) {
+        if (static_cast<u32_t>(c) > last_ascii) {
+            conversion_failure("w_to_a_direct(): Direct Conversion of > 127 wchar_t to char.");
+        }
+        narrow.push_back(static_cast<char>(c));
+    }
+    return narrow;
+}
+
+std::wstring a_to_w_direct(const std::string& text) {
+    std::wstring wide;
+    wide.reserve(text.size());
+    for (const char c : text) {
+        if (static_cast<unsigned char>(c) > last_ascii) {
+            conversion_failure("a_to_w_direct(): Direct Conversion of > 127 char to wchar_t.");
+        }
+        wide.push_back(static_cast<wchar_t>(c));
+    }
+    return wide;
+}
+
+std::string to_string_u64(u64_t value) {
+    return format_printf(32, "%lu", value);
+}
+
+std::string zero_padded_20(u64_t value) {
+    return format_printf(32, "%020lu", value);
+}
+
+std::string format_printf(upL_t size, const char* format, ...) {
+    std::string text(size, '\0');
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(text.data(), size, format, arguments);
+    va_end(arguments);
+    // The library cuts a longer text to size - 1 characters.
+    const upL_t room = size == 0 ? 0 : size - 1;
+    const upL_t wanted = length < 0 ? 0 : static_cast<upL_t>(length);
+    text.resize(wanted < room ? wanted : room);
+    return text;
+}
+
+u64_t parse_u64(std::string_view text) {
+    u64_t value = 0;
+    for (const char c : text) {
+        if (!is_digit(c)) break;
+        value = value * 10 + static_cast<u64_t>(c - '0');
+    }
+    return value;
+}
+
+bool parse_i64_line(std::string_view text, s64_t& value) {
+    upL_t i = 0;
+    while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
+    const bool negative = i < text.size() && text[i] == '-';
+    if (negative) ++i;
+
+    const upL_t first = i;
+    while (i < text.size() && is_digit(text[i])) ++i;
+    const bool at_line_end = i == text.size() || text[i] == '\r' || text[i] == '\n';
+    if (i == first || !at_line_end) return false;
+
+    const u64_t magnitude = parse_u64(text.substr(first));
+    value = static_cast<s64_t>(negative ? 0 - magnitude : magnitude);
+    return true;
+}
+
+}  // namespace znp
