@@ -8,15 +8,24 @@ namespace znp {
 // Sizes that the system reports are clipped here, so that sums of a few of them cannot overflow.
 inline constexpr u64_t max_memory_bytes = 0x77fffffffffffff1;
 
-u64_t available_memory();  // bytes of free pages now
-u64_t physical_memory();   // bytes in the machine
+u64_t available_memory();  // bytes of free pages now; 0 when the system does not say
+u64_t physical_memory();   // bytes in the machine; 0 when the system does not say
 
-// Warns and waits for ENTER when less than needed is available; never refuses.
+// What the system's counts stand for: pages times page size, clipped; 0 when either is not known (negative).
+u64_t memory_of_pages(s64_t pages, s64_t page_bytes);
+
+// Warns and waits for ENTER when less than needed is available; never refuses. An available size of 0 means
+// that it is not known.
 void check_available_memory(u64_t needed_bytes);
+void check_available_memory(u64_t needed_bytes, u64_t available_bytes);
 
 // Makes fresh memory real: advises huge pages for the page-aligned inside of the block, then stores zeros
-// into all of it on `threads` threads. The first touch of memory by 4 KiB pages can be the slowest thing on a
-// machine.
+// into all of it on at most `threads` threads. The block has any alignment and size. A thread gets at least
+// first_touch_min_share, and the shares meet at addresses that are multiples of a huge page, so that no page
+// is touched by two threads. The first touch of memory by 4 KiB pages can be the slowest thing on a machine
+// (bench/first_touch_bench.cpp).
+inline constexpr upL_t huge_page_bytes = upL_t{1} << 21;
+inline constexpr upL_t first_touch_min_share = 4 * huge_page_bytes;
 void first_touch(void* block, upL_t size_bytes, u64_t threads);
 
 }  // namespace znp

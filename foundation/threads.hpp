@@ -3,9 +3,10 @@
 // A Task never owns the data that it works on. The halves of a fork write disjoint ranges; the join is the
 // only synchronisation. Every start is paired with a join in the same scope, also while an exception unwinds.
 //
-// A std::exception of compute tasks on a new thread is fatal there ("FATAL ERROR: Unhandled exception in
-// child thread."); a zn_exception is printed and its code kept in the thread's slot, for the joiner to look
-// at.
+// What run() lets out on a new thread: a zn_exception is printed and its code kept in the thread's slot, for
+// the joiner to look at; a std::exception is printed and ends the program with "FATAL ERROR: Unhandled
+// exception in child thread."; anything else ends it at once. What run() lets out on the current thread
+// passes on to the caller once all threads of the fork are joined.
 #pragma once
 
 #include <pthread.h>
@@ -41,10 +42,13 @@ struct Thread {
     u64_t index = 0;
     bool finished = false;  // set by the thread as its last action; read only after the join
     bool started = false;   // between a successful create and a successful join
-    s32_t status = 0;       // code of a zn_exception that run() let out
+    s32_t status = 0;       // code of a zn_exception that run() let out; 1 for one whose code is 0
 };
 
 inline constexpr u64_t max_threads = 256;
+
+// A count of threads as a user enters it, brought into [1, max_threads]; says so in a line when it is not.
+u64_t clip_threads(u64_t entered);
 
 // A failed create ends the program. priority 0 leaves the scheduling alone; others are an attempt only.
 void thread_start(Thread& thread, int priority, Task& task, u64_t index);
@@ -61,9 +65,24 @@ s32_t fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority = 
 // The same, with the last index on this thread. A range of one index starts no thread.
 s32_t fork_range(Task& task, u64_t first, u64_t last, int priority = 0);
 
-u64_t logical_cores();
+// For joiners that have no other use for a status: one that is not 0 becomes a zn_exception with that code.
+// Its report has been printed by the thread.
+void raise_status(s32_t status);
+
+u64_t logical_cores();  // at least 1
 
 // Not implemented on this platform; says so.
 void set_affinity(u64_t core);
+
+// The system call behind thread_start. Tests count its calls and let it fail; nothing else changes it.
+using ThreadCreate = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+extern ThreadCreate thread_create_call;
+
+// Message texts of platforms whose threads report these states; this one does not.
+namespace thread_text {
+inline constexpr const char* wait_failed = "Thread Error: Wait for thread has failed.";
+inline constexpr const char* create_failed = "Warning: Unable to create thread.";
+inline constexpr const char* allocation_failed = "Possible Memory Allocation Failure.";
+}  // namespace thread_text
 
 }  // namespace znp

@@ -1,0 +1,155 @@
+#include "foundation/threads.hpp"
+
+#include <sched.h>
+#include <unistd.h>
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/exceptions.hpp"
+#include "foundation/fatal.hpp"
+#include "foundation/strings.hpp"
+#include "shell/console.hpp"
+
+namespace znp {
+
+constinit ThreadCreate thread_create_call = pthread_create;
+
+namespace {
+
+// Scheduling priorities of the process; SCHED_RR takes none of them without further rights.
+constexpr int high_priority = 0;
+constexpr int low_priority = 0;
+
+constexpr const char* unhandled_in_child = "FATAL ERROR: Unhandled exception in child thread.";
+
+// A failure whose code is 0 must not look like a success to the joiner.
+s32_t status_of(const zn_exception& exception) {
+    return exception.code != 0 ? exception.code : error_code::action_1;
+}
+
+// The inner try block only turns a zn_exception into a status: what its report may throw is caught outside.
+void run_and_report(Thread& thread) {
+    try {
+        try {
+            thread.task->run(thread.index);
+        } catch (const zn_exception& exception) {
+            thread.status = status_of(exception);
+            print_exception(exception);
+        }
+    } catch (const std::exception& exception) {
+        Console::print_error(exception.what());
+        fatal_exit(unhandled_in_child);
+    } catch (...) {
+        fatal_exit(unhandled_in_child);
+    }
+}
+
+void* thread_function(void* argument) {
+    auto& thread = *static_cast<Thread*>(argument);
+    run_and_report(thread);
+    thread.finished = true;
+    return nullptr;
+}
+
+// The threads of one fork. What is still started at the end of the scope is joined there, so that a throwing
+// run on the current thread leaves no thread over freed memory.
+class ThreadGroup {
+  public:
+    ThreadGroup() = default;
+    ThreadGroup(const ThreadGroup&) = delete;
+    ThreadGroup& operator=(const ThreadGroup&) = delete;
+    ~ThreadGroup() { join(); }
+
+    void start(int priority, Task& task, u64_t index) {
+        threads_.push_back(std::make_unique<Thread>());
+        thread_start(*threads_.back(), priority, task, index);
+    }
+
+    // In the order of the starts. Returns the first status that is not 0.
+    s32_t join() {
+        s32_t status = 0;
+        for (const auto& thread : threads_) {
+            if (thread->started) thread_join(*thread);
+            if (status == 0) status = thread->status;
+        }
+        return status;
+    }
+
+  private:
+    std::vector<std::unique_ptr<Thread>> threads_;
+};
+
+}  // namespace
+
+void thread_start(Thread& thread, int priority, Task& task, u64_t index) {
+    thread = Thread{};
+    thread.task = &task;
+    thread.index = index;
+    const int result = thread_create_call(&thread.handle, nullptr, thread_function, &thread);
+    if (result != 0) fire(Threads::ThreadException(result, "Unable to create thread."));
+    thread.started = true;
+    if (priority != 0) {
+        sched_param parameters{};
+        parameters.sched_priority = priority > 0 ? high_priority : low_priority;
+        static_cast<void>(pthread_setschedparam(thread.handle, SCHED_RR, &parameters));
+    }
+}
+
+void thread_join(Thread& thread) {
+    const int result = pthread_join(thread.handle, nullptr);
+    if (result != 0) fire(Threads::ThreadException(result, "Unable to join thread."));
+    thread.started = false;
+}
+
+s32_t fork_two(Task& first, Task& second) {
+    ThreadGroup threads;
+    threads.start(0, first, 0);
+    second.run(0);
+    return threads.join();
+}
+
+s32_t fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority) {
+    ThreadGroup threads;
+    for (u64_t index = first; index < last; ++index) threads.start(priority, task, index);
+    return threads.join();
+}
+
+s32_t fork_range(Task& task, u64_t first, u64_t last, int priority) {
+    if (first >= last) return 0;
+    ThreadGroup threads;
+    for (u64_t index = first; index < last - 1; ++index) threads.start(priority, task, index);
+    task.run(last - 1);
+    return threads.join();
+}
+
+void raise_status(s32_t status) {
+    if (status != 0) fire(zn_exception(status, nullptr, {}, {}, action::throw_silently));
+}
+
+u64_t logical_cores() {
+    const long cores = sysconf(_SC_NPROCESSORS_ONLN);
+    return cores < 1 ? 1 : static_cast<u64_t>(cores);
+}
+
+u64_t clip_threads(u64_t entered) {
+    if (entered == 0) {
+        Console::println("Warning: Clipping threads to 1.", 'Y');
+        Console::set_color('w');
+        return 1;
+    }
+    if (entered > max_threads) {
+        Console::println("Warning: Clipping threads to " + to_string_u64(max_threads) + ".", 'Y');
+        Console::set_color('w');
+        return max_threads;
+    }
+    return entered;
+}
+
+void set_affinity(u64_t) {
+    Console::print_error("Thread affinity not supported.\n");
+}
+
+}  // namespace znp
