@@ -33,7 +33,7 @@ static_assert(sizeof(BasicHeap) == 10 * word_bytes);
 
 constexpr const char* out_of_memory = "Memory Allocation Failure.";
 
-upL_t distance(const std::byte* low, const std::byte* high) {
+upL_t bytes_between(const std::byte* low, const std::byte* high) {
     return static_cast<upL_t>(high - low);
 }
 
@@ -112,7 +112,7 @@ void hand_over(const BasicHeap& child, BasicHeap& parent, u64_t first) {
     for (u64_t i = 0; i < child.active; ++i) {
         const HeapEntry survivor = entry(child, i);
         std::byte* const top = std::max(parent.top, survivor.limit());
-        if (parent.table_limit < top || distance(top, parent.table_limit) < entry_bytes) {
+        if (parent.table_limit < top || bytes_between(top, parent.table_limit) < entry_bytes) {
             fatal_exit("Critical Internal Assertion Failure: APIs-448");
         }
         block_owner(survivor.address) = &parent;
@@ -150,17 +150,17 @@ void heap_create(BasicHeap& heap, BasicHeap* parent, upL_t size_bytes) {
 
 void* heap_alloc(BasicHeap& heap, upL_t size_bytes) {
     assert(size_bytes >= word_bytes && size_bytes % word_bytes == 0);
-    if (distance(heap.top, heap.table_limit) < entry_bytes) return nullptr;
+    if (bytes_between(heap.top, heap.table_limit) < entry_bytes) return nullptr;
     std::byte* cursor = heap.base;
     for (u64_t i = 0; i < heap.active; ++i) {
         const HeapEntry next = entry(heap, i);
-        if (size_bytes <= distance(cursor, next.address)) {
+        if (size_bytes <= bytes_between(cursor, next.address)) {
             insert_entry(heap, i, {cursor, size_bytes});
             return give(heap, cursor);
         }
         cursor = next.limit();
     }
-    if (size_bytes > distance(cursor, heap.table_limit) - entry_bytes) return nullptr;
+    if (size_bytes > bytes_between(cursor, heap.table_limit) - entry_bytes) return nullptr;
     insert_entry(heap, heap.active, {cursor, size_bytes});
     return give(heap, cursor);
 }
@@ -193,7 +193,7 @@ void* heap_shift_down(void* payload, upL_t alignment) {
 
     const u64_t index = find_entry(heap, block);
     HeapEntry& moved = entry(heap, index);
-    const upL_t gap = distance(gap_start(heap, index), block);
+    const upL_t gap = bytes_between(gap_start(heap, index), block);
     const upL_t shift = gap & ~(std::max(alignment, word_bytes) - 1);
     if (shift == 0) return payload;
 
@@ -214,7 +214,7 @@ void heap_split(BasicHeap& heap, u64_t table_entries) {
 
     // Each half takes an entry of its own, and each of its survivors may need one later.
     constexpr upL_t pair_entries = 2 * entry_bytes;
-    const upL_t room = distance(heap.top, heap.table_limit);
+    const upL_t room = bytes_between(heap.top, heap.table_limit);
     if (room < pair_entries || table_entries > (room - pair_entries) / pair_entries)
         fatal_exit(out_of_memory);
     const upL_t half = ((room - pair_entries * table_entries - pair_entries) / 2) & ~(word_bytes - 1);
@@ -230,8 +230,8 @@ void heap_split(BasicHeap& heap, u64_t table_entries) {
 
 void heap_join(BasicHeap& heap) {
     BasicHeap* const pair = heap.child_pair;
-    const upL_t use =
-        std::max(distance(pair[0].base, pair[0].peak_top), distance(pair[1].base, pair[1].peak_top));
+    const upL_t use = std::max(bytes_between(pair[0].base, pair[0].peak_top),
+                               bytes_between(pair[1].base, pair[1].peak_top));
     std::byte* const peak = std::max(heap.peak_top, heap.child_mark + 2 * use);
     heap_destroy(pair[0]);
     heap_destroy(pair[1]);
@@ -262,7 +262,7 @@ u64_t dump_entries(const BasicHeap& heap) {
     u64_t fragmentation = 0;
     for (u64_t i = 0; i < heap.active; ++i) {
         const HeapEntry& block = entry(heap, i);
-        const u64_t gap = distance(gap_start(heap, i), block.address);
+        const u64_t gap = bytes_between(gap_start(heap, i), block.address);
         if (gap != 0) Console::print_labelled_line("Free Space", size_text(gap));
         fragmentation += gap;
         Console::print("Base: " + address_text(block.address));
@@ -278,11 +278,11 @@ void heap_dump(const BasicHeap& heap) {
     constexpr upL_t narrow = 6;
     Console::println("Heap Table Dump:");
     dump_field("Parent", wide, address_text(heap.parent));
-    dump_field("Total Size", wide, size_text(distance(heap.base, heap.end)));
+    dump_field("Total Size", wide, size_text(bytes_between(heap.base, heap.end)));
     dump_field("Active Allocations", wide, size_text(heap.active));
     dump_field("Peak Allocations", wide, size_text(heap.peak_active));
-    dump_field("Current Usage", wide, size_text(distance(heap.base, heap.top)));
-    dump_field("Peak Heap Usage", wide, size_text(distance(heap.base, heap.peak_top)));
+    dump_field("Current Usage", wide, size_text(bytes_between(heap.base, heap.top)));
+    dump_field("Peak Heap Usage", wide, size_text(bytes_between(heap.base, heap.peak_top)));
     dump_field("Start", narrow, address_text(heap.base));
     dump_field("End", narrow, address_text(heap.end));
     if (heap.active == 0) Console::print("No Active Allocations\n");
