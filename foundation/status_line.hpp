@@ -1,4 +1,8 @@
 // StatusLine: one line on the console that is rewritten in place. Belongs to one thread.
+//
+// The line is made of coloured segments (the colour letters of the console). A draw erases the line and
+// prints the segments in order; a segment that would pass the width is dropped with all behind it, and " ..."
+// stands in its place if it fits. The colour is white before and after a draw.
 #pragma once
 
 #include <string>
@@ -18,10 +22,12 @@ class StatusLine {
     void restart();  // stamps the start and the last draw
     void erase();
 
+    // if_due draws unless fewer than the interval's seconds have passed since the last draw or restart.
     enum class Update { nothing = 0, if_due = 1, force = 2 };
     void update(Update mode);
 
     const Time& start() const { return start_; }
+    bool drawn() const { return drawn_; }  // since the last erase
 
   private:
     void draw();
