@@ -31,9 +31,11 @@ void select_all_stress_tests(stress_settings& settings);
 // with its exit code.
 int stress_menu(stress_settings& settings);
 
-// Loops over the selected tests until an error (stop_on_error) or until SIGINT or SIGTERM. Prints on the
-// calling thread only. Returns the exit code: 1 if any error was seen, otherwise 0. A run with no test
-// selected says so and ends at once with 0. Throws std::bad_alloc when the working buffer cannot be had.
+// Loops over the selected tests until the last of them fails (stop_on_error) or until SIGINT or SIGTERM, and
+// ends with a line that says what was run. Prints on the calling thread only. Returns the exit code: 1 if any
+// error was seen, otherwise 0. A run that tests nothing, because no test is selected or none fits into the
+// memory, says so and ends with 1. Throws std::bad_alloc when the working buffer cannot be had; ends the
+// program if a selected component is not part of this version.
 int run_stress_test(const stress_settings& settings);
 
 }  // namespace znp
