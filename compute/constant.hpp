@@ -1,0 +1,68 @@
+// The catalogue of constants: everything that the system can compute, one small class each.
+//
+// A settings record owns exactly one zlr_Constant and asks it everything; besides the factory here nothing in
+// the system has a list of the constants. Algorithms are numbered from 0; algorithm_count() of them can be
+// selected. Some classes name more algorithms than that.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "foundation/types.hpp"
+
+namespace znp {
+
+namespace constant_id {
+inline constexpr u32_t sqrt = 0;
+inline constexpr u32_t golden_ratio = 1;
+inline constexpr u32_t e = 2;
+inline constexpr u32_t pi = 3;
+inline constexpr u32_t arccoth = 4;
+inline constexpr u32_t log = 5;
+inline constexpr u32_t zeta3 = 6;
+inline constexpr u32_t lemniscate = 7;
+inline constexpr u32_t catalan = 8;
+inline constexpr u32_t euler_gamma = 9;
+inline constexpr u32_t euler_gamma_override = 10;  // only a checkpoint can name it
+inline constexpr u32_t last_selectable = euler_gamma;
+}  // namespace constant_id
+
+class zlr_Constant {
+  public:
+    explicit zlr_Constant(s32_t algorithm_count) : algorithm_count_(algorithm_count) {}
+    zlr_Constant(const zlr_Constant&) = delete;
+    zlr_Constant& operator=(const zlr_Constant&) = delete;
+    virtual ~zlr_Constant() = default;
+
+    s32_t algorithm_count() const { return algorithm_count_; }
+
+    virtual u64_t get_max_digits() const;  // decimal digits
+    virtual char get_color() const;
+
+    virtual std::string get_short_name() const = 0;  // in files and the event log
+    virtual std::string get_name() const;            // on the screen
+
+    // Numbers that the class does not know give the empty text. p: precision in 64-bit words.
+    virtual std::string get_algorithm_short(s32_t algorithm, upL_t p) const = 0;
+    virtual std::string get_algorithm_name(s32_t algorithm, upL_t p) const;
+    virtual std::string get_algorithm_menu(s32_t algorithm, upL_t p) const;  // may be several lines
+
+    // Whether the class knows the algorithm. Every algorithm that exists runs in memory and in swap mode.
+    bool knows_algorithm(s32_t algorithm, upL_t p) const {
+        return !get_algorithm_short(algorithm, p).empty();
+    }
+
+    // Called whenever the precision changes.
+    virtual void set_precision(upL_t p);
+
+  private:
+    s32_t algorithm_count_;
+};
+
+// The object of a constant, without any check of the parameter. An unknown id is a fatal error.
+std::unique_ptr<zlr_Constant> make_constant(u32_t id, u64_t parameter, upL_t p);
+
+// Whether a user may choose this constant with this parameter: null, or the reason why not.
+const char* check_constant(u64_t id, u64_t parameter);
+
+}  // namespace znp

@@ -1,0 +1,41 @@
+// The benchmark of Pi: its sizes with their known last digits, its options, and its run.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "compute/compute_parameters.hpp"
+#include "shell/command_line.hpp"
+#include "shell/option_table.hpp"
+
+namespace znp {
+
+struct BenchmarkSize {
+    std::string_view key;  // the label
+    u64_t digits;
+    u64_t last_ten_digits;  // of Pi at that size, as a number
+};
+
+std::span<const BenchmarkSize> decimal_benchmark_sizes();
+std::span<const BenchmarkSize> binary_benchmark_sizes();
+
+// The row of a label of either table, null if there is none.
+const BenchmarkSize* find_benchmark_size(std::string_view label);
+
+struct BenchmarkParameters {
+    const BenchmarkSize* size = nullptr;
+    u64_t threads;  // as asked for; the run clips it
+
+    BenchmarkParameters();  // all logical cores
+};
+
+// The options up to the end of the command line.
+void apply_benchmark_options(BenchmarkParameters& parameters, CommandLine& line);
+
+// The settings of the run: Chudnovsky's formula, no hexadecimal digits, threads clipped with a warning.
+ComputeParameters benchmark_settings(const BenchmarkParameters& parameters);
+
+int benchmark_command(CommandLine& line);
+void benchmark_menu(BenchmarkParameters& parameters);
+
+}  // namespace znp

@@ -1,0 +1,19 @@
+// The number forms of the command line. None of them reports an error, and all wrap on overflow. The plain
+// decimal form is parse_u64 of foundation/strings.hpp.
+#pragma once
+
+#include <string_view>
+
+#include "foundation/types.hpp"
+
+namespace znp {
+
+// Digits and one letter, in either case: k 10^3, m 10^6, b 10^9, t 10^12. Anything else leaves the number as
+// it is; there is no fraction: "2.5b" is 2.
+u64_t parse_digit_count(std::string_view text);
+
+// Digits, an optional fraction, blanks, and one letter in either case: K 2^10, M 2^20, G 2^30, T 2^40, P
+// 2^50, E 2^60. The scaled fraction is truncated. Without a letter the fraction is dropped.
+u64_t parse_byte_size(std::string_view text);
+
+}  // namespace znp
