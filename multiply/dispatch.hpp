@@ -1,10 +1,18 @@
 // Products of words by the algorithm that the selection tables name for their length. This is the header that
 // number objects include.
 //
-// T has 2 n, La + Lb, or (windows) e - s words and overlaps nothing. bp's work buffer must have
-// work_bytes_for<word>(key) bytes, key the product length (windows: of the narrowed operands; the whole
-// product length is always enough). A window's lowest word can lack a carry from the words below it that were
-// not computed: see multiply/bkt/window.hpp.
+// T has 2 n, La + Lb, or (windows) e - s words and overlaps nothing; e is at most the product's length. An
+// operand of length 0 gives zeros.
+//
+// bp's work buffer must have work_bytes_for<word>(key, bp.tds) bytes (mulp: with use_mulp), key being the
+// product length. For windows that is the length of the narrowed operands' product: 2 min(n', e') of a square
+// and p + q of a product after bkt::narrow_sqr and bkt::narrow_mul. The whole product's length is always
+// enough.
+//
+// The value of a window is the narrowed product's: the words of the operands that cannot reach the window do
+// not count, so its lowest words can lack the carry from below. Callers keep guard words there.
+//
+// A length beyond the tables is the generic exception, code size_beyond_tables.
 #pragma once
 
 #include "multiply/basic_parameters.hpp"
@@ -22,15 +30,20 @@ void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word
 template <class word>
 void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
                 upL_t Lb);
+
+// mul_window by the route of the algorithm that splits a product in two half-length convolutions, if it has
+// one.
 template <class word>
 void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
           upL_t Lb);
 
-// The transform for a product of L words, in the slot.
+// The transform for a product of L words, in the slot, in place of the one that was there.
 template <class word>
 transform& make_transform(const BasicParameters& bp, TransformSlot& slot, upL_t L);
 
-// Bytes of a work buffer with which every product of up to L words can be made.
+// Bytes of a work buffer with which every product of up to L words can be made: the largest need over the
+// shorter rows, each at its own longest product, and the row of L at L. Rows whose algorithm has no
+// parameters for the length are skipped.
 template <class word>
 upL_t work_bytes_for(upL_t L, u64_t threads, bool use_mulp = false);
 

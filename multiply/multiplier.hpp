@@ -4,8 +4,11 @@
 // tables, and makes transforms. All lengths are product lengths in words of the family unless a name says
 // bits or bytes. Number objects never name one: they go through the dispatchers of multiply/dispatch.hpp.
 //
+// The objects are static constants, initialised at compile time and usable before main (multiply/selection).
+//
 // To add an algorithm: derive from multiplier<word> (and transform), give it static objects and rows in
-// multiply/selection.cpp.
+// multiply/selection.cpp. An algorithm that also multiplies numbers on disk adds those operations in a class
+// between multiplier and itself: the in-memory callers see none of them.
 #pragma once
 
 #include "foundation/types.hpp"
@@ -20,25 +23,28 @@ class multiplier {
     const u64_t max_bits;  // the largest product that the object's own limits allow
     const char* const name;
     const char* const long_name;
-    const char* const table_name;
+    const char* const table_name;  // the same two texts, for the table report
     const char* const table_long_name;
 
     multiplier(const multiplier&) = delete;
     multiplier& operator=(const multiplier&) = delete;
 
-    // Lookup tables for products up to limit_bits: bytes; construction, which returns the end of what it
-    // used.
+    // Lookup tables for products up to limit_bits: bytes; construction, which notes them in the holder and
+    // returns the end of what it used. memory is aligned to 32 bytes.
     virtual upL_t table_bytes(u64_t limit_bits) const = 0;
     virtual std::byte* build_tables(TableHolder& holder, u64_t limit_bits, std::byte* memory) const = 0;
 
-    // Bytes of a work buffer for a product of L words on `threads` threads.
+    // Bytes of a work buffer for a product of up to L words on `threads` threads. A length for which the
+    // algorithm has no parameters is InvalidTransformParametersException, here and in make_transform.
     virtual upL_t work_bytes(upL_t L, u64_t threads) const = 0;
 
     // A transform of product length L in the caller's storage (TransformSlot::bytes) at place; bp gives the
     // tables and the threads. A null place makes nothing and gives null.
     virtual transform* make_transform(const BasicParameters& bp, void* place, upL_t L) const = 0;
 
-    // Products with all working memory in bp's buffer; see transform. The windows give the words [s, e).
+    // Products with all working memory in bp's buffer of work_bytes(2 n or La + Lb, bp.tds) bytes; see
+    // transform, by which they go unless an algorithm has a shorter way. The windows give the words [s, e),
+    // e at most the product's length.
     virtual void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const;
     virtual void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
                      upL_t Lb) const;
@@ -63,5 +69,8 @@ class multiplier {
           table_long_name(long_name_) {}
     ~multiplier() = default;
 };
+
+extern template class multiplier<c32i>;
+extern template class multiplier<c64i>;
 
 }  // namespace znp

@@ -18,15 +18,19 @@ struct ConvolutionRow {
     const multiplier<word>* algorithm;
 };
 
-// Sorted by length.
+// Sorted by length. Constants, usable before main.
 template <class word>
 std::span<const ConvolutionRow<word>> memory_table();
 template <class word>
 std::span<const ConvolutionRow<word>> swap_table();
 
-// The first row with max_words >= L; none: the generic exception, code -4.
+// The first row with max_words >= L; none: the generic exception, code size_beyond_tables.
 template <class word>
-const multiplier<word>& select(std::span<const ConvolutionRow<word>> table, upL_t L);
+const ConvolutionRow<word>& select_row(std::span<const ConvolutionRow<word>> table, upL_t L);
+template <class word>
+const multiplier<word>& select(std::span<const ConvolutionRow<word>> table, upL_t L) {
+    return *select_row(table, L).algorithm;
+}
 
 // All multipliers of a word family in the order BKT, FFT, HNT, VST; and by key, null if there is none.
 template <class word>
@@ -34,7 +38,7 @@ std::span<const multiplier<word>* const> multipliers();
 template <class word>
 const multiplier<word>* find_multiplier(std::string_view key);
 
-// "Convolution Algorithm Table (..-bit Word)" on the console.
+// "Convolution Algorithm Table (..-bit Word)" on the console: the memory table in words and digits.
 template <class word>
 void print_convolution_table();
 

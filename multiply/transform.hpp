@@ -3,10 +3,13 @@
 // Made by multiplier::make_transform in the caller's storage. A product is forward, forward, inverse_fmul; a
 // transformed operand (an image of transform_bytes) may serve several products made with equal transforms.
 //
-// Units: L, s, e in words of the call's word type; *_bytes in bytes; max_bits in bits.
-// Buffers: an image has transform_bytes bytes, scratch work_bytes bytes, both aligned to 32 bytes.
+// Units: L, n, s, e in words of the call's word type; *_bytes in bytes; max_bits in bits.
+// Buffers: an image has transform_bytes bytes, scratch work_bytes bytes, both aligned to 32 bytes;
+// transform_bytes is a multiple of 32.
 // Aliasing: operands, images, scratch and result are disjoint.
 // Threads: not shared between threads. It may split its own work over the threads that it was made for.
+// Errors: an operand, a whole product or a window's end beyond max_bits is ConvolutionTooSmallException with
+// name() and the two lengths in bits.
 #pragma once
 
 #include "foundation/types.hpp"
@@ -17,15 +20,17 @@ namespace znp {
 class transform {
   public:
     const TableHolder* holder;
-    u64_t max_bits;         // product length that it serves
+    u64_t max_bits;         // product length that it serves; at least the one that was asked for
     upL_t transform_bytes;  // one transformed operand
     upL_t work_bytes;       // scratch beyond that
 
     virtual ~transform() = default;
-    virtual const char* name() const = 0;
+    virtual const char* name() const = 0;  // key of the algorithm
 
-    // The whole product or its words [s, e), with both images and the scratch in bp's work buffer. T has 2 n,
-    // La + Lb or e - s words. A work buffer below 2 transform_bytes + work_bytes throws.
+    // The whole product or its words [s, e), e at most the product's length, by the steps below with both
+    // images and the scratch in bp's work buffer. T has 2 n, La + Lb or e - s words. An operand of length 0
+    // gives zeros. The whole product must fit max_bits, and the work buffer must have product_bytes(): a
+    // smaller one throws (code work_space_too_small) before anything is written.
     template <class word>
     void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const;
     template <class word>
@@ -36,12 +41,17 @@ class transform {
     void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
                     const word* B, upL_t Lb) const;
 
-    // The steps. An inverse consumes its first image and leaves the second as it is.
+    // The steps. Each operand may be as long as max_bits by itself, so that a product can be longer than the
+    // transform: then only its words above those on which the excess top words wrap are true, and s must not
+    // lie below them. e is at most max_bits; words of the window above the product are zero.
+    //
+    // An inverse consumes its first image and leaves the second as it is.
     virtual void forward(void* image, const c32i* A, upL_t L, void* scratch) const = 0;
     virtual void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const = 0;
     virtual void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const = 0;
 
-    // 64-bit words: by default the 32-bit forms at twice the length.
+    // 64-bit words: by default the 32-bit forms at twice the length. A class that keeps the default brings
+    // these names into its scope with using-declarations.
     virtual void forward(void* image, const c64i* A, upL_t L, void* scratch) const;
     virtual void inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const;
     virtual void inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const;
@@ -57,6 +67,9 @@ class transform {
         : holder(holder_), max_bits(max_bits_), transform_bytes(transform_bytes_), work_bytes(work_bytes_) {}
     transform(const transform&) = default;
     transform& operator=(const transform&) = default;
+
+  private:
+    void check_product(const char* location, const BasicParameters& bp, u64_t bits) const;
 };
 
 // Storage on the stack for one transform object, which it destroys.
@@ -69,12 +82,13 @@ class TransformSlot {
     TransformSlot& operator=(const TransformSlot&) = delete;
     ~TransformSlot() { reset(); }
 
+    // Before a new object is made in place(), the old one goes (reset); then the slot adopts the new one.
     void* place() { return storage_; }
-    void adopt(transform* object) { reset(), object_ = object; }
     void reset() {
         if (object_ != nullptr) object_->~transform();
         object_ = nullptr;
     }
+    void adopt(transform* object) { object_ = object; }
     transform& operator*() const { return *object_; }
     transform* operator->() const { return object_; }
 

@@ -1,0 +1,98 @@
+#include "multiply/transform.hpp"
+
+#include <algorithm>
+
+#include "foundation/fail.hpp"
+
+namespace znp {
+
+namespace {
+
+// The images and the scratch in a work buffer.
+struct WorkAreas {
+    std::byte* T1;
+    std::byte* T2;
+    std::byte* scratch;
+
+    WorkAreas(const transform& t, const BasicParameters& bp)
+        : T1(bp.M), T2(T1 + t.transform_bytes), scratch(T2 + t.transform_bytes) {}
+};
+
+// 64-bit words as pairs of 32-bit ones: the same bytes on a little-endian machine.
+const c32i* halves(const c64i* A) {
+    return reinterpret_cast<const c32i*>(A);
+}
+c32i* halves(c64i* A) {
+    return reinterpret_cast<c32i*>(A);
+}
+
+}  // namespace
+
+void transform::check_product(const char* location, const BasicParameters& bp, u64_t bits) const {
+    if (bits > max_bits) fail(ConvolutionTooSmallException(name(), bits, max_bits));
+    if (bp.ML < product_bytes()) {
+        fail(zn_exception(error_code::work_space_too_small, nullptr, {}, {}, action::print_and_throw,
+                          "Generic Exception", location));
+    }
+}
+
+template <class word>
+void transform::sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const {
+    sqr_window(bp, T, 0, 2 * n, A, n);
+}
+
+template <class word>
+void transform::mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
+                    upL_t Lb) const {
+    mul_window(bp, T, 0, La + Lb, A, La, B, Lb);
+}
+
+template <class word>
+void transform::sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
+                           upL_t n) const {
+    check_product("transform::sqr()", bp, 2 * n * WordTraits<word>::bits);
+    if (n == 0) return;
+    const WorkAreas work(*this, bp);
+    forward(work.T1, A, n, work.scratch);
+    inverse_fsqr(T, s, e, work.T1, work.scratch);
+}
+
+template <class word>
+void transform::mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
+                           const word* B, upL_t Lb) const {
+    check_product("transform::mul()", bp, (La + Lb) * WordTraits<word>::bits);
+    if (La == 0 || Lb == 0) {
+        std::fill(T, T + (e - s), word{0});
+        return;
+    }
+    const WorkAreas work(*this, bp);
+    forward(work.T1, A, La, work.scratch);
+    forward(work.T2, B, Lb, work.scratch);
+    inverse_fmul(T, s, e, work.T1, work.T2, work.scratch);
+}
+
+void transform::forward(void* image, const c64i* A, upL_t L, void* scratch) const {
+    forward(image, halves(A), 2 * L, scratch);
+}
+
+void transform::inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
+    inverse_fsqr(halves(R), 2 * s, 2 * e, T, scratch);
+}
+
+void transform::inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
+    inverse_fmul(halves(R), 2 * s, 2 * e, T1, T2, scratch);
+}
+
+#define ZNP_INSTANTIATE(word)                                                                            \
+    template void transform::sqr(const BasicParameters&, word*, const word*, upL_t) const;               \
+    template void transform::mul(const BasicParameters&, word*, const word*, upL_t, const word*, upL_t)  \
+        const;                                                                                           \
+    template void transform::sqr_window(const BasicParameters&, word*, upL_t, upL_t, const word*, upL_t) \
+        const;                                                                                           \
+    template void transform::mul_window(const BasicParameters&, word*, upL_t, upL_t, const word*, upL_t, \
+                                        const word*, upL_t) const;
+ZNP_INSTANTIATE(c32i)
+ZNP_INSTANTIATE(c64i)
+#undef ZNP_INSTANTIATE
+
+}  // namespace znp
