@@ -24,7 +24,8 @@ constexpr s64_t s64(upL_t n) {
 
 }  // namespace
 
-// ---- The view -----------------------------------------------------------------------------------------------
+// ---- The view
+// -----------------------------------------------------------------------------------------------
 
 template <class word>
 void BigFloat<word>::read_window(word* out, s64_t position, upL_t n) const {
@@ -51,8 +52,8 @@ double BigFloat<word>::to_double(s64_t& exp) const {
 template <class word>
 void BigFloat<word>::check_normalization() const {
     if (L_ != 0 && T_[L_ - 1] == 0) {
-        fire(zn_exception(error_code::numerical_result,
-                          "BigFloat::check_normalization(): Top word is zero."));
+        fire(
+            zn_exception(error_code::numerical_result, "BigFloat::check_normalization(): Top word is zero."));
     }
 }
 
@@ -101,7 +102,8 @@ int ucmp(const BigFloat<word>& a, const BigFloat<word>& b) {
     return 0;
 }
 
-// ---- Storage ------------------------------------------------------------------------------------------------
+// ---- Storage
+// ------------------------------------------------------------------------------------------------
 
 template <class word>
 void BigFloatR<word>::set_base(word* buffer, upL_t size) {
@@ -123,7 +125,8 @@ void BigFloatR<word>::reset(upL_t L, s64_t exp, bool positive) {
     this->sign_ = positive;
 }
 
-// ---- Values -------------------------------------------------------------------------------------------------
+// ---- Values
+// -------------------------------------------------------------------------------------------------
 
 template <class word>
 void BigFloatR<word>::set_zero() {
@@ -202,7 +205,8 @@ void BigFloatR<word>::negate_twos_complement() {
     this->normalise_top();
 }
 
-// ---- Products with a word -----------------------------------------------------------------------------------
+// ---- Products with a word
+// -----------------------------------------------------------------------------------
 
 template <class word>
 void BigFloatR<word>::mul_uW(word x) {
@@ -229,20 +233,20 @@ template int ucmp(const BigFloat<c32i>&, const BigFloat<c32i>&);
 template int ucmp(const BigFloat<c64i>&, const BigFloat<c64i>&);
 
 // Of BigFloatR, the members above; the other files instantiate theirs.
-#define ZNP_INSTANTIATE(word)                                                   \
-    template void BigFloatR<word>::set_base(word*, upL_t);                      \
-    template void BigFloatR<word>::require(upL_t, const char*) const;           \
-    template void BigFloatR<word>::reset(upL_t, s64_t, bool);                   \
-    template void BigFloatR<word>::set_zero();                                  \
-    template void BigFloatR<word>::set_words(upL_t, s64_t, bool);               \
-    template void BigFloatR<word>::set_uW(word);                                \
-    template void BigFloatR<word>::set_u64(u64_t);                              \
-    template void BigFloatR<word>::set_double(double, s64_t);                   \
-    template void BigFloatR<word>::set_bui(const BasicInt<word>&);              \
-    template void BigFloatR<word>::set_efp(const ExactFloat<word>&);            \
-    template void BigFloatR<word>::set_gfp(const BigFloat<word>&, upL_t);       \
-    template void BigFloatR<word>::negate_twos_complement();                    \
-    template void BigFloatR<word>::mul_uW(word);                                \
+#define ZNP_INSTANTIATE(word)                                             \
+    template void BigFloatR<word>::set_base(word*, upL_t);                \
+    template void BigFloatR<word>::require(upL_t, const char*) const;     \
+    template void BigFloatR<word>::reset(upL_t, s64_t, bool);             \
+    template void BigFloatR<word>::set_zero();                            \
+    template void BigFloatR<word>::set_words(upL_t, s64_t, bool);         \
+    template void BigFloatR<word>::set_uW(word);                          \
+    template void BigFloatR<word>::set_u64(u64_t);                        \
+    template void BigFloatR<word>::set_double(double, s64_t);             \
+    template void BigFloatR<word>::set_bui(const BasicInt<word>&);        \
+    template void BigFloatR<word>::set_efp(const ExactFloat<word>&);      \
+    template void BigFloatR<word>::set_gfp(const BigFloat<word>&, upL_t); \
+    template void BigFloatR<word>::negate_twos_complement();              \
+    template void BigFloatR<word>::mul_uW(word);                          \
     template void BigFloatR<word>::set_mul_uW(const BigFloat<word>&, word);
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)

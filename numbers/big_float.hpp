@@ -1,17 +1,18 @@
 // BigFloat: signed, truncated numbers for the Newton routines and the final stages of a constant.
 //
-// The value is +- mantissa * B^exp, B the word base. An operation takes a precision p in words and may drop what lies
-// below: p + 2 words are kept. There is no residue; products are checked by the multipliers. Zero has L = 0, sign 1 and
-// (normalised) exp 0.
+// The value is +- mantissa * B^exp, B the word base. An operation takes a precision p in words and may drop
+// what lies below: p + 2 words are kept. There is no residue; products are checked by the multipliers. Zero
+// has L = 0, sign 1 and (normalised) exp 0.
 //
-// Positions: a number's magnitude is exp + L, one past the position of its top word; the word at position i is
-// T[i - exp], and zero outside.
+// Positions: a number's magnitude is exp + L, one past the position of its top word; the word at position i
+// is T[i - exp], and zero outside.
 //
 //   BigFloat    a view of words that somebody else owns
 //   BigFloatR   a number in a caller's buffer of `size` words
 //
-// Operands may not lie in the result's buffer, except in the in-place operations. A result that does not fit throws
-// BufferTooSmallException. Nothing allocates: sums read their operands through two windows of 128 words on the stack.
+// Operands may not lie in the result's buffer, except in the in-place operations. A result that does not fit
+// throws BufferTooSmallException. Nothing allocates: sums read their operands through two windows of 128
+// words on the stack.
 #pragma once
 
 #include "foundation/types.hpp"
@@ -28,7 +29,7 @@ inline constexpr upL_t addition_buffer = 128;
 
 template <class word>
 class BigFloat {
- public:
+  public:
     class Transform;
 
     BigFloat() = default;
@@ -64,7 +65,7 @@ class BigFloat {
     // The top min(p + 2, L) words of the number.
     BigFloat top_words(upL_t p) const;
 
- protected:
+  protected:
     const word* T_ = nullptr;
     upL_t L_ = 0;
     s64_t exp_ = 0;
@@ -75,11 +76,11 @@ class BigFloat {
 template <class word>
 int ucmp(const BigFloat<word>& a, const BigFloat<word>& b);
 
-// A transformed operand: the top min(p + 2, L) words of the source. Refers into a work buffer, owns nothing. An inverse
-// that consumes it clears `image`.
+// A transformed operand: the top min(p + 2, L) words of the source. Refers into a work buffer, owns nothing.
+// An inverse that consumes it clears `image`.
 template <class word>
 class BigFloat<word>::Transform {
- public:
+  public:
     Transform(const BigFloat& source, void* scratch, const transform& algorithm, void* image, upL_t p);
 
     void* image;
@@ -92,7 +93,7 @@ class BigFloat<word>::Transform {
 
 template <class word>
 class BigFloatR : public BigFloat<word> {
- public:
+  public:
     using typename BigFloat<word>::Transform;
 
     BigFloatR() = default;
@@ -132,12 +133,13 @@ class BigFloatR : public BigFloat<word> {
     void set_sqr(const BasicParameters& params, const BigFloat<word>& a, upL_t p);
     void set_mul(const BasicParameters& params, const BigFloat<word>& a, const BigFloat<word>& b, upL_t p);
 
-    // The product of transformed operands, of which only p + 2 words below position te are wanted; the transform may
-    // be shorter than the product as long as te excludes what wraps. A is consumed. scratch has work_bytes bytes.
+    // The product of transformed operands, of which only p + 2 words below position te are wanted; the
+    // transform may be shorter than the product as long as te excludes what wraps. A is consumed. scratch has
+    // work_bytes bytes.
     void set_inverse_fsqr(void* scratch, Transform& A, s64_t te, upL_t p);
     void set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p);
 
- private:
+  private:
     struct ProductRange {
         upL_t s, e;  // words of the cyclic product
         s64_t exp;

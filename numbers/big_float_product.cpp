@@ -1,7 +1,7 @@
 // BigFloat: products, whole, windowed, and from transformed operands.
 #include <algorithm>
 
-#include "foundation/exceptions.hpp"
+#include "foundation/fail.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
 #include "multiply/bkt/basecase.hpp"
@@ -18,10 +18,8 @@ constexpr s64_t s64(upL_t n) {
     return static_cast<s64_t>(n);
 }
 
-[[noreturn]] void fail(const char* message) {
-    const zn_exception exception(error_code::unspecified, message);
-    fire(exception);
-    exception.raise();
+[[noreturn]] void misuse(const char* message) {
+    fail(zn_exception(error_code::unspecified, message));
 }
 
 }  // namespace
@@ -74,18 +72,18 @@ void BigFloatR<word>::set_mul(const BasicParameters& params, const BigFloat<word
     reset(L, s64(skip) + a.get_exp() + b.get_exp(), a.raw_sign() == b.raw_sign());
 }
 
-// Which words of a cyclic product of clen words are true and wanted. The top n - clen words of a longer product wrap
-// onto the lowest ones. False: none are, and the result is zero.
+// Which words of a cyclic product of clen words are true and wanted. The top n - clen words of a longer
+// product wrap onto the lowest ones. False: none are, and the result is zero.
 template <class word>
-bool BigFloatR<word>::inverse_range(ProductRange& range, const Transform& A, upL_t n, s64_t exp, s64_t te, upL_t p,
-                                    bool always_check, const char* truncated) const {
+bool BigFloatR<word>::inverse_range(ProductRange& range, const Transform& A, upL_t n, s64_t exp, s64_t te,
+                                    upL_t p, bool always_check, const char* truncated) const {
     const upL_t clen = A.algorithm->max_bits / WordTraits<word>::bits;
     const upL_t wrapped = n >= clen ? n - clen : 0;
     const s64_t end = exp + s64(clen);
     if ((always_check || wrapped > 0) && te > end) {
         Console::print_labelled_line("ie = ", std::to_string(end));
         Console::print_labelled_line("te = ", std::to_string(te));
-        fail(truncated);
+        misuse(truncated);
     }
     s64_t bottom = exp + s64(wrapped);
     if (bottom >= te) return false;
@@ -114,7 +112,7 @@ void BigFloatR<word>::set_inverse_fsqr(void* scratch, Transform& A, s64_t te, up
 template <class word>
 void BigFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p) {
     if (A.algorithm != B.algorithm && !A.algorithm->equals(*B.algorithm)) {
-        fail("BigFloat::set_inverse_fmul(): Mismatching Transform Parameters");
+        misuse("BigFloat::set_inverse_fmul(): Mismatching Transform Parameters");
     }
     ProductRange range;
     const bool some = inverse_range(range, A, A.L + B.L, A.exp + B.exp, te, p, false,
@@ -129,12 +127,12 @@ void BigFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transf
     A.image = nullptr;
 }
 
-#define ZNP_INSTANTIATE(word)                                                                                     \
-    template BigFloat<word>::Transform::Transform(const BigFloat&, void*, const transform&, void*, upL_t);        \
-    template void BigFloatR<word>::set_sqr(const BasicParameters&, const BigFloat<word>&, upL_t);                 \
-    template void BigFloatR<word>::set_mul(const BasicParameters&, const BigFloat<word>&, const BigFloat<word>&,  \
-                                           upL_t);                                                                \
-    template void BigFloatR<word>::set_inverse_fsqr(void*, Transform&, s64_t, upL_t);                             \
+#define ZNP_INSTANTIATE(word)                                                                              \
+    template BigFloat<word>::Transform::Transform(const BigFloat&, void*, const transform&, void*, upL_t); \
+    template void BigFloatR<word>::set_sqr(const BasicParameters&, const BigFloat<word>&, upL_t);          \
+    template void BigFloatR<word>::set_mul(const BasicParameters&, const BigFloat<word>&,                  \
+                                           const BigFloat<word>&, upL_t);                                  \
+    template void BigFloatR<word>::set_inverse_fsqr(void*, Transform&, s64_t, upL_t);                      \
     template void BigFloatR<word>::set_inverse_fmul(void*, Transform&, const Transform&, s64_t, upL_t);
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)

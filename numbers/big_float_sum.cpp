@@ -22,7 +22,8 @@ struct SumRange {
     }
 };
 
-// T[0..L) = the operands' words from position `bottom` on, combined by chain(T, A, B, n, carry); the carry out.
+// T[0..L) = the operands' words from position `bottom` on, combined by chain(T, A, B, n, carry); the carry
+// out.
 template <class word, class Chain>
 bool combine(word* T, const BigFloat<word>& a, const BigFloat<word>& b, s64_t bottom, upL_t L, Chain chain) {
     word A[addition_buffer];
@@ -137,12 +138,13 @@ void BigFloatR<word>::add_ip(typename WordTraits<word>::wide x, s64_t position) 
     this->normalise_top();
 }
 
-#define ZNP_INSTANTIATE(word)                                                                                     \
-    template void BigFloatR<word>::set_uadd(const BigFloat<word>&, const BigFloat<word>&, upL_t);                 \
-    template void BigFloatR<word>::set_usub(const BigFloat<word>&, const BigFloat<word>&, upL_t);                 \
-    template void BigFloatR<word>::set_add(const BigFloat<word>&, const BigFloat<word>&, upL_t);                  \
-    template void BigFloatR<word>::set_sub(const BigFloat<word>&, const BigFloat<word>&, upL_t);                  \
-    template void BigFloatR<word>::set_rsub(const BigFloat<word>&, const BigFloat<word>&, s64_t, upL_t, bool);    \
+#define ZNP_INSTANTIATE(word)                                                                           \
+    template void BigFloatR<word>::set_uadd(const BigFloat<word>&, const BigFloat<word>&, upL_t);       \
+    template void BigFloatR<word>::set_usub(const BigFloat<word>&, const BigFloat<word>&, upL_t);       \
+    template void BigFloatR<word>::set_add(const BigFloat<word>&, const BigFloat<word>&, upL_t);        \
+    template void BigFloatR<word>::set_sub(const BigFloat<word>&, const BigFloat<word>&, upL_t);        \
+    template void BigFloatR<word>::set_rsub(const BigFloat<word>&, const BigFloat<word>&, s64_t, upL_t, \
+                                            bool);                                                      \
     template void BigFloatR<word>::add_ip(WordTraits<word>::wide, s64_t);
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "foundation/exceptions.hpp"
+#include "foundation/fail.hpp"
 #include "foundation/fatal.hpp"
 #include "multiply/bkt/basecase.hpp"
 #include "multiply/dispatch.hpp"
@@ -25,15 +25,14 @@ upL_t distance(s64_t from, s64_t to) {
     return static_cast<upL_t>(to - from);
 }
 
-[[noreturn]] void fail(const char* message) {
-    const zn_exception exception(error_code::unspecified, message);
-    fire(exception);
-    exception.raise();
+[[noreturn]] void misuse(const char* message) {
+    fail(zn_exception(error_code::unspecified, message));
 }
 
 }  // namespace
 
-// ---- The view -----------------------------------------------------------------------------------------------
+// ---- The view
+// -----------------------------------------------------------------------------------------------
 
 template <class word>
 u64_t ExactFloat<word>::words_hash() const {
@@ -53,7 +52,8 @@ ExactFloat<word>::Transform::Transform(const ExactFloat& source, const transform
     algorithm->forward(image, source.T_, L, scratch);
 }
 
-// ---- Storage ------------------------------------------------------------------------------------------------
+// ---- Storage
+// ------------------------------------------------------------------------------------------------
 
 template <class word>
 void ExactFloatR<word>::set_base(word* buffer, upL_t size) {
@@ -77,7 +77,8 @@ void ExactFloatR<word>::require(upL_t words, const char* location) const {
     if (words > room()) fire(BufferTooSmallException(location, room(), words));
 }
 
-// ---- Values -------------------------------------------------------------------------------------------------
+// ---- Values
+// -------------------------------------------------------------------------------------------------
 
 template <class word>
 void ExactFloatR<word>::set_L(upL_t L, s64_t exp) {
@@ -166,7 +167,8 @@ void ExactFloatR<word>::mp2(s64_t n) {
     if (words != 0) mul_pow_word(words, word_power<word>(words));
 }
 
-// ---- Products -----------------------------------------------------------------------------------------------
+// ---- Products
+// -----------------------------------------------------------------------------------------------
 
 template <class word>
 void ExactFloatR<word>::set_mul(const BasicParameters& params, const ExactFloat<word>& a,
@@ -187,13 +189,13 @@ void ExactFloatR<word>::set_mul(const BasicParameters& params, const ExactFloat<
 template <class word>
 void ExactFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transform& B) {
     if (A.algorithm != B.algorithm && !A.algorithm->equals(*B.algorithm)) {
-        fail("ExactFloat::set_inverse_fmul(): Mismatching Transform Parameters");
+        misuse("ExactFloat::set_inverse_fmul(): Mismatching Transform Parameters");
     }
     reset_T();
     const upL_t n = A.L + B.L;
     require(n, "ExactFloat::set_inverse_fmul()");
     if (n * WordTraits<word>::bits > A.algorithm->max_bits) {
-        fail("ExactFloat::set_inverse_fmul(): Truncated Range\n\n");
+        misuse("ExactFloat::set_inverse_fmul(): Truncated Range\n\n");
     }
     this->hash_ = residue::mul(A.hash, B.hash);
     A.algorithm->inverse_fmul(base_, 0, n, A.image, B.image, scratch);
@@ -208,7 +210,7 @@ void ExactFloatR<word>::set_inverse_fsqr(void* scratch, Transform& A) {
     const upL_t n = 2 * A.L;
     require(n, "ExactFloat::set_inverse_fsqr()");
     if (n * WordTraits<word>::bits > A.algorithm->max_bits) {
-        fail("ExactFloat::set_inverse_fsqr(): Truncated Range\n\n");
+        misuse("ExactFloat::set_inverse_fsqr(): Truncated Range\n\n");
     }
     this->hash_ = residue::mul(A.hash, A.hash);
     A.algorithm->inverse_fsqr(base_, 0, n, A.image, scratch);
@@ -220,7 +222,7 @@ void ExactFloatR<word>::set_inverse_fsqr(void* scratch, Transform& A) {
 template <class word>
 void ExactFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t e) {
     if (A.algorithm != B.algorithm && !A.algorithm->equals(*B.algorithm)) {
-        fail("ExactFloatR::set_inverse_fmul(exp): Mismatching Transform Parameters");
+        misuse("ExactFloatR::set_inverse_fmul(exp): Mismatching Transform Parameters");
     }
     reset_T();
     const s64_t exp = A.exp + B.exp;
@@ -228,7 +230,7 @@ void ExactFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Tran
     const upL_t n = A.L + B.L;
     require(zeros + n, "ExactFloat::set_inverse_fmul(exp)");
     if (n * WordTraits<word>::bits > A.algorithm->max_bits) {
-        fail("ExactFloatR::set_inverse_fmul(exp): Truncated Range\n\n");
+        misuse("ExactFloatR::set_inverse_fmul(exp): Truncated Range\n\n");
     }
     this->hash_ = residue::mul(A.hash, B.hash);
     std::fill_n(base_, zeros, word{0});
@@ -238,7 +240,8 @@ void ExactFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Tran
     this->L_ = zeros + (base_[zeros + n - 1] != 0 ? n : n - 1);
 }
 
-// ---- Sums and differences -----------------------------------------------------------------------------------
+// ---- Sums and differences
+// -----------------------------------------------------------------------------------
 
 template <class word>
 void ExactFloatR<word>::set_add(const ExactFloat<word>& x, const ExactFloat<word>& y) {
@@ -283,7 +286,7 @@ void ExactFloatR<word>::set_add(const ExactFloat<word>& x, const ExactFloat<word
 template <class word>
 void ExactFloatR<word>::set_sub(const ExactFloat<word>& a, const ExactFloat<word>& b) {
     constexpr const char* location = "ExactFloat::set_sub()";
-    if (a.get_mag() < b.get_mag()) fire(UnsupportedValueException::negative(location));
+    if (a.get_mag() < b.get_mag()) fail(UnsupportedValueException::negative(location));
     const word* A = a.get_T();
     const word* B = b.get_T();
     upL_t La = a.get_L();
@@ -312,10 +315,10 @@ void ExactFloatR<word>::set_sub(const ExactFloat<word>& a, const ExactFloat<word
         La -= below;
     }
     borrow = copy_sub_borrow(T + Lb, A + Lb, La - Lb, sub_words(T, A, B, Lb, borrow));
-    if (borrow) fire(UnsupportedValueException::negative(location));
+    if (borrow) fail(UnsupportedValueException::negative(location));
 
     this->L_ = normalised_length(base_, L);
-    if (this->L_ == 0) fire(UnsupportedValueException::zero(location));
+    if (this->L_ == 0) fail(UnsupportedValueException::zero(location));
     this->exp_ = exp;
     this->hash_ = residue::sub(a.get_hash(), b.get_hash());
 }
@@ -338,7 +341,7 @@ ExactFloatR<word>& ExactFloatR<word>::operator+=(const ExactFloat<word>& b) {
 template <class word>
 ExactFloatR<word>& ExactFloatR<word>::operator-=(const ExactFloat<word>& b) {
     constexpr const char* location = "ExactFloatR::operator-=()";
-    if (this->get_mag() < b.get_mag()) fire(UnsupportedValueException::negative(location));
+    if (this->get_mag() < b.get_mag()) fail(UnsupportedValueException::negative(location));
     if (this->exp_ > b.get_exp() || this->L_ + 1 > room()) {
         assert_failure(fatal_category::invalid_parameters, L"ExactFloatR::operator-=()", L"");
     }
@@ -347,14 +350,15 @@ ExactFloatR<word>& ExactFloatR<word>::operator-=(const ExactFloat<word>& b) {
     word* top = writable_T() + this->L_;
     *top = 1;  // ends the ripple of a borrow
     copy_sub_borrow(above, above, static_cast<upL_t>(top + 1 - above), sub_words(T, T, b.get_T(), b.get_L()));
-    if (*top == 0) fire(UnsupportedValueException::negative(location));
+    if (*top == 0) fail(UnsupportedValueException::negative(location));
     this->L_ = normalised_length(this->T_, this->L_);
-    if (this->L_ == 0) fire(UnsupportedValueException::zero(location));
+    if (this->L_ == 0) fail(UnsupportedValueException::zero(location));
     this->hash_ = residue::sub(this->hash_, b.get_hash());
     return *this;
 }
 
-// ---- The owner ----------------------------------------------------------------------------------------------
+// ---- The owner
+// ----------------------------------------------------------------------------------------------
 
 template <class word>
 ExactFloatO<word>::ExactFloatO(BasicHeap* heap, upL_t size)
@@ -393,7 +397,7 @@ void ExactFloatO<word>::add(const ExactFloat<word>& a, const ExactFloat<word>& b
 
 template <class word>
 void ExactFloatO<word>::sub(const ExactFloat<word>& a, const ExactFloat<word>& b) {
-    if (a.get_mag() < b.get_mag()) fire(UnsupportedValueException::negative("ExactFloatO::sub()"));
+    if (a.get_mag() < b.get_mag()) fail(UnsupportedValueException::negative("ExactFloatO::sub()"));
     ExactFloatO difference(heap_, sum_size(a, b));
     difference.set_sub(a, b);
     *this = std::move(difference);

@@ -1,17 +1,18 @@
 // ExactFloat: exact positive numbers with a residue.
 //
-// The value is mantissa * B^exp, B the word base. Nothing is ever rounded. The exponent lets low zero words drop out of
-// products; the residue modulo 2^61 - 1 of the whole value, exponent included, is carried through every operation
-// from the operands' residues, so that a comparison with the words at any later time checks all of them.
+// The value is mantissa * B^exp, B the word base. Nothing is ever rounded. The exponent lets low zero words
+// drop out of products; the residue modulo 2^61 - 1 of the whole value, exponent included, is carried through
+// every operation from the operands' residues, so that a comparison with the words at any later time checks
+// all of them.
 //
 //   ExactFloat    a view of words that somebody else owns
 //   ExactFloatR   a number in a caller's buffer of `size` words from `base`; T may lie above base
 //   ExactFloatO   a number that owns its buffer
 //
-// Lengths in words; the top word is not zero. Operands may not lie in the result's buffer, except in the in-place
-// operations. A result that does not fit its buffer throws BufferTooSmallException. Zero and negative values do not
-// exist: a difference that would be one fires UnsupportedValueException. No operation of the first two allocates.
-// Cost: one pass over the words; products as in multiply/dispatch.hpp.
+// Lengths in words; the top word is not zero. Operands may not lie in the result's buffer, except in the
+// in-place operations. A result that does not fit its buffer throws BufferTooSmallException. Zero and
+// negative values do not exist: a difference that would be one fires UnsupportedValueException. No operation
+// of the first two allocates. Cost: one pass over the words; products as in multiply/dispatch.hpp.
 #pragma once
 
 #include "foundation/guarded_alloc.hpp"
@@ -27,7 +28,7 @@ inline constexpr upL_t basecase_clen = 20;
 
 template <class word>
 class ExactFloat {
- public:
+  public:
     class Transform;
 
     ExactFloat() = default;
@@ -42,7 +43,7 @@ class ExactFloat {
     // The stored residue minus the one recomputed from the words; 0: they agree.
     u64_t hash_error() const;
 
- protected:
+  protected:
     u64_t words_hash() const;
 
     const word* T_ = nullptr;
@@ -51,11 +52,11 @@ class ExactFloat {
     u64_t hash_ = 0;
 };
 
-// An operand transformed for several products: refers into a work buffer, owns nothing. An inverse that consumes it
-// clears `image`.
+// An operand transformed for several products: refers into a work buffer, owns nothing. An inverse that
+// consumes it clears `image`.
 template <class word>
 class ExactFloat<word>::Transform {
- public:
+  public:
     // image has transform_bytes bytes, scratch work_bytes.
     Transform(const ExactFloat& source, const transform& algorithm, void* image, void* scratch);
 
@@ -68,7 +69,7 @@ class ExactFloat<word>::Transform {
 
 template <class word>
 class ExactFloatR : public ExactFloat<word> {
- public:
+  public:
     using typename ExactFloat<word>::Transform;
 
     ExactFloatR() = default;
@@ -116,7 +117,7 @@ class ExactFloatR : public ExactFloat<word> {
     // The same with a result whose exponent is at most e: zero words below where A.exp + B.exp is above e.
     void set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t e);
 
- protected:
+  protected:
     word* writable_T() const { return base_ + (this->T_ - base_); }
     upL_t room() const { return size_ - static_cast<upL_t>(this->T_ - base_); }  // words from T on
     void require(upL_t words, const char* location) const;
@@ -127,7 +128,7 @@ class ExactFloatR : public ExactFloat<word> {
 
 template <class word>
 class ExactFloatO : public ExactFloatR<word> {
- public:
+  public:
     explicit ExactFloatO(BasicHeap* heap = nullptr) : heap_(heap) {}
     ExactFloatO(BasicHeap* heap, upL_t size);
     ExactFloatO(ExactFloatO&& other) noexcept;
@@ -137,7 +138,7 @@ class ExactFloatO : public ExactFloatR<word> {
     void add(const ExactFloat<word>& a, const ExactFloat<word>& b);
     void sub(const ExactFloat<word>& a, const ExactFloat<word>& b);
 
- private:
+  private:
     upL_t sum_size(const ExactFloat<word>& a, const ExactFloat<word>& b) const;
 
     BasicHeap* heap_ = nullptr;
