@@ -41,7 +41,7 @@ void exact_products(const BasicParameters& bp, ExactFloatR<word>& out1, ExactFlo
     const transform& t1 = make_transform<word>(bp, slot1, c.get_L() + a.get_L());
     const transform& t2 = make_transform<word>(bp, slot2, c.get_L() + b.get_L());
     const auto product_with = [&](ExactFloatR<word>& out, const ExactFloat<word>& operand) {
-        return [&](const TransformHelper& helper, const Transform& C) {
+        return [&out, &operand, &product](const TransformHelper& helper, const Transform& C) {
             Transform A(operand, helper.algorithm, helper.T1, helper.scratch);
             product(out, helper.scratch, A, C);
         };
