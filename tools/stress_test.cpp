@@ -2,15 +2,14 @@
 
 #include <string>
 
-#include "foundation/exceptions.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/memory.hpp"
 #include "foundation/threads.hpp"
 #include "multiply/selection.hpp"
+#include "multiply/unavailable_multiplier.hpp"
 #include "shell/console.hpp"
 #include "tools/stress_run.hpp"
 #include "tools/stress_signals.hpp"
-#include "tools/stress_size.hpp"
 
 namespace znp {
 
@@ -24,23 +23,15 @@ void set_all_tests(stress_settings& settings, bool on) {
     settings.test_spare = on;
 }
 
-bool is_available(const multiplier<c64i>* component, u64_t threads) {
-    if (component == nullptr) return false;
-    try {
-        stress_layout(*component, min_stress_words, threads);
-    } catch (const InvalidTransformParametersException&) {
-        return true;  // only not for a product of this length
-    } catch (const zn_exception&) {
-        return false;
-    }
-    return true;
+bool is_available(const multiplier<c64i>* component) {
+    return component != nullptr && dynamic_cast<const UnavailableMultiplier<c64i>*>(component) == nullptr;
 }
 
 // A run that left out a component without a word would look like a success, so that nothing is run at all.
 void require_components(const stress_settings& settings, const StressEnvironment& environment) {
     for (std::size_t i = 0; i < stress_tests.size(); i++) {
         if (!(settings.*stress_tests[i].selected)) continue;
-        if (!is_available(environment.components[i], settings.threads)) {
+        if (!is_available(environment.components[i])) {
             not_available_yet(std::string("The stress test ") + stress_tests[i].menu_text);
         }
     }
