@@ -48,21 +48,30 @@ TEST(StressSize, MemoryBeyondTheLimitsGivesTheComponentsLargestLength) {
               633318697598976u / 64);
 }
 
+// The length found fits, and one word more does not fit or is beyond the component's limits.
+void expect_largest(const multiplier<c64i>& component, u64_t memory, u64_t threads) {
+    const u64_t found = largest_stress_words(component, memory, threads);
+    const auto total = [&](u64_t n) { return stress_layout(component, n, threads).total; };
+    if (found == 0) {
+        EXPECT_GT(total(min_stress_words), memory);
+        return;
+    }
+    EXPECT_GE(found, min_stress_words);
+    EXPECT_LE(found, component.max_bits / 64);
+    EXPECT_LE(total(found), memory);
+    if (found < component.max_bits / 64) EXPECT_GT(total(found + 1), memory);
+}
+
 TEST(StressSize, TheLengthIsTheLargestThatFits) {
     auto rng = testing::make_rng(91);
     const FakeComponent component("VST", 633318697598976);
     for (int i = 0; i < 200; i++) {
         const u64_t n = min_stress_words + (rng() >> (rng() % 40 + 24));
-        if (n > component.max_bits / 64) continue;
         const u64_t threads = 1 + rng() % 256;
         const u64_t total = stress_layout(component, n, threads).total;
-        const u64_t found = largest_stress_words(component, total, threads);
-        EXPECT_GE(found, n);
-        EXPECT_LE(stress_layout(component, found, threads).total, total);
-        if (found < component.max_bits / 64) {
-            EXPECT_GT(stress_layout(component, found + 1, threads).total, total);
+        for (const u64_t memory : {total - 32, total - 1, total, total + 1, total + 32}) {
+            expect_largest(component, memory, threads);
         }
-        EXPECT_LT(largest_stress_words(component, total - 1, threads), n + (found - n) + 1);
     }
 }
 
@@ -71,13 +80,13 @@ TEST(StressSize, CapsAtTheBoundaries) {
     for (const u64_t threads : {1u, 2u, 256u}) {
         const auto total = [&](u64_t n) { return stress_layout(component, n, threads).total; };
         EXPECT_EQ(largest_stress_words(component, total(min_stress_words) - 1, threads), 0u);
+        EXPECT_GE(largest_stress_words(component, total(min_stress_words), threads), min_stress_words);
         EXPECT_EQ(largest_stress_words(component, total(464), threads), 464u);
-        EXPECT_EQ(largest_stress_words(component, total(464) - 1, threads), 463u);
-        EXPECT_LT(total(463), total(464));
-        // 32 bytes of alignment hide a word or two.
-        const u64_t smallest = largest_stress_words(component, total(min_stress_words), threads);
-        EXPECT_GE(smallest, min_stress_words);
-        EXPECT_EQ(total(smallest), total(min_stress_words));
+        EXPECT_LT(largest_stress_words(component, total(464) - 1, threads), 464u);
+        for (u64_t n = min_stress_words; n <= 464; n++) {
+            expect_largest(component, total(n) - 1, threads);
+            expect_largest(component, total(n), threads);
+        }
     }
     EXPECT_EQ(largest_stress_words(component, 0, 1), 0u);
 }
