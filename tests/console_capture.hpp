@@ -32,11 +32,11 @@ inline int temporary_file(std::string_view text = {}) {
     return descriptor;
 }
 
+// The whole file; its position stays, since whoever writes it may share it.
 inline std::string file_contents(int descriptor) {
     std::string text;
-    if (::lseek(descriptor, 0, SEEK_SET) != 0) std::abort();
     char buffer[4096];
-    for (ssize_t n; (n = ::read(descriptor, buffer, sizeof buffer)) > 0;) {
+    for (ssize_t n; (n = ::pread(descriptor, buffer, sizeof buffer, static_cast<off_t>(text.size()))) > 0;) {
         text.append(buffer, static_cast<std::size_t>(n));
     }
     return text;
@@ -45,8 +45,8 @@ inline std::string file_contents(int descriptor) {
 // Standard input reads the text, and then ends, for as long as the object lives.
 class StdinText {
   public:
-    explicit StdinText(std::string_view text) : saved_(::dup(STDIN_FILENO)) {
-        const int source = temporary_file(text);
+    explicit StdinText(std::string_view text) : StdinText(temporary_file(text)) {}
+    explicit StdinText(int source) : saved_(::dup(STDIN_FILENO)) {  // takes over the descriptor
         replace(source);
         ::close(source);
     }
@@ -86,6 +86,9 @@ class StdoutCapture {
         restore();
         return text_;
     }
+
+    // What is there by now; from any thread.
+    std::string text_so_far() const { return file_contents(target_); }
 
   private:
     static void flush() {
