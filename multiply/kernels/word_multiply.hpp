@@ -4,15 +4,9 @@
 #pragma once
 
 #include "foundation/types.hpp"
+#include "multiply/kernels/word_primitives.hpp"
 
 namespace znp {
-
-ZNP_INLINE constexpr u64_t Mul32(u32_t a, u32_t b) {
-    return static_cast<u64_t>(a) * b;
-}
-ZNP_INLINE constexpr u128_t Mul64(u64_t a, u64_t b) {
-    return static_cast<u128_t>(a) * b;
-}
 
 // T[0..L] = A[0..L) * w: always L + 1 words. T may be A. L may be 0.
 void Mul1(c32i* T, const c32i* A, upL_t L, c32i w);
