@@ -1,8 +1,5 @@
 #include "multiply/dispatch.hpp"
 
-#include <algorithm>
-
-#include "foundation/exceptions.hpp"
 #include "multiply/bkt/window.hpp"
 #include "multiply/selection.hpp"
 
@@ -22,8 +19,7 @@ void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word
 template <class word>
 void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t n) {
     const bkt::SqrWindow w = bkt::narrow_sqr(s, e, n);
-    const upL_t kept = std::min(w.n, w.e);
-    select(memory_table<word>(), 2 * kept).sqr_window(bp, T, w.s, w.e, A + w.A_offset, kept);
+    select(memory_table<word>(), 2 * w.n).sqr_window(bp, T, w.s, w.e, A + w.A_offset, w.n);
 }
 
 template <class word>
@@ -52,19 +48,7 @@ transform& make_transform(const BasicParameters& bp, TransformSlot& slot, upL_t 
 
 template <class word>
 upL_t work_bytes_for(upL_t L, u64_t threads, bool use_mulp) {
-    const auto table = memory_table<word>();
-    const ConvolutionRow<word>& last = select_row(table, L);
-    upL_t bytes = 0;
-    for (const ConvolutionRow<word>* row = table.data(); row <= &last; ++row) {
-        const upL_t length = std::min(row->max_words, L);
-        try {
-            bytes = std::max(bytes, use_mulp ? row->algorithm->mulp_bytes(length, threads)
-                                             : row->algorithm->work_bytes(length, threads));
-        } catch (const InvalidTransformParametersException&) {
-            // No transform of this row is that short; the products go elsewhere.
-        }
-    }
-    return bytes;
+    return work_bytes_over(memory_table<word>(), L, threads, use_mulp);
 }
 
 #define ZNP_INSTANTIATE(word)                                                                                \

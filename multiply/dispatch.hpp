@@ -5,9 +5,8 @@
 // operand of length 0 gives zeros.
 //
 // bp's work buffer must have work_bytes_for<word>(key, bp.tds) bytes (mulp: with use_mulp), key being the
-// product length. For windows that is the length of the narrowed operands' product: 2 min(n', e') of a square
-// and p + q of a product after bkt::narrow_sqr and bkt::narrow_mul. The whole product's length is always
-// enough.
+// product length. For windows that is the length of the narrowed operands' product: 2 n after
+// bkt::narrow_sqr, La + Lb after bkt::narrow_mul. The whole product's length is always enough.
 //
 // The value of a window is the narrowed product's: the words of the operands that cannot reach the window do
 // not count, so its lowest words can lack the carry from below. Callers keep guard words there.
@@ -41,9 +40,8 @@ void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, u
 template <class word>
 transform& make_transform(const BasicParameters& bp, TransformSlot& slot, upL_t L);
 
-// Bytes of a work buffer with which every product of up to L words can be made: the largest need over the
-// shorter rows, each at its own longest product, and the row of L at L. Rows whose algorithm has no
-// parameters for the length are skipped.
+// Bytes of a work buffer with which every product of up to L words can be made (work_bytes_over of the memory
+// table).
 template <class word>
 upL_t work_bytes_for(upL_t L, u64_t threads, bool use_mulp = false);
 

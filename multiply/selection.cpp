@@ -95,6 +95,22 @@ const ConvolutionRow<word>& select_row(std::span<const ConvolutionRow<word>> tab
 }
 
 template <class word>
+upL_t work_bytes_over(std::span<const ConvolutionRow<word>> table, upL_t L, u64_t threads, bool use_mulp) {
+    const ConvolutionRow<word>* const last = &select_row(table, L);
+    upL_t bytes = 0;
+    for (const ConvolutionRow<word>* row = table.data(); row <= last; ++row) {
+        const upL_t length = std::min(row->max_words, L);
+        try {
+            bytes = std::max(bytes, use_mulp ? row->algorithm->mulp_bytes(length, threads)
+                                             : row->algorithm->work_bytes(length, threads));
+        } catch (const InvalidTransformParametersException&) {
+            // The algorithm has no transform so short: it does not serve such products, nor needs memory.
+        }
+    }
+    return bytes;
+}
+
+template <class word>
 std::span<const multiplier<word>* const> multipliers() {
     return all_multipliers<word>;
 }
@@ -128,6 +144,7 @@ void print_convolution_table() {
     template std::span<const ConvolutionRow<word>> memory_table();                                 \
     template std::span<const ConvolutionRow<word>> swap_table();                                   \
     template const ConvolutionRow<word>& select_row(std::span<const ConvolutionRow<word>>, upL_t); \
+    template upL_t work_bytes_over(std::span<const ConvolutionRow<word>>, upL_t, u64_t, bool);     \
     template std::span<const multiplier<word>* const> multipliers();                               \
     template const multiplier<word>* find_multiplier<word>(std::string_view);                      \
     template void print_convolution_table<word>();

@@ -32,6 +32,12 @@ const multiplier<word>& select(std::span<const ConvolutionRow<word>> table, upL_
     return *select_row(table, L).algorithm;
 }
 
+// Bytes of a work buffer with which every product of up to L words can be made by the table: the largest need
+// over the shorter rows, each at its own longest product, and the row of L at L. use_mulp asks for
+// mulp_bytes. A row whose algorithm has no parameters for its length is skipped.
+template <class word>
+upL_t work_bytes_over(std::span<const ConvolutionRow<word>> table, upL_t L, u64_t threads, bool use_mulp);
+
 // All multipliers of a word family in the order BKT, FFT, HNT, VST; and by key, null if there is none.
 template <class word>
 std::span<const multiplier<word>* const> multipliers();

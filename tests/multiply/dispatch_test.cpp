@@ -1,0 +1,234 @@
+#include "multiply/dispatch.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "console_capture.hpp"
+#include "foundation/exceptions.hpp"
+#include "multiply/multiply_test_support.hpp"
+#include "multiply/selection.hpp"
+#include "test_seed.hpp"
+
+namespace znp {
+namespace {
+
+using testing::all_kinds;
+using testing::caught;
+using testing::console_output;
+using testing::exact_product;
+using testing::exact_sqr_window;
+using testing::exact_window;
+using testing::GuardedWords;
+using testing::GuardedWork;
+using testing::Kind;
+using testing::make_operand;
+
+template <class word>
+class Dispatch : public ::testing::Test {
+  protected:
+    static constexpr upL_t row = 3712 / WordTraits<word>::bits;  // longest product that needs no tables
+
+    // Each with a work buffer of exactly the promised bytes for the key.
+    static std::vector<word> square(const std::vector<word>& A) {
+        GuardedWords<word> T(2 * A.size());
+        GuardedWork work(work_bytes_for<word>(2 * A.size(), 1));
+        sqr(work.bp(), T.data(), A.data(), A.size());
+        return T.words();
+    }
+    static std::vector<word> product(const std::vector<word>& A, const std::vector<word>& B) {
+        GuardedWords<word> T(A.size() + B.size());
+        GuardedWork work(work_bytes_for<word>(A.size() + B.size(), 1));
+        mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+        return T.words();
+    }
+    static std::vector<word> square_window(const std::vector<word>& A, upL_t s, upL_t e) {
+        GuardedWords<word> T(e - s);
+        GuardedWork work(work_bytes_for<word>(2 * bkt::narrow_sqr(s, e, A.size()).n, 1));
+        sqr_window(work.bp(), T.data(), s, e, A.data(), A.size());
+        return T.words();
+    }
+    static std::vector<word> product_window(const std::vector<word>& A, const std::vector<word>& B, upL_t s,
+                                            upL_t e, bool use_mulp) {
+        GuardedWords<word> T(e - s);
+        const bkt::MulWindow w = bkt::narrow_mul(s, e, A.size(), B.size());
+        GuardedWork work(work_bytes_for<word>(w.La + w.Lb, 1, use_mulp));
+        const auto operation = use_mulp ? &mulp<word> : &mul_window<word>;
+        operation(work.bp(), T.data(), s, e, A.data(), A.size(), B.data(), B.size());
+        return T.words();
+    }
+};
+
+TYPED_TEST_SUITE(Dispatch, testing::Words);
+
+TYPED_TEST(Dispatch, SquaresOfAllLengths) {
+    auto rng = testing::make_rng(1);
+    for (upL_t n = 1; 2 * n <= this->row; n++) {
+        for (const Kind kind : all_kinds) {
+            const auto A = make_operand<TypeParam>(kind, n, rng);
+            ASSERT_EQ(this->square(A), exact_product(A, A)) << n;
+        }
+    }
+}
+
+TYPED_TEST(Dispatch, ProductsOfAllLengths) {
+    auto rng = testing::make_rng(2);
+    for (upL_t La = 1; La < this->row; La++) {
+        for (upL_t Lb = 1; La + Lb <= this->row; Lb++) {
+            const auto A = make_operand<TypeParam>(all_kinds[rng() % 9], La, rng);
+            const auto B = make_operand<TypeParam>(all_kinds[rng() % 9], Lb, rng);
+            ASSERT_EQ(this->product(A, B), exact_product(A, B)) << La << " x " << Lb;
+        }
+    }
+}
+
+TYPED_TEST(Dispatch, OneWordByOneWord) {
+    const TypeParam ones = ~TypeParam{0};
+    EXPECT_EQ(this->product({ones}, {ones}), (std::vector<TypeParam>{1, ones - 1}));
+    EXPECT_EQ(this->square({ones}), (std::vector<TypeParam>{1, ones - 1}));
+}
+
+TYPED_TEST(Dispatch, ZeroLengthOperandsGiveZeros) {
+    using Words = std::vector<TypeParam>;
+    EXPECT_EQ(this->product({1, 2, 3}, {}), Words(3));
+    EXPECT_EQ(this->product({}, {1, 2, 3}), Words(3));
+    EXPECT_EQ(this->product({}, {}), Words());
+    EXPECT_EQ(this->square({}), Words());
+    EXPECT_EQ(this->product_window({1, 2, 3}, {}, 1, 3, false), Words(2));
+    EXPECT_EQ(this->product_window({}, {1, 2, 3}, 0, 2, true), Words(2));
+}
+
+TYPED_TEST(Dispatch, WindowsOfShortProducts) {
+    auto rng = testing::make_rng(3);
+    for (int round = 0; round < 2000; round++) {
+        const upL_t La = 1 + rng() % (this->row - 1);
+        const upL_t Lb = 1 + rng() % (this->row - La);
+        const upL_t s = rng() % (La + Lb);
+        const upL_t e = s + rng() % (La + Lb - s + 1);
+        const auto A = make_operand<TypeParam>(all_kinds[rng() % 9], La, rng);
+        const auto B = make_operand<TypeParam>(all_kinds[rng() % 9], Lb, rng);
+        const bool use_mulp = (rng() & 1) != 0;
+        if (s == e) {
+            ASSERT_TRUE(this->product_window(A, B, s, e, use_mulp).empty());
+            continue;
+        }
+        ASSERT_EQ(this->product_window(A, B, s, e, use_mulp), exact_window(A, B, s, e))
+            << La << " x " << Lb << " [" << s << ", " << e << ")";
+    }
+}
+
+TYPED_TEST(Dispatch, WindowsOfShortSquares) {
+    auto rng = testing::make_rng(4);
+    for (int round = 0; round < 2000; round++) {
+        const upL_t n = 1 + rng() % (this->row / 2);
+        const upL_t s = rng() % (2 * n);
+        const upL_t e = s + 1 + rng() % (2 * n - s);
+        const auto A = make_operand<TypeParam>(all_kinds[rng() % 9], n, rng);
+        ASSERT_EQ(this->square_window(A, s, e), exact_sqr_window(A, s, e))
+            << n << " [" << s << ", " << e << ")";
+    }
+}
+
+TYPED_TEST(Dispatch, TheWholeProductIsAWindowToo) {
+    auto rng = testing::make_rng(5);
+    const auto A = make_operand<TypeParam>(Kind::random, this->row / 2, rng);
+    const auto B = make_operand<TypeParam>(Kind::random, this->row / 2, rng);
+    EXPECT_EQ(this->product_window(A, B, 0, this->row, false), exact_product(A, B));
+    EXPECT_EQ(this->square_window(A, 0, this->row), exact_product(A, A));
+}
+
+// Operands far beyond the row: the window alone decides, since only the words that can reach it count.
+TYPED_TEST(Dispatch, ShortWindowsOfLongOperands) {
+    auto rng = testing::make_rng(6);
+    const upL_t n = 10 * this->row;
+    const auto A = make_operand<TypeParam>(Kind::random, n, rng);
+    const auto B = make_operand<TypeParam>(Kind::random, n / 2, rng);
+    const upL_t half = this->row / 2;
+    const upL_t top = n + n / 2;
+    EXPECT_EQ(this->product_window(A, B, 0, half, false), exact_window(A, B, 0, half));
+    EXPECT_EQ(this->product_window(A, B, top - half, top, true), exact_window(A, B, top - half, top));
+    EXPECT_EQ(this->square_window(A, 0, half), exact_sqr_window(A, 0, half));
+    EXPECT_EQ(this->square_window(A, 2 * n - half, 2 * n), exact_sqr_window(A, 2 * n - half, 2 * n));
+}
+
+TYPED_TEST(Dispatch, TheKeyOfAWindowIsTheNarrowedProduct) {
+    const upL_t n = 10 * this->row;
+    const upL_t half = this->row / 2;
+    std::vector<TypeParam> A(n, 1), T(this->row);
+    GuardedWork work(work_bytes_for<TypeParam>(this->row, 1));
+    const auto bp = work.bp();
+    EXPECT_NO_THROW(mul_window(bp, T.data(), 0, half, A.data(), n, A.data(), n));
+    EXPECT_NO_THROW(sqr_window(bp, T.data(), 0, half, A.data(), n));
+    const auto next_row = [](auto action) {
+        return caught<zn_exception>(action).text.find("FFT") != std::string::npos;
+    };
+    EXPECT_TRUE(next_row([&] { mul_window(bp, T.data(), 0, half + 1, A.data(), n, A.data(), n); }));
+    EXPECT_TRUE(next_row([&] { mulp(bp, T.data(), 0, half + 1, A.data(), n, A.data(), n); }));
+    EXPECT_TRUE(next_row([&] { sqr_window(bp, T.data(), 0, half + 1, A.data(), n); }));
+}
+
+// The keys alone: the operands of the longest products are never read.
+TYPED_TEST(Dispatch, KeysChooseTheRow) {
+    constexpr unsigned bits = WordTraits<TypeParam>::bits;
+    const upL_t last_FFT = 655424 / bits;
+    const upL_t last_VST = 0x2400000000000 / bits;
+    const BasicParameters bp;
+    TypeParam* const none = nullptr;
+    const auto names = [](const char* key, auto action) {
+        const auto e = caught<zn_exception>(action);
+        return e.code == 0 && e.text.find(key) != std::string::npos;
+    };
+    TransformSlot slot;
+    EXPECT_TRUE(names("FFT", [&] { mul(bp, none, none, 1, none, this->row); }));
+    EXPECT_TRUE(names("FFT", [&] { sqr(bp, none, none, this->row / 2 + 1); }));
+    EXPECT_TRUE(names("FFT", [&] { make_transform<TypeParam>(bp, slot, this->row + 1); }));
+    EXPECT_TRUE(names("FFT", [&] { make_transform<TypeParam>(bp, slot, last_FFT); }));
+    EXPECT_TRUE(names("FFT", [&] { mul(bp, none, none, 1, none, last_FFT - 1); }));
+    EXPECT_TRUE(names("VST", [&] { mul(bp, none, none, 1, none, last_FFT); }));
+    EXPECT_TRUE(names("VST", [&] { make_transform<TypeParam>(bp, slot, last_VST); }));
+
+    const auto code = [](auto action) {
+        s32_t found = 0;
+        console_output([&] { found = caught<zn_exception>(action).code; });
+        return found;
+    };
+    EXPECT_EQ(code([&] { make_transform<TypeParam>(bp, slot, last_VST + 1); }), -4);
+    EXPECT_EQ(code([&] { mul(bp, none, none, 1, none, last_VST); }), -4);
+    EXPECT_EQ(code([&] { sqr(bp, none, none, last_VST / 2 + 1); }), -4);
+    EXPECT_EQ(code([&] { sqr_window(bp, none, 0, last_VST / 2 + 1, none, last_VST); }), -4);
+    EXPECT_EQ(code([&] { mul_window(bp, none, 0, 1 + last_VST, none, 1, none, last_VST); }), -4);
+    EXPECT_EQ(code([&] { mulp(bp, none, 0, 1 + last_VST, none, 1, none, last_VST); }), -4);
+    EXPECT_EQ(code([&] { (void)work_bytes_for<TypeParam>(last_VST + 1, 1); }), -4);
+}
+
+TYPED_TEST(Dispatch, MakeTransformReplacesTheOneInTheSlot) {
+    TransformSlot slot;
+    const BasicParameters bp;
+    const upL_t per_64 = 64 / WordTraits<TypeParam>::bits;
+    EXPECT_EQ(make_transform<TypeParam>(bp, slot, 10).max_bits, 64 * (10 / per_64));
+    transform& t = make_transform<TypeParam>(bp, slot, this->row);
+    EXPECT_EQ(&t, &*slot);
+    EXPECT_STREQ(t.name(), "BKT");
+    EXPECT_EQ(t.max_bits, 3712u);
+}
+
+TYPED_TEST(Dispatch, WorkBytesCoverEveryShorterProduct) {
+    upL_t before = 0;
+    for (upL_t L = 0; L <= this->row; L++) {
+        const upL_t bytes = work_bytes_for<TypeParam>(L, 1);
+        EXPECT_EQ(bytes, find_multiplier<TypeParam>("BKT")->work_bytes(L, 1));
+        EXPECT_EQ(bytes, work_bytes_for<TypeParam>(L, 8, true));
+        EXPECT_GE(bytes, before) << L;
+        before = bytes;
+    }
+}
+
+// Just over the boundary the query asks the shorter rows at their own longest product, and then the row of
+// the length, which is not there yet and says so.
+TYPED_TEST(Dispatch, WorkBytesOverARowBoundaryNameTheMissingAlgorithm) {
+    const auto e = caught<zn_exception>([&] { (void)work_bytes_for<TypeParam>(this->row + 1, 1); });
+    EXPECT_NE(e.text.find("FFT"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace znp
