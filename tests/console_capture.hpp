@@ -14,6 +14,21 @@
 #include <string>
 #include <string_view>
 
+// What the console sends to the terminal, written out once for the tests.
+namespace znp::testing::sent {
+
+inline const std::string W = "\033[01;37m";
+inline const std::string R = "\033[01;31m";
+inline const std::string G = "\033[01;32m";
+inline const std::string Y = "\033[01;33m";
+inline const std::string T = "\033[01;36m";
+inline const std::string reset = "\033[39;49m";
+inline const std::string pause = W + "Press ENTER to continue . . ." + T + W;
+inline const std::string end_of_input =
+    "\n" + R + "The input has ended before an answer was given." + reset + "\n";
+
+}  // namespace znp::testing::sent
+
 namespace znp::testing {
 
 // A file without a name that holds the text, read from its start.

@@ -20,13 +20,9 @@ namespace {
 
 using testing::console_output;
 using testing::dying;
+using namespace testing::sent;
 using ::testing::Eq;
 using ::testing::ExitedWithCode;
-
-const std::string W = "\033[01;37m";
-const std::string R = "\033[01;31m";
-const std::string pause = W + "Press ENTER to continue . . .\033[01;36m" + W;
-const std::string end_text = "\n\033[01;31mThe input has ended before an answer was given.\033[39;49m\n";
 
 class BasicFileTest : public ::testing::Test {
   protected:
@@ -163,15 +159,15 @@ TEST_F(BasicFileDeathTest, RetryLoopsEndAtTheEndOfInput) {
     const std::wstring missing = path(L"missing");
     const std::string opening = open_round("Unable to open file.", missing);
     EXPECT_EXIT(dying([&] { BasicFile().open(missing, true); }, "\n\n"), ExitedWithCode(1),
-                Eq(opening + opening + opening + end_text));
+                Eq(opening + opening + opening + end_of_input));
 
     const std::wstring nowhere = path(L"no folder/x");
     EXPECT_EXIT(dying([&] { BasicFile().create(nowhere, true); }), ExitedWithCode(1),
-                Eq(open_round("Unable to create file.", nowhere) + end_text));
+                Eq(open_round("Unable to create file.", nowhere) + end_of_input));
 
     EXPECT_EXIT(dying([&] { rename_file(missing, path(L"to")); }), ExitedWithCode(1),
                 Eq(R + "Unable to rename file.\n" + w_to_a_direct(path(L"to")) + "\nRe-attempting...\n" + W +
-                   pause + end_text));
+                   pause + end_of_input));
 }
 
 // Runs body(), which waits for ENTER; mend() runs while it waits, then ENTER is pressed.
@@ -225,8 +221,7 @@ TEST_F(BasicFileDeathTest, CloseThatFailsIsFatal) {
                     file.write("x", 1);
                     file.close();
                 }),
-                ExitedWithCode(1),
-                Eq(R + "\n" + R + "Unable to close file." + W + "\n" + pause + "\033[39;49m"));
+                ExitedWithCode(1), Eq(R + "\n" + R + "Unable to close file." + W + "\n" + pause + reset));
 }
 
 TEST_F(BasicFileDeathTest, SeekThatFailsIsFatal) {
@@ -237,7 +232,7 @@ TEST_F(BasicFileDeathTest, SeekThatFailsIsFatal) {
                 }),
                 ExitedWithCode(1),
                 Eq("errno: " + std::to_string(EINVAL) + "\n\n" + R + "Unable to move file pointer." + W +
-                   "\n" + pause + "\033[39;49m"));
+                   "\n" + pause + reset));
 }
 
 TEST_F(BasicFileTest, FileSystemHelpersIgnoreTheirFailures) {

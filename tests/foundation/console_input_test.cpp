@@ -13,14 +13,9 @@ namespace {
 
 using testing::console_output;
 using testing::dying;
+using namespace testing::sent;
 using ::testing::Eq;
 using ::testing::ExitedWithCode;
-
-const std::string W = "\033[01;37m";
-const std::string G = "\033[01;32m";
-const std::string T = "\033[01;36m";
-const std::string pause_text = "Press ENTER to continue . . .";
-const std::string end_text = "\n\033[01;31mThe input has ended before an answer was given.\033[39;49m\n";
 
 TEST(ConsoleInput, LinesAndTheirColors) {
     EXPECT_EQ(console_output([] { EXPECT_EQ(Console::read_line(), "some text"); }, "some text\nmore"), "");
@@ -51,13 +46,13 @@ TEST(ConsoleInput, PauseReadsALineAndEndsInWhite) {
             EXPECT_EQ(Console::read_line(), "next");
         },
         "anything\nnext\n");
-    EXPECT_EQ(output, W + pause_text + T + W);
-    EXPECT_EQ(console_output([] { Console::pause('G'); }, "\n"), G + pause_text + T + W);
-    EXPECT_EQ(console_output([] { Console::wait_for_retry(); }, "\n"), W + pause_text + T + W);
+    EXPECT_EQ(output, pause);
+    EXPECT_EQ(console_output([] { Console::pause('G'); }, "\n"), G + "Press ENTER to continue . . ." + T + W);
+    EXPECT_EQ(console_output([] { Console::wait_for_retry(); }, "\n"), pause);
 }
 
 TEST(ConsoleInput, EndOfInputCountsAsPressedAtAPause) {
-    EXPECT_EQ(console_output([] { Console::pause(); }), W + pause_text + T + W);
+    EXPECT_EQ(console_output([] { Console::pause(); }), pause);
 }
 
 TEST(ConsoleInput, IntegersStopAtTheFirstOtherCharacter) {
@@ -164,24 +159,24 @@ TEST(ConsoleInput, AskSize) {
 using ConsoleInputDeathTest = ::testing::Test;
 
 TEST(ConsoleInputDeathTest, EndOfInputEndsThePromptsWithOneLine) {
-    EXPECT_EXIT(dying([] { Console::end_of_input(); }), ExitedWithCode(1), Eq(end_text));
-    EXPECT_EXIT(dying([] { Console::read_line(); }), ExitedWithCode(1), Eq(end_text));
-    EXPECT_EXIT(dying([] { Console::read_line_wide('G'); }), ExitedWithCode(1), Eq(G + end_text));
-    EXPECT_EXIT(dying([] { Console::read_int(); }), ExitedWithCode(1), Eq(end_text));
-    EXPECT_EXIT(dying([] { Console::ask_int("n = "); }), ExitedWithCode(1), Eq(W + "n = " + G + end_text));
-    EXPECT_EXIT(dying([] { Console::read_size(); }), ExitedWithCode(1), Eq(end_text));
+    EXPECT_EXIT(dying([] { Console::end_of_input(); }), ExitedWithCode(1), Eq(end_of_input));
+    EXPECT_EXIT(dying([] { Console::read_line(); }), ExitedWithCode(1), Eq(end_of_input));
+    EXPECT_EXIT(dying([] { Console::read_line_wide('G'); }), ExitedWithCode(1), Eq(G + end_of_input));
+    EXPECT_EXIT(dying([] { Console::read_int(); }), ExitedWithCode(1), Eq(end_of_input));
+    EXPECT_EXIT(dying([] { Console::ask_int("n = "); }), ExitedWithCode(1),
+                Eq(W + "n = " + G + end_of_input));
+    EXPECT_EXIT(dying([] { Console::read_size(); }), ExitedWithCode(1), Eq(end_of_input));
     EXPECT_EXIT(dying([] { Console::ask_size("Bytes: "); }), ExitedWithCode(1),
-                Eq(W + "Bytes: " + G + end_text));
+                Eq(W + "Bytes: " + G + end_of_input));
 }
 
 TEST(ConsoleInputDeathTest, AskIntRangeDoesNotSpinAtTheEndOfInput) {
     EXPECT_EXIT(dying([] { Console::ask_int_range("n = ", 1, 2); }, "7\n"), ExitedWithCode(1),
-                Eq(W + "n = " + G + W + W + "n = " + G + end_text));
+                Eq(W + "n = " + G + W + W + "n = " + G + end_of_input));
 }
 
 TEST(ConsoleInputDeathTest, WaitForRetryEndsAtTheEndOfInput) {
-    EXPECT_EXIT(dying([] { Console::wait_for_retry(); }), ExitedWithCode(1),
-                Eq(W + pause_text + T + W + end_text));
+    EXPECT_EXIT(dying([] { Console::wait_for_retry(); }), ExitedWithCode(1), Eq(pause + end_of_input));
 }
 
 }  // namespace

@@ -16,11 +16,7 @@ namespace znp {
 namespace {
 
 using testing::console_output;
-
-const std::string W = "\033[01;37m";
-const std::string R = "\033[01;31m";
-const std::string G = "\033[01;32m";
-const std::string Y = "\033[01;33m";
+using namespace testing::sent;
 
 TEST(ConsoleColors, SequenceOfEachLetter) {
     const std::pair<char, const char*> table[] = {

@@ -15,11 +15,9 @@ namespace {
 
 using testing::console_output;
 using testing::dying;
+using namespace testing::sent;
 using ::testing::Eq;
 using ::testing::ExitedWithCode;
-
-const std::string W = "\033[01;37m";
-const std::string R = "\033[01;31m";
 
 std::string heading(const std::string& title) {
     return "\n\n" + W + "Exception Encountered: " + R + title + W + "\n";
@@ -169,9 +167,7 @@ using FireDeathTest = ::testing::Test;
 TEST(FireDeathTest, ActionOneEndsTheProgram) {
     const std::string report = heading("Unable to create thread.") + "Error Code: 11\n\n\n";
     EXPECT_EXIT(dying([] { fire(Threads::ThreadException(11, "Unable to create thread.")); }),
-                ExitedWithCode(1),
-                Eq(report + "\n" + R + W + "\n" + W + "Press ENTER to continue . . .\033[01;36m" + W +
-                   "\033[39;49m"));
+                ExitedWithCode(1), Eq(report + "\n" + R + W + "\n" + pause + reset));
 }
 
 TEST(PrintException, ReportWithNothingButItsCode) {

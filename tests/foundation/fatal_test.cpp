@@ -12,13 +12,9 @@ namespace znp {
 namespace {
 
 using testing::dying;
+using namespace testing::sent;
 using ::testing::Eq;
 using ::testing::ExitedWithCode;
-
-const std::string W = "\033[01;37m";
-const std::string R = "\033[01;31m";
-const std::string pause = W + "Press ENTER to continue . . .\033[01;36m" + W;
-const std::string reset = "\033[39;49m";
 
 using FatalDeathTest = ::testing::Test;
 

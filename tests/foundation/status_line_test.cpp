@@ -10,11 +10,8 @@ namespace znp {
 namespace {
 
 using testing::console_output;
+using namespace testing::sent;
 using Update = StatusLine::Update;
-
-const std::string W = "\033[01;37m";
-const std::string R = "\033[01;31m";
-const std::string G = "\033[01;32m";
 
 std::string erased(upL_t width) {
     return '\r' + std::string(width + 1, ' ') + '\r';
