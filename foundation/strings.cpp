@@ -10,10 +10,6 @@ namespace {
 
 constexpr u32_t last_ascii = 127;
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 // Reports the failure and throws its text as a bare pointer, which passes every handler of exceptions.
 [[noreturn]] void conversion_failure(const char* text) {
     Console::print_error(text);
@@ -70,7 +66,7 @@ std::string format_printf(upL_t size, const char* format, ...) {
 u64_t parse_u64(std::string_view text) {
     u64_t value = 0;
     for (const char c : text) {
-        if (!is_digit(c)) break;
+        if (!is_decimal_digit(c)) break;
         value = value * 10 + static_cast<u64_t>(c - '0');
     }
     return value;
@@ -83,7 +79,7 @@ bool parse_i64_line(std::string_view text, s64_t& value) {
     if (negative) ++i;
 
     const upL_t first = i;
-    while (i < text.size() && is_digit(text[i])) ++i;
+    while (i < text.size() && is_decimal_digit(text[i])) ++i;
     const bool at_line_end = i == text.size() || text[i] == '\r' || text[i] == '\n';
     if (i == first || !at_line_end) return false;
 

@@ -14,11 +14,19 @@ std::string w_to_a_direct(const std::wstring& text);
 std::wstring a_to_w_direct(const std::string& text);
 
 std::string to_string_u64(u64_t value);
-[[gnu::format(printf, 2, 3)]] std::string format_printf(upL_t size, const char* format, ...);
-std::string zero_padded_20(u64_t value);
 
+// The text by a printf format, cut to size - 1 characters.
+[[gnu::format(printf, 2, 3)]] std::string format_printf(upL_t size, const char* format, ...);
+
+std::string zero_padded_20(u64_t value);  // exactly 20 digits
+
+constexpr bool is_decimal_digit(char c) {
+    return c >= '0' && c <= '9';
+}
 u64_t parse_u64(std::string_view text);  // leading digits; no overflow check
-bool parse_i64_line(std::string_view text,
-                    s64_t& value);  // decimal up to a line end; false for anything else
+
+// The number of a value line: blanks and tabs, an optional "-", decimal digits up to CR, LF or the end of the
+// text. False, with the value unchanged, for anything else. No overflow check.
+bool parse_i64_line(std::string_view text, s64_t& value);
 
 }  // namespace znp

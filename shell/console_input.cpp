@@ -1,4 +1,5 @@
 // The console's input side: lines, pauses, and the numbers and sizes that a user types.
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cwchar>
@@ -69,34 +70,12 @@ bool wait_for_enter(char color) {
     return pressed;
 }
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-// The power of two behind a unit letter; 0 where the letter is none.
+// The power of two behind a unit letter of either case; 0 where the letter is none.
 unsigned unit_exponent(char letter) {
-    switch (letter) {
-        case 'K':
-        case 'k':
-            return 10;
-        case 'M':
-        case 'm':
-            return 20;
-        case 'G':
-        case 'g':
-            return 30;
-        case 'T':
-        case 't':
-            return 40;
-        case 'P':
-        case 'p':
-            return 50;
-        case 'E':
-        case 'e':
-            return 60;
-        default:
-            return 0;
-    }
+    constexpr std::string_view units = "KMGTPE";
+    const char upper = static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
+    const upL_t index = units.find(upper);
+    return index == std::string_view::npos ? 0 : 10 * (static_cast<unsigned>(index) + 1);
 }
 
 // Rounds half away from zero. The value is below 2^60: a fraction times the largest unit.
@@ -146,12 +125,12 @@ s64_t ask_int_range(const std::string& prompt, s64_t low, s64_t high, char color
 u64_t parse_size(std::string_view line) {
     const u64_t whole = parse_u64(line);
     upL_t i = 0;
-    while (i < line.size() && is_digit(line[i])) ++i;
+    while (i < line.size() && is_decimal_digit(line[i])) ++i;
 
     double fraction = 0;
     if (i < line.size() && line[i] == '.') {
         double place = 0.1;
-        for (++i; i < line.size() && is_digit(line[i]); ++i) {
+        for (++i; i < line.size() && is_decimal_digit(line[i]); ++i) {
             fraction += place * (line[i] - '0');
             place *= 0.1;
         }
