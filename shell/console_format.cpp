@@ -44,7 +44,7 @@ std::string format_bytes(u64_t value) {
     std::string number;
     if (thousandths < 1'000) {
         const u64_t rounded = (thousandths + 5) / 10;
-        number = rounded == 100 ? "1.00" : "0." + to_string_u64(rounded);
+        number = rounded == 100 ? "1.00" : format_printf(8, "0.%lu", rounded);
     } else if (thousandths < 10'000) {
         const u64_t rounded = (thousandths + 5) / 10;
         number = rounded == 1000 ? "10.0" : format_printf(8, "%lu.%02lu", rounded / 100, rounded % 100);
@@ -57,7 +57,7 @@ std::string format_bytes(u64_t value) {
             number = "0.98";
             ++unit;
         } else {
-            number = " " + to_string_u64(rounded);
+            number = format_printf(8, " %lu", rounded);
         }
     }
     return number + binary_units[unit];
