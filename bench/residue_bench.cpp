@@ -1,6 +1,8 @@
-// The hashes of a number modulo 2^61 - 1: bytes of words a second, from the second-level cache.
+// The hashes of a number modulo 2^61 - 1: bytes of words a second. 256 KiB sit in the second-level cache; the
+// short lengths show the cost of a call, 64 MiB the speed of memory.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <random>
 #include <vector>
 
@@ -10,50 +12,53 @@
 namespace znp::residue {
 namespace {
 
-constexpr upL_t cache_bytes = upL_t{256} << 10;
+constexpr std::int64_t cache_bytes = 256 << 10;
+constexpr std::int64_t memory_bytes = 64 << 20;
 
 template <class word>
-std::vector<word> random_words(upL_t bytes) {
+std::vector<word> random_words(std::int64_t bytes) {
     std::mt19937_64 rng(1);
-    std::vector<word> T(bytes / sizeof(word));
+    std::vector<word> T(static_cast<upL_t>(bytes) / sizeof(word));
     for (word& w : T) w = static_cast<word>(rng());
     return T;
 }
 
-template <class word, u64_t (*hash)(const word*, upL_t, u64_t)>
-void hash_words_of(benchmark::State& state) {
-    const std::vector<word> T = random_words<word>(static_cast<upL_t>(state.range(0)));
+// One hash of range(0) bytes of words a round; each round's seed is the hash of the one before.
+template <class word, class Hash>
+void run(benchmark::State& state, Hash hash) {
+    const std::vector<word> T = random_words<word>(state.range(0));
     u64_t h = 0;
     for (auto _ : state) {
         h = hash(T.data(), T.size(), h);
         benchmark::DoNotOptimize(h);
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * state.range(0));
+    state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
-template <class word, u64_t (*hash)(const word*, upL_t, word, u64_t)>
-void hash_radix_of(benchmark::State& state) {
-    const std::vector<word> T = random_words<word>(cache_bytes);
-    const auto radix = static_cast<word>(sizeof(word) == 4 ? 1'000'000'000u : 10'000'000'000'000'000'000u);
-    u64_t h = 0;
-    for (auto _ : state) {
-        h = hash(T.data(), T.size(), radix, h);
-        benchmark::DoNotOptimize(h);
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * cache_bytes);
+void words32(benchmark::State& state, u64_t (*hash)(const c32i*, upL_t, u64_t)) {
+    run<c32i>(state, hash);
+}
+void words64(benchmark::State& state, u64_t (*hash)(const c64i*, upL_t, u64_t)) {
+    run<c64i>(state, hash);
 }
 
-BENCHMARK(hash_words_of<c64i, hash_words64>)
-    ->Name("hash_words64")
+BENCHMARK_CAPTURE(words64, hash_words64, hash_words64)
     ->Arg(64)
     ->Arg(640)
     ->Arg(cache_bytes)
-    ->Arg(64 << 20);
-BENCHMARK(hash_words_of<c32i, hash_words32>)->Name("hash_words32")->Arg(cache_bytes);
-BENCHMARK(hash_words_of<c64i, hash_words64_reference>)->Name("hash_words64_reference")->Arg(cache_bytes);
-BENCHMARK(hash_words_of<c32i, hash_words32_reference>)->Name("hash_words32_reference")->Arg(cache_bytes);
-BENCHMARK(hash_radix_of<c64i, hash_radix64>)->Name("hash_radix64");
-BENCHMARK(hash_radix_of<c32i, hash_radix32>)->Name("hash_radix32");
+    ->Arg(memory_bytes);
+BENCHMARK_CAPTURE(words32, hash_words32, hash_words32)->Arg(cache_bytes);
+BENCHMARK_CAPTURE(words64, hash_words64_reference, hash_words64_reference)->Arg(cache_bytes);
+BENCHMARK_CAPTURE(words32, hash_words32_reference, hash_words32_reference)->Arg(cache_bytes);
+
+u64_t hash_decimal64(const c64i* T, upL_t L, u64_t seed) {
+    return hash_radix64(T, L, 10'000'000'000'000'000'000u, seed);
+}
+u64_t hash_decimal32(const c32i* T, upL_t L, u64_t seed) {
+    return hash_radix32(T, L, 1'000'000'000u, seed);
+}
+BENCHMARK_CAPTURE(words64, hash_radix64, hash_decimal64)->Arg(cache_bytes);
+BENCHMARK_CAPTURE(words32, hash_radix32, hash_decimal32)->Arg(cache_bytes);
 
 }  // namespace
 }  // namespace znp::residue
