@@ -1,0 +1,330 @@
+// The program from end to end: what it prints, byte for byte, and its exit code.
+#include "program.hpp"
+
+#include <gtest/gtest.h>
+
+#include "shell/build_targets.hpp"
+#include "temporary_folder.hpp"
+
+namespace znp {
+namespace {
+
+using testing::ProgramResult;
+using testing::TemporaryFolder;
+
+const std::string red = "\033[01;31m";
+const std::string green = "\033[01;32m";
+const std::string yellow = "\033[01;33m";
+const std::string magenta = "\033[01;35m";
+const std::string cyan = "\033[01;36m";
+const std::string white = "\033[01;37m";
+const std::string dark_green = "\033[22;32m";
+const std::string dark_cyan = "\033[22;36m";
+const std::string reset = "\033[39;49m";
+
+const std::string start =
+    "\n\nChecking processor/OS features...\n\n"
+    "Required Features:\n" +
+    cyan + "    x64, SSE, SSE2, SSE3, SSSE3, SSE4.1, SSE4.2, AVX, ABM, FMA3, AVX2, BMI2\n" + "\n" + white +
+    "\n";
+const std::string end = reset + "\n";
+const std::string pause_line = white + "Press ENTER to continue . . ." + cyan + white;
+
+const std::string disclaimer =
+    "Disclaimer:\n"
+    "This software is provided \"as is\", without any guarantee made to its\n"
+    "suitability or fitness for any particular use. It may contain bugs so use\n"
+    "of this program is at your own risk. I take no responsibility for any\n"
+    "damage that may unintentionally be caused through its use.\n";
+
+const std::string about = "\n" + green + "Zelmar - Mathematical Constants to Many Digits\n" + "\n" + white +
+                          "Version: " + dark_green + "0.6.7 Build 9457" + white + "\n" +
+                          "Written and maintained by The Zelmar developers\n"
+                          "\n" +
+                          cyan +
+                          "Zelmar computes mathematical constants to millions, billions, and\n"
+                          "trillions of digits, in memory or on disk.\n"
+                          "\n"
+                          "It began as a program for the Euler-Mascheroni Constant alone. Once its\n"
+                          "arithmetic was fast enough for that, other constants were a small step:\n"
+                          "Pi, e, logarithms, Zeta(3), Catalan's Constant, and several more.\n"
+                          "\n"
+                          "For all overclockers:\n"
+                          "Zelmar is also a multi-threaded Pi benchmark, whose digits are checked\n"
+                          "against known ones, so that an unstable machine cannot score.\n"
+                          "\n" +
+                          disclaimer + white;
+
+const std::string warning = "\n" + yellow + "A Word of Warning...\n" + "\n" + cyan +
+                            "Performing large multi-threaded computations using this program may\n"
+                            "subject your computer to extremely high levels of stress for extended\n"
+                            "periods of time. To protect your computer, MAKE SURE that your hardware\n"
+                            "is stable and fit before performing large computations. I will take\n"
+                            "absolutely no responsibility for any damage that may be caused by this\n"
+                            "program.\n"
+                            "\n" +
+                            disclaimer + white;
+
+const std::string menu =
+    "Zelmar v" + dark_green + "0.6.7 Build 9457" + white + "  ( The Zelmar developers )\n" +
+    "Written and maintained by The Zelmar developers\n"
+    "\n" +
+    white + "Distribute Freely - Please Report any Bugs\n" + "\n" + white + "Tuning: " + green +
+    " Linux - x64 AVX2 ~ Fennic" + white + "\n" + "\n" + cyan + "  0         Benchmark Pi  (all in ram)\n" +
+    cyan + "  1         Component Stress Tester\n" + cyan + "  2         Run I/O Performance Analysis\n" +
+    "\n" + yellow +
+    "  3         Custom Compute a Constant\n"
+    "                -   Compute other constants (e, Golden Ratio, etc...)\n"
+    "                -   Choose your own settings (use disk for large computations)\n" +
+    "\n" + green + "  4         Benchmark Validator\n" + green + "  5         Advanced Options\n" + "\n" +
+    dark_cyan + "  6         About\n" + dark_cyan + "  7         A Word of Warning...\n" + white +
+    "Enter your choice:\n";
+const std::string option_prompt = white + "option: " + green + white;
+
+const std::string advanced_options =
+    magenta + "Advanced Options\n" + "\n" + cyan + "  0" + white + "         Log(n) Formula Generator\n" +
+    cyan + "  1" + white + "         Hardware Features\n" + cyan + "  2" + white +
+    "         Compilation Options\n" + yellow + "  3" + white + "         Test Swap Multiply\n" + "\n";
+
+// The fatal error of a piece that is not there yet.
+std::string not_there(const std::string& what) {
+    return "\n" + red + what + " is not available in this version yet." + white + "\n" + pause_line + reset;
+}
+std::string error_line(const std::string& text) {
+    return white + "Error: " + yellow + text + white + "\n\n";
+}
+std::string skip_line(const std::string& word) {
+    return "Skipping unrecognized command: " + word + "\n";
+}
+std::string clip_line(const std::string& threads) {
+    return yellow + "Warning: Clipping threads to " + threads + ".\n" + white;
+}
+const std::string expected_more =
+    white + "Uncaught std exception: " + red + "Expected more parameters." + white + "\n";
+
+class Program : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        CPUFeatures features;
+        read_features(features);
+        if (!supports_this_build(features))
+            GTEST_SKIP() << "the screens of this machine begin with a warning";
+    }
+
+    ProgramResult run(const std::vector<std::string>& arguments, std::string_view input = {}) {
+        return testing::run_program(arguments, input, folder_.path());
+    }
+    void expect(const std::vector<std::string>& arguments, std::string_view input, int exit_code,
+                const std::string& output) {
+        const ProgramResult result = run(arguments, input);
+        EXPECT_FALSE(result.timed_out);
+        EXPECT_EQ(result.exit_code, exit_code);
+        EXPECT_EQ(result.output, start + output);
+        EXPECT_EQ(folder_.is_empty(), files_ == 0);
+    }
+    void write(const std::string& name) {
+        folder_.write(name, "");
+        files_++;
+    }
+    const TemporaryFolder& folder() const { return folder_; }
+
+  private:
+    TemporaryFolder folder_;
+    int files_ = 0;
+};
+
+TEST_F(Program, About) {
+    expect({"about"}, "", 0, about + end);
+}
+TEST_F(Program, Warning) {
+    expect({"warning"}, "", 0, warning + end);
+}
+
+TEST_F(Program, FurtherWordsOfAFixedScreenAreIgnored) {
+    expect({"about", "-x", "bench"}, "", 0, about + end);
+    expect({"warning:5", "y"}, "", 0, warning + end);
+}
+
+TEST_F(Program, AnUnknownCommandIsSkippedAndGives1) {
+    expect({"nonsense"}, "", 1, skip_line("nonsense") + end);
+    expect({"nonsense:5", "about"}, "", 1, skip_line("nonsense:5") + end);
+    expect({""}, "", 1, skip_line("") + end);
+    expect({"About"}, "", 1, skip_line("About") + end);
+}
+
+TEST_F(Program, NoArgumentShowsTheMenuAndRunsOneAction) {
+    expect({}, "6\n", 0, menu + option_prompt + about + end);
+    expect({}, "7\n", 0, menu + option_prompt + warning + end);
+    expect({}, "6", 0, menu + option_prompt + about + end);  // a last line without a line feed
+}
+
+TEST_F(Program, TheMenuAsksAgainUntilTheNumberIsInRange) {
+    expect({}, "8\n-1\n99999999999999999999\n6x\n", 0,
+           menu + option_prompt + option_prompt + option_prompt + option_prompt + about + end);
+}
+
+TEST_F(Program, NoInputAtAllEndsTheMenuWith1) {
+    const ProgramResult result = run({});
+    EXPECT_FALSE(result.timed_out);
+    EXPECT_EQ(result.exit_code, 1);
+    const std::string shown = start + menu + white + "option: " + green;
+    ASSERT_EQ(result.output.substr(0, shown.size()), shown);
+    // One line that says so, the reset and a line feed.
+    const std::string rest = result.output.substr(shown.size());
+    EXPECT_NE(rest.find("input"), std::string::npos);
+    ASSERT_GE(rest.size(), end.size());
+    EXPECT_EQ(rest.substr(rest.size() - end.size()), end);
+}
+
+TEST_F(Program, EndOfInputBehindARefusedChoiceEndsTheMenuToo) {
+    const ProgramResult result = run({}, "8\n9\n");
+    EXPECT_FALSE(result.timed_out);
+    EXPECT_EQ(result.exit_code, 1);
+}
+
+TEST_F(Program, MenuEntriesThatWaitForTheirEngine) {
+    expect({}, "0\n", 1, menu + option_prompt + not_there("The benchmark menu"));
+    expect({}, "2\n", 1, menu + option_prompt + not_there("The I/O performance analysis"));
+    expect({}, "3\n", 1, menu + option_prompt + not_there("The custom computation screen"));
+    expect({}, "4\n", 1, menu + option_prompt + not_there("The Benchmark Validator"));
+}
+
+TEST_F(Program, TheStressScreenOpensFromTheMenuAndEndsWithTheInput) {
+    const ProgramResult result = run({}, "1\n");
+    EXPECT_FALSE(result.timed_out);
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_NE(result.output.find("Component Stress Tester\n", start.size() + menu.size()), std::string::npos);
+}
+
+TEST_F(Program, HardwareFeaturesOfTheAdvancedOptions) {
+    const ProgramResult result = run({}, "5\n1\n");
+    EXPECT_EQ(result.exit_code, 0);
+    CPUFeatures features;
+    read_features(features);
+    const std::string report = testing::console_output([&] { print_features(features); });
+    const std::string head = start + menu + option_prompt + advanced_options + option_prompt + "\n" +
+                             magenta + "Hardware Features:\n\n" + white + "Processor: " + green +
+                             processor_name() + white + "\n\n";
+    EXPECT_EQ(result.output, head + report + "\n  * = used by some build of this program.\n" + end);
+}
+
+TEST_F(Program, OtherAdvancedOptionsWaitForTheirEngine) {
+    const std::string shown = menu + option_prompt + advanced_options + option_prompt;
+    expect({}, "5\n0\n", 1, shown + "\n" + not_there("The Log(n) Formula Generator"));
+    expect({}, "5\n2\n", 1, shown + "\n" + not_there("The report of the Compilation Options"));
+    expect({}, "5\n4\n-1\n3\n", 1,
+           shown + option_prompt + option_prompt + "\n" + not_there("Test Swap Multiply"));
+}
+
+TEST_F(Program, AFatalErrorWaitsForEnter) {
+    expect({"validate", "x"}, "\n", 1, not_there("The Benchmark Validator"));
+    expect({"validate"}, "", 1, not_there("The Benchmark Validator"));
+}
+
+TEST_F(Program, ACheckpointFileGoesBeforeAllArguments) {
+    write("Zelmar Checkpoint File.txt");
+    const std::string resuming = yellow + "An unfinished computation has been found.\nResuming...\n" +
+                                 pause_line + not_there("The resuming of an unfinished computation");
+    expect({"about"}, "\n\n", 1, resuming);
+    expect({"nonsense"}, "", 1, resuming);
+    expect({}, "6\n", 1, resuming);
+}
+
+TEST_F(Program, OtherFilesAreNoCheckpoint) {
+    write("Zelmar Checkpoint File (new).txt");
+    expect({"about"}, "", 0, about + end);
+}
+
+TEST_F(Program, CustomPiWithNoMoreWordsComputesAtOnce) {
+    expect({"custom", "pi"}, "", 1, not_there("The computation of Pi"));
+}
+
+TEST_F(Program, CustomNamesTheConstant) {
+    expect({"custom", "sqrt:2"}, "", 1, not_there("The computation of Sqrt(2)"));
+    expect({"custom", "sqrt:18446744073709551615"}, "", 1,
+           not_there("The computation of Sqrt(18446744073709551615)"));
+    expect({"custom", "log:2147483647", "-algorithm:1"}, "", 1,
+           not_there("The computation of Log(2147483647)"));
+}
+
+TEST_F(Program, CustomWithAnUnknownKeyword) {
+    expect({"custom", "foo:3"}, "", 1, skip_line("foo:3") + end);
+}
+
+TEST_F(Program, CustomWithARefusedParameter) {
+    expect({"custom", "sqrt:16", "-T:0"}, "", 1, error_line("This is a perfect square.") + end);
+    expect({"custom", "arccoth:1"}, "", 1, error_line("Parameter out of range") + end);
+    expect({"custom", "log:2147483648"}, "", 1, error_line("Parameter out of range") + end);
+}
+
+TEST_F(Program, CustomBrentIsReservedAndClosed) {
+    expect({"custom", "brent:20"}, "", 1, error_line("Invalid constant, or not yet implemented.") + end);
+}
+
+TEST_F(Program, CustomSkipsUnknownOptionsAndClipsThreads) {
+    expect({"custom", "pi", "-dec:1b", "-zzz", "-T:0"}, "", 1,
+           skip_line("-zzz") + clip_line("1") + not_there("The computation of Pi"));
+}
+
+TEST_F(Program, CustomCarriesOnAfterRefusedOptions) {
+    expect({"custom", "pi", "-dec:2.5b", "-mode:disk", "-algorithm:2", "-C:5"}, "", 1,
+           error_line("# of digits is out of range") + skip_line("disk") + error_line("Invalid Algorithm") +
+               error_line("Too few digits per file.") + not_there("The computation of Pi"));
+}
+
+TEST_F(Program, MissingParametersReachTheOutermostHandlerAndGive0) {
+    expect({"custom", "pi", "-swap:raid0"}, "", 0, expected_more + end);
+    expect({"custom", "pi", "-o"}, "", 0, expected_more + end);
+    expect({"benchio", "-swap:raid3"}, "", 0, expected_more + end);
+}
+
+TEST_F(Program, APathThatIsNotAsciiEndsTheProcessThroughTheRuntime) {
+    const ProgramResult result = run({"custom", "pi", "-o", "\xc3\xa4"});
+    EXPECT_EQ(result.exit_code, -1);
+    EXPECT_FALSE(result.timed_out);
+    EXPECT_NE(result.output.find("a_to_w_direct(): Direct Conversion of > 127 char to wchar_t."),
+              std::string::npos);
+}
+
+TEST_F(Program, CustomAloneOpensItsScreen) {
+    expect({"custom"}, "", 1, not_there("The custom computation screen"));
+}
+
+TEST_F(Program, BenchWithoutASize) {
+    const std::string refusal = "\n" + red + "No benchmark size selected.\n" + white;
+    expect({"bench", "-T:4"}, "", 1, refusal + end);
+    expect({"bench", "1Q"}, "", 1, skip_line("1Q") + refusal + end);
+}
+
+TEST_F(Program, BenchWithASizeHasNoPrompt) {
+    expect({"bench", "1M", "-T:1"}, "", 1, not_there("The computation of the benchmark"));
+}
+
+TEST_F(Program, BenchClipsItsThreadsInTheRun) {
+    expect({"bench", "25m", "-T:999"}, "", 1,
+           clip_line("256") + not_there("The computation of the benchmark"));
+    expect({"bench", "-T", "25m"}, "", 1, clip_line("1") + not_there("The computation of the benchmark"));
+}
+
+TEST_F(Program, BenchAloneOpensItsMenu) {
+    expect({"bench"}, "", 1, not_there("The benchmark menu"));
+    expect({"bench:x"}, "", 1, not_there("The benchmark menu"));
+}
+
+TEST_F(Program, BenchioReadsItsOptions) {
+    expect({"benchio", "-T:0", "-M:1G", "-foo:1"}, "", 1,
+           skip_line("-foo:1") + not_there("The I/O performance analysis"));
+    expect({"benchio", "-swap:raid0", "/nonexistent folder/of this test"}, "", 1,
+           error_line("This path is not writable.") + not_there("The I/O performance analysis"));
+}
+
+TEST_F(Program, StressWithoutATestSaysSo) {
+    const ProgramResult result = run({"stress", "-D:1", "-q"});
+    EXPECT_FALSE(result.timed_out);
+    EXPECT_EQ(result.output.find(start + skip_line("-q")), 0u);
+    EXPECT_NE(result.output.find("You must select at least one test."), std::string::npos);
+    EXPECT_EQ(result.output.substr(result.output.size() - end.size()), end);
+}
+
+}  // namespace
+}  // namespace znp
