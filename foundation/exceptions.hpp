@@ -19,7 +19,8 @@ namespace error_code {
 inline constexpr s32_t unspecified = 0;
 inline constexpr s32_t action_1 = 1;
 inline constexpr s32_t numerical_result = 2;
-inline constexpr s32_t invalid_exact_size = -3;  // also a division by zero
+inline constexpr s32_t divide_by_zero = -3;
+inline constexpr s32_t no_exact_size = -3;  // a request that is no row of a table of exact sizes
 inline constexpr s32_t size_beyond_tables = -4;
 inline constexpr s32_t work_space_too_small = 0x10000000;
 inline constexpr s32_t invalid_parameters = static_cast<s32_t>(0x80000001);

@@ -140,6 +140,13 @@ void BigFloatR<word>::set_words(upL_t L, s64_t exp, bool positive) {
 }
 
 template <class word>
+void BigFloatR<word>::set_view(const word* T, upL_t L, s64_t exp, bool positive) {
+    reset(L, exp, positive);
+    this->T_ = T;
+    this->normalise_top();
+}
+
+template <class word>
 void BigFloatR<word>::set_uW(word x) {
     require(1, "BigFloat::set_uW()");
     base_[0] = x;
@@ -233,20 +240,21 @@ template int ucmp(const BigFloat<c32i>&, const BigFloat<c32i>&);
 template int ucmp(const BigFloat<c64i>&, const BigFloat<c64i>&);
 
 // Of BigFloatR, the members above; the other files instantiate theirs.
-#define ZNP_INSTANTIATE(word)                                             \
-    template void BigFloatR<word>::set_base(word*, upL_t);                \
-    template void BigFloatR<word>::require(upL_t, const char*) const;     \
-    template void BigFloatR<word>::reset(upL_t, s64_t, bool);             \
-    template void BigFloatR<word>::set_zero();                            \
-    template void BigFloatR<word>::set_words(upL_t, s64_t, bool);         \
-    template void BigFloatR<word>::set_uW(word);                          \
-    template void BigFloatR<word>::set_u64(u64_t);                        \
-    template void BigFloatR<word>::set_double(double, s64_t);             \
-    template void BigFloatR<word>::set_bui(const BasicInt<word>&);        \
-    template void BigFloatR<word>::set_efp(const ExactFloat<word>&);      \
-    template void BigFloatR<word>::set_gfp(const BigFloat<word>&, upL_t); \
-    template void BigFloatR<word>::negate_twos_complement();              \
-    template void BigFloatR<word>::mul_uW(word);                          \
+#define ZNP_INSTANTIATE(word)                                                 \
+    template void BigFloatR<word>::set_base(word*, upL_t);                    \
+    template void BigFloatR<word>::require(upL_t, const char*) const;         \
+    template void BigFloatR<word>::reset(upL_t, s64_t, bool);                 \
+    template void BigFloatR<word>::set_zero();                                \
+    template void BigFloatR<word>::set_words(upL_t, s64_t, bool);             \
+    template void BigFloatR<word>::set_view(const word*, upL_t, s64_t, bool); \
+    template void BigFloatR<word>::set_uW(word);                              \
+    template void BigFloatR<word>::set_u64(u64_t);                            \
+    template void BigFloatR<word>::set_double(double, s64_t);                 \
+    template void BigFloatR<word>::set_bui(const BasicInt<word>&);            \
+    template void BigFloatR<word>::set_efp(const ExactFloat<word>&);          \
+    template void BigFloatR<word>::set_gfp(const BigFloat<word>&, upL_t);     \
+    template void BigFloatR<word>::negate_twos_complement();                  \
+    template void BigFloatR<word>::mul_uW(word);                              \
     template void BigFloatR<word>::set_mul_uW(const BigFloat<word>&, word);
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)

@@ -60,7 +60,8 @@ class BigFloat {
     // These change how the view reads its words, not the words.
     void negate() { sign_ = L_ == 0 || !sign_; }
     void normalise_top();
-    void truncate_top(s64_t position);  // keeps only what lies below position
+    void shift_exp(s64_t n) { exp_ += L_ == 0 ? 0 : n; }  // times B^n
+    void truncate_top(s64_t position);                    // keeps only what lies below position
     void strip_l1s();  // an all-ones top (its first word may be one short) is removed word by word
     // The top min(p + 2, L) words of the number.
     BigFloat top_words(upL_t p) const;
@@ -111,8 +112,10 @@ class BigFloatR : public BigFloat<word> {
     void set_efp(const ExactFloat<word>& source);
     void set_gfp(const BigFloat<word>& source, upL_t p);  // the top min(p + 2, L) words
 
-    // Words, length and exponent that the caller has written into the buffer.
+    // Words, length and exponent that the caller has written into the buffer; the second form says where in
+    // it they lie.
     void set_words(upL_t L, s64_t exp, bool positive);
+    void set_view(const word* T, upL_t L, s64_t exp, bool positive);
 
     // Complement and increment of the mantissa: the value becomes B^mag minus its former value.
     void negate_twos_complement();

@@ -1,0 +1,23 @@
+// 1/sqrt(x) of a word x by Newton's method: y = y0 + y0/2 (1 - x y0^2).
+//
+// y has p + 4 words. The small routine serves up to 9 words; the big one transforms y0 once for its square
+// and the correction: two forward (and the correction's own) and two inverse transforms of about p + 6 words
+// in a step. Returns 0, or 2 when a step's product does not come out next to 1: what decided it is printed by
+// then, and the caller reports the failure. x is at least 1. Nothing is allocated.
+#pragma once
+
+#include "numbers/newton_steps.hpp"
+
+namespace znp {
+
+[[nodiscard]] int zlm_invsqrt_udw_E(const BasicParameters& bp, newton::FloatR& y, u64_t x, upL_t p,
+                                    newton::Scratch scratch);
+[[nodiscard]] int zlp_invsqrt_udw_B(const BasicParameters& bp, newton::FloatR& y, u64_t x, upL_t p,
+                                    newton::Scratch scratch, StatusLine* status = nullptr);
+
+// Words of scratch for either, exactly.
+upL_t invsqrt_scratch_words(upL_t p);
+// Bytes of work buffer for either.
+upL_t invsqrt_work_bytes(upL_t p, u64_t threads);
+
+}  // namespace znp

@@ -1,0 +1,65 @@
+// What the Newton routines share: their scratch, their failures, their status line, the moved low word.
+//
+// Every routine doubles the precision from step to step along the chain p, (p + 1) >> 1, ... and multiplies
+// only what it cannot deduce: a step's product is known in its top words, so that a short cyclic transform
+// serves, whose wrapped words fall where nobody looks (D. J. Bernstein, "Removing redundancy in
+// high-precision Newton iteration", 2004; A. H. Karp, P. Markstein, "High-precision division and square
+// root", 1997).
+//
+// Units: precision p in words of 64 bits, positions in words, position 0 just above the point. The value that
+// a routine returns is right to p words: its error is at most a few units of the position p below the top.
+#pragma once
+
+#include "foundation/status_line.hpp"
+#include "multiply/basic_parameters.hpp"
+#include "numbers/big_float.hpp"
+
+namespace znp::newton {
+
+using Float = BigFloat<cdi>;
+using FloatR = BigFloatR<cdi>;
+
+// From this precision down the small routines serve.
+inline constexpr upL_t small_precision = 9;
+
+// The precision of the recursive call.
+constexpr upL_t half_precision(upL_t p) {
+    return p <= 2 ? p - 1 : (p + 1) >> 1;
+}
+
+// Scratch words, handed out from the front; what is left goes to the recursion.
+class Scratch {
+  public:
+    Scratch(cdi* words, upL_t size) : words_(words), size_(size) {}
+    upL_t size() const { return size_; }
+
+    FloatR take(upL_t size) {
+        FloatR number(words_, size);
+        words_ += size;
+        size_ -= size;
+        return number;
+    }
+
+  private:
+    cdi* words_;
+    upL_t size_;
+};
+
+// Throws with the message where scratch is shorter than the words required.
+void require_scratch(const Scratch& scratch, upL_t required, const char* message);
+
+// The top of a product that does not look like 1 plus or minus a small error: prints what decided it. The
+// texts are the routine's. The second form of each then throws with the text `failed`.
+void print_top(const char* text, cdi top);
+void print_magnitude(const char* text, s64_t magnitude, upL_t h);
+[[noreturn]] void fail_top(const char* text, cdi top, const char* failed);
+[[noreturn]] void fail_magnitude(const char* text, s64_t magnitude, upL_t h, const char* failed);
+
+// Adds one at the lowest word of a number that is longer than p words, so that no later step meets an
+// all-zero or all-ones tail. Never grows the number.
+void perturb(FloatR& y, upL_t p);
+
+// Label and digits on the status line, if there is one.
+void show_step(StatusLine* status, const char* label, upL_t h);
+
+}  // namespace znp::newton
