@@ -8,28 +8,29 @@
 #include <functional>
 #include <map>
 #include <mutex>
-#include <new>
-#include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "foundation/exceptions.hpp"
 #include "multiply/multiplier.hpp"
 
 namespace znp::testing {
 
-// A clock that moves by what the tests say only.
+// A clock that moves by what the tests say only, in steps that are exact in binary.
 class FakeClock {
   public:
-    static double seconds() { return static_cast<double>(microseconds_.load()) * 1e-6; }
-    static void advance(double by) { microseconds_ += static_cast<u64_t>(by * 1e6); }
+    static double seconds() { return static_cast<double>(ticks_.load()) / ticks_per_second; }
+    static void tick() { ticks_++; }
+
+    static constexpr u64_t ticks_per_second = 128;
 
   private:
-    static inline std::atomic<u64_t> microseconds_{1'000'000};
+    static inline std::atomic<u64_t> ticks_{1};
 };
 
-// Right products, in a given time of the fake clock; the faults are members to set. Keeps to what it
+// Right products, each in one tick of the fake clock; the faults are members to set. Keeps to what it
 // promised: writes all of its tables, all of its product and all of the work buffer, and nothing else.
 class FakeComponent : public multiplier<c64i> {
   public:
@@ -38,7 +39,6 @@ class FakeComponent : public multiplier<c64i> {
     virtual ~FakeComponent() = default;
 
     upL_t table_size = 0;
-    double seconds_per_call = 0.01;
     std::function<void(u64_t call)> on_call = [](u64_t) {};  // before each product; calls count from 1
     std::atomic<u64_t> wrong_call{0};                        // the call whose product gets a wrong bit
 
@@ -78,7 +78,7 @@ class FakeComponent : public multiplier<c64i> {
         mpn_mul(product.data(), reinterpret_cast<const mp_limb_t*>(A), static_cast<mp_size_t>(La),
                 reinterpret_cast<const mp_limb_t*>(B), static_cast<mp_size_t>(Lb));
         std::memcpy(T, product.data(), product.size() * sizeof(c64i));
-        FakeClock::advance(seconds_per_call);
+        FakeClock::tick();
         if (call == wrong_call) {
             note_faulty_thread();
             T[call % (La + Lb)] ^= u64_t{1} << (call % 64);
@@ -106,9 +106,17 @@ class FakeComponent : public multiplier<c64i> {
     mutable std::thread::id faulty_thread_;
 };
 
-// Console output without its colours.
+// Console output without its colours, which are the only terminal sequences in it.
 inline std::string without_colors(const std::string& text) {
-    return std::regex_replace(text, std::regex("\033\\[[0-9;]*m"), "");
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); i++) {
+        if (text[i] == '\033') {
+            i = text.find('m', i);
+        } else {
+            plain += text[i];
+        }
+    }
+    return plain;
 }
 
 }  // namespace znp::testing

@@ -61,7 +61,7 @@ class StressRun : public ::testing::Test {
 TEST_F(StressRun, AnErrorOfTheOnlyTestStopsTheRunAtTheEndOfTheIteration) {
     settings.threads = 1;
     settings.test_BKT = true;
-    bkt.wrong_call = 150;  // in the second iteration
+    bkt.wrong_call = 192;  // in the middle of the second iteration
     run();
     EXPECT_EQ(exit_code, 1);
     EXPECT_EQ(output,
@@ -79,7 +79,7 @@ TEST_F(StressRun, AnErrorOfTheOnlyTestStopsTheRunAtTheEndOfTheIteration) {
               "\n"
               "Errors encountered. Stopping test...\n"
               "\n"
-              "2 iterations in 1.500 seconds  Multiplications: BKT 150  Errors: BKT\n");
+              "2 iterations in 1.500 seconds  Multiplications: BKT 192  Errors: BKT\n");
 }
 
 TEST_F(StressRun, TheStopMessageIsRed) {
@@ -117,7 +117,7 @@ TEST_F(StressRun, OnlyTheLastTestDecidesWhetherTheRunStops) {
     settings.test_BKT = true;
     settings.test_VST = true;
     bkt.wrong_call = 10;
-    signal_at(vst, 350);
+    signal_at(vst, 450);
     run();
     EXPECT_TRUE(printed("BKT Test: Failed"));
     EXPECT_TRUE(printed("Iteration 3"));
@@ -154,11 +154,11 @@ TEST_F(StressRun, AnInterruptEndsTheRunWithALineThatSaysWhatWasRun) {
     settings.threads = 1;
     settings.test_BKT = true;
     settings.test_HNT = true;
-    signal_at(bkt, 250);  // in the third iteration
+    signal_at(bkt, 320);  // in the middle of the third iteration
     run();
     EXPECT_EQ(exit_code, 0);
     EXPECT_TRUE(printed("BKT Test: Stopped"));
-    EXPECT_EQ(last_line(), "2 iterations in 4.500 seconds  Multiplications: BKT 250 HNT 200  Errors: None");
+    EXPECT_EQ(last_line(), "2 iterations in 4.500 seconds  Multiplications: BKT 320 HNT 256  Errors: None");
 }
 
 TEST_F(StressRun, ATerminationRequestIsLikeAnInterrupt) {
