@@ -1,0 +1,57 @@
+// FFT: convolution in double precision, the middle of the range of lengths.
+//
+// A product modulo 2^(N w) + 1 for a transform size (k, p, w); an ordinary product is shorter than N w bits.
+// Right digits rest on the choice of w (docs/FFT_ERRORS.md): there is no check of the rounding here; the
+// residues of the number objects see a wrong product.
+//
+// An image has 8 N bytes, the scratch 4 N. Serial. Cost: about 7.5 N log2 N floating-point operations a
+// product.
+#pragma once
+
+#include "multiply/fft/fft_plan.hpp"
+#include "multiply/fft/fft_tables.hpp"
+#include "multiply/transform.hpp"
+
+namespace znp {
+
+class FFT final : public transform {
+  public:
+    u32_t k;     // the odd factor
+    u32_t p;     // log2 of the power-of-two factor
+    u32_t w;     // bits per point
+    u64_t N;     // k << p
+    u64_t bits;  // N w, the product capacity
+
+    // A size of the plan. The holder's tables must reach it when a step is called; queries do without.
+    FFT(const TableHolder* holder, const fft::PlanRow& size);
+
+    using transform::forward;
+    using transform::inverse_fmul;
+    using transform::inverse_fsqr;
+
+    const char* name() const override { return "FFT"; }
+    bool equals(const transform& other) const override;
+
+    // At most N w bits; words past the operand count as zero.
+    void forward(void* image, const c32i* A, upL_t L, void* scratch) const override;
+    // The words [s, e) of the result, e at most N w / 32.
+    void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
+    void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+
+    // Undoes forward, with no pointwise step.
+    void inverse_from(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const;
+
+    // Ring forms, which give all N w / 32 words of a residue modulo 2^(N w) + 1. Return its top bit: 1 means
+    // the value 2^(N w), and the words are zero then.
+    u32_t ring_fsqr(c32i* R, void* T) const;
+    u32_t ring_fmul(c32i* R, void* T1, const void* T2) const;
+    u32_t ring_from(c32i* R, void* T) const;
+
+  private:
+    const FFTTables& tables() const;
+    unsigned leaf() const { return p % 2 != 0 ? k : 2 * k; }
+    u32_t inverse(std::byte* words, void* T, const void* B) const;
+    void inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, void* scratch) const;
+};
+
+}  // namespace znp
