@@ -6,6 +6,7 @@
 #include "foundation/fail.hpp"
 #include "foundation/strings.hpp"
 #include "multiply/bkt/bkt_multiplier.hpp"
+#include "multiply/fft/fft_multiplier.hpp"
 #include "multiply/unavailable_multiplier.hpp"
 #include "shell/console.hpp"
 
@@ -22,7 +23,7 @@ constexpr u64_t vst_bits = 0x2400000000000;
 template <class word>
 struct Objects {
     static constinit const BKTMultiplier<word> BKT;
-    static constinit const UnavailableMultiplier<word> FFT;
+    static constinit const FFTMultiplier<word> FFT;
     static constinit const UnavailableMultiplier<word> HNT;
     static constinit const UnavailableMultiplier<word> VST;
 };
@@ -30,7 +31,7 @@ struct Objects {
 template <class word>
 constinit const BKTMultiplier<word> Objects<word>::BKT{};
 template <class word>
-constinit const UnavailableMultiplier<word> Objects<word>::FFT{0x6000000, "FFT", "Floating-Point FFT"};
+constinit const FFTMultiplier<word> Objects<word>::FFT{};
 template <class word>
 constinit const UnavailableMultiplier<word> Objects<word>::HNT{0x7fff0000000, "HNT", "Hybrid NTT"};
 template <class word>
