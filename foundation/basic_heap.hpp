@@ -47,9 +47,9 @@ void heap_free(void* block);
 // are reported and lost. The heap must have no pair.
 void heap_destroy(BasicHeap& heap);
 
-// Moves a guarded allocation down into the gap before it, by a multiple of alignment (below 8 counts as 8);
-// returns the new payload. Allocations from the general allocator stay where they are. A heap with a pair
-// must not be shifted.
+// Moves a guarded allocation down into the gap before it, by a multiple of alignment (a power of two, below 8
+// counts as 8); returns the new payload. Allocations from the general allocator stay where they are. A heap
+// with a pair must not be shifted.
 [[nodiscard]] void* heap_shift_down(void* payload, upL_t alignment);
 
 // Carves two equal heaps, heap.child_pair[0] and [1], from the room at the end, and leaves table entries for

@@ -5,12 +5,10 @@
 
 #include <exception>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "foundation/exceptions.hpp"
 #include "foundation/fatal.hpp"
-#include "foundation/strings.hpp"
 #include "shell/console.hpp"
 
 namespace znp {
@@ -132,20 +130,6 @@ void raise_status(s32_t status) {
 u64_t logical_cores() {
     const long cores = sysconf(_SC_NPROCESSORS_ONLN);
     return cores < 1 ? 1 : static_cast<u64_t>(cores);
-}
-
-u64_t clip_threads(u64_t entered) {
-    if (entered == 0) {
-        Console::println("Warning: Clipping threads to 1.", 'Y');
-        Console::set_color('w');
-        return 1;
-    }
-    if (entered > max_threads) {
-        Console::println("Warning: Clipping threads to " + to_string_u64(max_threads) + ".", 'Y');
-        Console::set_color('w');
-        return max_threads;
-    }
-    return entered;
 }
 
 void set_affinity(u64_t) {

@@ -47,9 +47,6 @@ struct Thread {
 
 inline constexpr u64_t max_threads = 256;
 
-// A count of threads as a user enters it, brought into [1, max_threads]; says so in a line when it is not.
-u64_t clip_threads(u64_t entered);
-
 // A failed create ends the program. priority 0 leaves the scheduling alone; others are an attempt only.
 void thread_start(Thread& thread, int priority, Task& task, u64_t index);
 void thread_join(Thread& thread);
