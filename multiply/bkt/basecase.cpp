@@ -74,13 +74,7 @@ void sqrB(c64i* T, const c64i* A, upL_t n) {
 void elmB(c32i* T, const c32i* A, const c32i* B, upL_t n) {
     mulB_reference(T, A, n, B, n);
 }
-void elmB(c64i* T, const c64i* A, const c64i* B, upL_t n) {
-    mulB_reference(T, A, n, B, n);
-}
 void mulB(c32i* T, const c32i* A, upL_t La, const c32i* B, upL_t Lb) {
-    mulB_reference(T, A, La, B, Lb);
-}
-void mulB(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     mulB_reference(T, A, La, B, Lb);
 }
 

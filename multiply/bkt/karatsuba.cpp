@@ -7,6 +7,7 @@
 #include "multiply/bkt/basecase.hpp"
 #include "multiply/bkt/karatsuba_combine.hpp"
 #include "multiply/kernels/carry_chains.hpp"
+#include "multiply/kernels/word_arrays.hpp"
 
 namespace znp::bkt {
 
@@ -105,16 +106,16 @@ void copy_words(word* T, const word* A, upL_t L) {
 // T[0..2 Lb) += S[0..2 Lb), with `above` words of T over that.
 template <class word>
 void add_product(word* T, const word* S, upL_t Lb, upL_t above) {
-    const word carry = ADDv2::add_words(T, S, 2 * Lb);
-    ADDv2::add_ripple(T + 2 * Lb, above, static_cast<s64_t>(carry));
+    const bool carry = add_words(T, T, S, 2 * Lb);
+    ADDv2::add_ripple(T + 2 * Lb, above, carry);
 }
 
 // The same where only T[0..Lb) has been written so far.
 template <class word>
 void add_last_product(word* T, const word* S, upL_t Lb) {
-    const word carry = ADDv2::add_words(T, S, Lb);
+    const bool carry = add_words(T, T, S, Lb);
     copy_words(T + Lb, S + Lb, Lb);
-    ADDv2::add_ripple(T + Lb, Lb, static_cast<s64_t>(carry));
+    ADDv2::add_ripple(T + Lb, Lb, carry);
 }
 
 template <class word>
@@ -162,8 +163,8 @@ void mul_any(const word* A, upL_t La, const word* B, upL_t Lb, word* T, word* S)
         mul_any(B, Lb, A + Lb, La - Lb, T + Lb, S);
         elm_inline(A, B, Lb, S, S + 2 * Lb);
         copy_words(T, S, Lb);
-        const word carry = ADDv2::add_words(T + Lb, S + Lb, Lb);
-        ADDv2::add_ripple(T + 2 * Lb, La - Lb, static_cast<s64_t>(carry));
+        const bool carry = add_words(T + Lb, T + Lb, S + Lb, Lb);
+        ADDv2::add_ripple(T + 2 * Lb, La - Lb, carry);
     } else {
         mul_long(A, La, B, Lb, T, S);
     }

@@ -46,16 +46,6 @@ void sub_halves_reference(word* D, const word* A, upL_t n, bool lower_ge) {
 }
 
 template <class word>
-word add_words_reference(word* T, const word* A, upL_t L) {
-    accumulator<word> acc = 0;
-    for (upL_t i = 0; i < L; i++) {
-        acc = (acc >> WordTraits<word>::bits) + T[i] + A[i];
-        T[i] = static_cast<word>(acc);
-    }
-    return static_cast<word>(acc >> WordTraits<word>::bits);
-}
-
-template <class word>
 s64_t add_ripple_reference(word* T, upL_t L, s64_t carry) {
     for (upL_t i = 0; i < L && carry != 0; i++) {
         const accumulator<word> acc = static_cast<accumulator<word>>(T[i]) + carry;
@@ -69,8 +59,6 @@ template bool cmp_halves_reference(const c32i*, upL_t, const c32i*, upL_t);
 template bool cmp_halves_reference(const c64i*, upL_t, const c64i*, upL_t);
 template void sub_halves_reference(c32i*, const c32i*, upL_t, bool);
 template void sub_halves_reference(c64i*, const c64i*, upL_t, bool);
-template c32i add_words_reference(c32i*, const c32i*, upL_t);
-template c64i add_words_reference(c64i*, const c64i*, upL_t);
 template s64_t add_ripple_reference(c32i*, upL_t, s64_t);
 template s64_t add_ripple_reference(c64i*, upL_t, s64_t);
 
@@ -110,13 +98,6 @@ void sub_halves2(c32i* D, const c32i* A, bool A_ge, c32i* E, const c32i* B, bool
 void sub_halves2(c64i* D, const c64i* A, bool A_ge, c64i* E, const c64i* B, bool B_ge, upL_t n) {
     sub_halves_reference(D, A, n, A_ge);
     sub_halves_reference(E, B, n, B_ge);
-}
-
-c32i add_words(c32i* T, const c32i* A, upL_t L) {
-    return add_words_reference(T, A, L);
-}
-c64i add_words(c64i* T, const c64i* A, upL_t L) {
-    return add_words_reference(T, A, L);
 }
 
 s64_t add_ripple(c32i* T, upL_t L, s64_t carry) {

@@ -22,10 +22,6 @@ void sub_halves(c64i* D, const c64i* A, upL_t n, bool lower_ge);
 void sub_halves2(c32i* D, const c32i* A, bool A_ge, c32i* E, const c32i* B, bool B_ge, upL_t n);
 void sub_halves2(c64i* D, const c64i* A, bool A_ge, c64i* E, const c64i* B, bool B_ge, upL_t n);
 
-// T[0..L) += A[0..L); returns the carry.
-c32i add_words(c32i* T, const c32i* A, upL_t L);
-c64i add_words(c64i* T, const c64i* A, upL_t L);
-
 // T[0..L) += carry, which may be negative; stops as soon as the carry dies. Returns what leaves the top.
 // Small carries only: |carry| < 2^31.
 s64_t add_ripple(c32i* T, upL_t L, s64_t carry);
@@ -36,8 +32,6 @@ template <class word>
 bool cmp_halves_reference(const word* A, upL_t La, const word* B, upL_t Lb);
 template <class word>
 void sub_halves_reference(word* D, const word* A, upL_t n, bool lower_ge);
-template <class word>
-word add_words_reference(word* T, const word* A, upL_t L);
 template <class word>
 s64_t add_ripple_reference(word* T, upL_t L, s64_t carry);
 
