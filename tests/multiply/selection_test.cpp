@@ -7,6 +7,7 @@
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
 #include "multiply/multiply_test_support.hpp"
+#include "multiply/table_holder.hpp"
 
 namespace znp {
 namespace {
@@ -124,7 +125,7 @@ TEST(Selection, AlgorithmsToComeThrowSilentlyAndNameThemselves) {
         const multiplier<c64i>& algorithm = *find_multiplier<c64i>(key);
         std::vector<c64i> A(100), T(200);
         TransformSlot slot;
-        TableHolder* no_holder = nullptr;
+        TableHolder holder;
         const BasicParameters bp;
         const auto names_itself = [&](auto action) {
             const auto e = caught<zn_exception>(action);
@@ -134,7 +135,7 @@ TEST(Selection, AlgorithmsToComeThrowSilentlyAndNameThemselves) {
         };
         const std::string output = console_output([&] {
             names_itself([&] { (void)algorithm.table_bytes(1000000); });
-            names_itself([&] { algorithm.build_tables(*no_holder, 1000000, nullptr); });
+            names_itself([&] { algorithm.build_tables(holder, 1000000, nullptr); });
             names_itself([&] { (void)algorithm.work_bytes(1000, 1); });
             names_itself([&] { (void)algorithm.mulp_bytes(1000, 1); });
             names_itself([&] { algorithm.make_transform(bp, slot.place(), 1000); });
