@@ -78,7 +78,9 @@ std::string format_int(u64_t value, IntFormat mode) {
 }
 
 std::string format_int_signed(s64_t value, IntFormat mode) {
-    return (value < 0 ? "-" : "") + format_int(magnitude(value), mode);
+    std::string text = format_int(magnitude(value), mode);
+    if (value < 0) text.insert(text.begin(), '-');
+    return text;
 }
 
 std::string format_seconds(double value, int decimals) {
