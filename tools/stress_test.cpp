@@ -60,7 +60,8 @@ struct Tally {
 // The last line of a run.
 void print_summary(const stress_settings& settings, const Tally& tally, double seconds) {
     using Console::IntFormat;
-    std::string done = Console::format_int(tally.iterations, IntFormat::commas) + " iterations in " +
+    std::string done = Console::format_int(tally.iterations, IntFormat::commas) +
+                       (tally.iterations == 1 ? " iteration in " : " iterations in ") +
                        Console::format_seconds(seconds, 3) + " seconds  Multiplications:";
     std::string errors;
     for (std::size_t i = 0; i < stress_tests.size(); i++) {
