@@ -25,7 +25,7 @@ constexpr upL_t remainder_words(upL_t h) {
     return h + 5;
 }
 constexpr upL_t correction_words(upL_t h) {
-    return h + 2;
+    return h + 3;
 }
 constexpr upL_t transform_words(upL_t p) {
     return p + 9;
@@ -100,8 +100,8 @@ void zlp_div_t9_B(const BasicParameters& bp, FloatR& Q, const Float& A, const Fl
     remainder(d, low_A, T, te, h);
 
     show_step(status, " - 2M - ", h);
-    c.set_mul(bp, d, r, h);
-    Q.set_add(y0, c, p);
+    c.set_mul(bp, d, r, h + 1);
+    Q.set_add(y0, c, p + 1);
 }
 
 }  // namespace znp
