@@ -18,7 +18,8 @@ struct WorkAreas {
         : T1(bp.M), T2(T1 + t.transform_bytes), scratch(T2 + t.transform_bytes) {}
 };
 
-// 64-bit words as pairs of 32-bit ones: the same bytes on a little-endian machine.
+// 64-bit words as pairs of 32-bit ones, which are the same bytes on a little-endian machine. The steps move
+// them in blocks of bytes or vectors, behind a virtual call.
 const c32i* halves(const c64i* A) {
     return reinterpret_cast<const c32i*>(A);
 }

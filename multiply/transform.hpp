@@ -8,8 +8,9 @@
 // transform_bytes is a multiple of 32.
 // Aliasing: operands, images, scratch and result are disjoint.
 // Threads: not shared between threads. It may split its own work over the threads that it was made for.
-// Errors: an operand, a whole product or a window's end beyond max_bits is ConvolutionTooSmallException with
-// name() and the two lengths in bits.
+// Errors: a whole product beyond max_bits is ConvolutionTooSmallException with name() and the two lengths in
+// bits. The steps refuse an operand or a window's end beyond max_bits, with that exception or as a fatal
+// error.
 #pragma once
 
 #include "foundation/types.hpp"

@@ -6,8 +6,10 @@
 
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
+#include "foundation/guarded_alloc.hpp"
 #include "multiply/multiply_test_support.hpp"
 #include "multiply/selection.hpp"
+#include "multiply/table_holder.hpp"
 #include "test_seed.hpp"
 
 namespace znp {
@@ -163,13 +165,129 @@ TYPED_TEST(Dispatch, TheKeyOfAWindowIsTheNarrowedProduct) {
     BasicParameters no_work = bp;
     no_work.ML = 0;
     const auto next_row = [](auto action) {
-        const auto e = caught<zn_exception>(action);
-        return e.code == error_code::work_space_too_small &&
-               std::string(e.location).find("transform::") != std::string::npos;
+        bool in_transform = false;
+        console_output([&] {
+            const auto e = caught<zn_exception>(action);
+            in_transform = e.code == error_code::work_space_too_small &&
+                           std::string(e.location).find("transform::") != std::string::npos;
+        });
+        return in_transform;
     };
     EXPECT_TRUE(next_row([&] { mul_window(no_work, T.data(), 0, half + 1, A.data(), n, A.data(), n); }));
     EXPECT_TRUE(next_row([&] { mulp(no_work, T.data(), 0, half + 1, A.data(), n, A.data(), n); }));
     EXPECT_TRUE(next_row([&] { sqr_window(no_work, T.data(), 0, half + 1, A.data(), n); }));
+}
+
+// ---- Products that need tables
+
+// Tables for every product below the large transform, built once for all tests.
+struct FFTTablesOfTheRow {
+    TableHolder holder;
+    GuardedArray<std::byte> memory;
+
+    FFTTablesOfTheRow() {
+        const multiplier<c64i>& fft = *find_multiplier<c64i>("FFT");
+        const upL_t bytes = fft.table_bytes(vst_threshold_bits);
+        memory = make_guarded_array<std::byte>(nullptr, bytes);
+        EXPECT_EQ(fft.build_tables(holder, vst_threshold_bits, memory.get()), memory.get() + bytes);
+    }
+};
+
+const TableHolder& tables() {
+    static const FFTTablesOfTheRow built;
+    return built.holder;
+}
+
+TYPED_TEST(Dispatch, ProductsAroundTheRowBoundariesAndBetween) {
+    auto rng = testing::make_rng(7);
+    const upL_t last = 655424 / WordTraits<TypeParam>::bits;
+    std::vector<upL_t> lengths{this->row - 1, this->row, this->row + 1, this->row + 2, last - 1, last};
+    for (int i = 0; i < 40; i++) lengths.push_back(this->row + rng() % (this->row << (i % 7)));
+    for (const upL_t L : lengths) {
+        for (const Kind kind : {Kind::random, Kind::all_ones}) {
+            const upL_t La = kind == Kind::all_ones ? L / 2 : 1 + rng() % (L - 1);
+            const auto A = make_operand<TypeParam>(kind, La, rng);
+            const auto B = make_operand<TypeParam>(kind, L - La, rng);
+            GuardedWords<TypeParam> T(L);
+            GuardedWork work(work_bytes_for<TypeParam>(L, 1));
+            BasicParameters bp = work.bp();
+            bp.holder = &tables();
+            mul(bp, T.data(), A.data(), La, B.data(), L - La);
+            ASSERT_EQ(T.words(), exact_product(A, B)) << La << " of " << L;
+        }
+        const auto A = make_operand<TypeParam>(Kind::random, L / 2, rng);
+        GuardedWords<TypeParam> T(2 * A.size());
+        GuardedWork work(work_bytes_for<TypeParam>(2 * A.size(), 1));
+        BasicParameters bp = work.bp();
+        bp.holder = &tables();
+        sqr(bp, T.data(), A.data(), A.size());
+        ASSERT_EQ(T.words(), exact_product(A, A)) << A.size();
+    }
+}
+
+// The work buffer is that of the narrowed product, on either side of the boundary.
+TYPED_TEST(Dispatch, WindowsAroundTheRowBoundary) {
+    auto rng = testing::make_rng(8);
+    const upL_t half = this->row / 2;
+    for (int round = 0; round < 300; round++) {
+        const upL_t La = 1 + rng() % (2 * this->row);
+        const upL_t Lb = 1 + rng() % (2 * this->row);
+        const upL_t s = rng() % (La + Lb);
+        const upL_t e = std::min(La + Lb, round % 2 == 0 ? s + 1 + rng() % this->row : half - 1 + s % half);
+        if (s >= e) continue;
+        const auto A = make_operand<TypeParam>(all_kinds[rng() % 9], La, rng);
+        const auto B = make_operand<TypeParam>(all_kinds[rng() % 9], Lb, rng);
+        {
+            const bkt::MulWindow w = bkt::narrow_mul(s, e, La, Lb);
+            GuardedWords<TypeParam> T(e - s);
+            GuardedWork work(work_bytes_for<TypeParam>(w.La + w.Lb, 1));
+            BasicParameters bp = work.bp();
+            bp.holder = &tables();
+            mul_window(bp, T.data(), s, e, A.data(), La, B.data(), Lb);
+            ASSERT_EQ(T.words(), exact_window(A, B, s, e))
+                << La << " x " << Lb << " [" << s << ", " << e << ")";
+        }
+        if (e > 2 * La) continue;
+        GuardedWords<TypeParam> T(e - s);
+        GuardedWork work(work_bytes_for<TypeParam>(2 * bkt::narrow_sqr(s, e, La).n, 1));
+        BasicParameters bp = work.bp();
+        bp.holder = &tables();
+        sqr_window(bp, T.data(), s, e, A.data(), La);
+        ASSERT_EQ(T.words(), exact_sqr_window(A, s, e)) << La << " [" << s << ", " << e << ")";
+    }
+}
+
+TYPED_TEST(Dispatch, ZeroLengthOperandsOfLongProductsGiveZeros) {
+    const std::vector<TypeParam> A(2 * this->row, 3);
+    GuardedWords<TypeParam> T(A.size());
+    GuardedWork work(work_bytes_for<TypeParam>(A.size(), 1));
+    BasicParameters bp = work.bp();
+    bp.holder = &tables();
+    mul(bp, T.data(), A.data(), A.size(), A.data(), 0);
+    EXPECT_EQ(T.words(), std::vector<TypeParam>(A.size()));
+}
+
+// Two operands kept transformed, the second of them for two products.
+TYPED_TEST(Dispatch, TransformedOperandsServeSeveralProducts) {
+    auto rng = testing::make_rng(9);
+    const upL_t n = 3 * this->row;
+    const auto A = make_operand<TypeParam>(Kind::random, n, rng);
+    const auto B = make_operand<TypeParam>(Kind::random, n, rng);
+    const auto C = make_operand<TypeParam>(Kind::random, n, rng);
+    TransformSlot slot, other;
+    BasicParameters bp;
+    bp.holder = &tables();
+    const transform& t = make_transform<TypeParam>(bp, slot, 2 * n);
+    EXPECT_TRUE(t.equals(make_transform<TypeParam>(bp, other, 2 * n)));
+    GuardedWork image1(t.transform_bytes), image2(t.transform_bytes), scratch(t.work_bytes);
+    void* const S = scratch.bp().M;
+    t.forward(image2.bp().M, C.data(), n, S);
+    for (const auto* operand : {&A, &B}) {
+        GuardedWords<TypeParam> T(2 * n);
+        t.forward(image1.bp().M, operand->data(), n, S);
+        t.inverse_fmul(T.data(), 0, 2 * n, image1.bp().M, image2.bp().M, S);
+        EXPECT_EQ(T.words(), exact_product(*operand, C));
+    }
 }
 
 // The keys alone: the operands of the longest products are never read.
