@@ -81,10 +81,10 @@ namespace {
 #define ZNP_STORE_4 ZNP_STORE_3 "mov %%r11, 24(%%rdi)\n\t"
 
 // Both sets start at zero; an odd number of rows enters at the second row of a pair.
-#define ZNP_STRIP(w, place)                                                                            \
-    void strip_##w##_##place(c64i* T, const c64i* A, upL_t La, const c64i* B) {                        \
-        upL_t pairs = (La + 1) / 2;                                                                    \
-        upL_t skipped_bytes = 8 * (La & 1);                                                            \
+#define ZNP_STRIP(w, place)                                                                              \
+    void strip_##w##_##place(c64i* T, const c64i* A, upL_t La, const c64i* B) {                          \
+        upL_t pairs = (La + 1) / 2;                                                                      \
+        upL_t skipped_bytes = 8 * (La & 1);                                                              \
         asm volatile(                                                                                  \
             "xor %%r8d, %%r8d\n\txor %%r9d, %%r9d\n\txor %%r10d, %%r10d\n\txor %%r11d, %%r11d\n\t"     \
             "xor %%r12d, %%r12d\n\txor %%r13d, %%r13d\n\txor %%r14d, %%r14d\n\txor %%r15d, %%r15d\n\t" \
@@ -94,7 +94,7 @@ namespace {
                        "1b\n\t" ZNP_STORE_##w                                                          \
             : "+D"(T), "+S"(A), "+a"(pairs), "+d"(skipped_bytes)                                       \
             : "c"(B)                                                                                   \
-            : "rbx", "r8", "r9", "r10", "r11", "r12", "r13", "r14", "r15", "cc", "memory");            \
+            : "rbx", "r8", "r9", "r10", "r11", "r12", "r13", "r14", "r15", "cc", "memory"); \
     }
 ZNP_STRIP(1, first)
 ZNP_STRIP(2, first)

@@ -56,11 +56,8 @@ void combine_reference(word* T, const word* M, upL_t n, bool subtract) {
 template void combine_reference(c32i*, const c32i*, upL_t, bool);
 template void combine_reference(c64i*, const c64i*, upL_t, bool);
 
-void combine(c32i* T, const c32i* M, upL_t n, bool subtract) {
-    combine_reference(T, M, n, subtract);
-}
-void combine(c64i* T, const c64i* M, upL_t n, bool subtract) {
-    combine_reference(T, M, n, subtract);
+void combine(c32i* T, c32i* M, upL_t n, bool subtract) {
+    combine_reference<c32i>(T, M, n, subtract);
 }
 
 }  // namespace znp::bkt

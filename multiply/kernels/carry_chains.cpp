@@ -72,9 +72,6 @@ bool cmp_halves(const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
 void sub_halves(c32i* D, const c32i* A, upL_t n, bool lower_ge) {
     sub_halves_reference(D, A, n, lower_ge);
 }
-void sub_halves(c64i* D, const c64i* A, upL_t n, bool lower_ge) {
-    sub_halves_reference(D, A, n, lower_ge);
-}
 
 void sub_halves2(c32i* D, const c32i* A, bool A_ge, c32i* E, const c32i* B, bool B_ge, upL_t n) {
     const upL_t h = (n + 1) / 2;
@@ -94,10 +91,6 @@ void sub_halves2(c32i* D, const c32i* A, bool A_ge, c32i* E, const c32i* B, bool
         D[h - 1] = static_cast<c32i>(A[h - 1] + (a >> 32));
         E[h - 1] = static_cast<c32i>(B[h - 1] + (b >> 32));
     }
-}
-void sub_halves2(c64i* D, const c64i* A, bool A_ge, c64i* E, const c64i* B, bool B_ge, upL_t n) {
-    sub_halves_reference(D, A, n, A_ge);
-    sub_halves_reference(E, B, n, B_ge);
 }
 
 s64_t add_ripple(c32i* T, upL_t L, s64_t carry) {

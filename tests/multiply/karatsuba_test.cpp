@@ -5,6 +5,7 @@
 #include <string>
 
 #include "multiply/basecase_test_support.hpp"
+#include "multiply/bkt/karatsuba_combine.hpp"
 #include "test_seed.hpp"
 
 namespace znp {
@@ -216,6 +217,26 @@ TYPED_TEST(Karatsuba, ThresholdsAreReadOnEachCall) {
                 }
             }
             check_lengths<TypeParam>(131, 81, rng);
+        }
+    }
+}
+
+// The recombination by itself, also on words that no product gives: every carry, and carries that run far.
+TYPED_TEST(Karatsuba, RecombinationAgreesWithTheReference) {
+    auto rng = make_rng(5211);
+    for (upL_t n = 2; n <= 60; n++) {
+        const upL_t h = (n + 1) / 2;
+        for (const Kind t : all_kinds) {
+            for (const Kind m : {Kind::random, Kind::all_ones, Kind::zero, Kind::one, Kind::sparse}) {
+                const auto outer = make_operand<TypeParam>(t, 2 * n, rng);
+                const auto middle = make_operand<TypeParam>(m, 2 * h, rng);
+                for (const bool subtract : {false, true}) {
+                    GuardedWords<TypeParam> T(outer), M(middle), R(outer);
+                    bkt::combine(T.data(), M.data(), n, subtract);
+                    bkt::combine_reference(R.data(), middle.data(), n, subtract);
+                    ASSERT_EQ(T.words(), R.words()) << "n = " << n << ", subtract = " << subtract;
+                }
+            }
         }
     }
 }
