@@ -1,4 +1,4 @@
-#include "tools/stress_test.hpp"
+#include "tools/stress_run.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,9 +10,9 @@
 #include "multiply/unavailable_multiplier.hpp"
 #include "tests/console_capture.hpp"
 #include "tools/stress_fakes.hpp"
-#include "tools/stress_run.hpp"
 #include "tools/stress_signals.hpp"
 #include "tools/stress_size.hpp"
+#include "tools/stress_test.hpp"
 
 namespace znp {
 namespace {
