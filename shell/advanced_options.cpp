@@ -1,11 +1,13 @@
+#include "shell/advanced_options.hpp"
+
 #include <array>
 #include <span>
+#include <string>
 
 #include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
 #include "shell/cpu_features.hpp"
-#include "shell/dispatch.hpp"
 
 namespace znp {
 namespace {

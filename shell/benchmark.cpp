@@ -6,6 +6,8 @@
 #include "foundation/strings.hpp"
 #include "foundation/threads.hpp"
 #include "shell/console.hpp"
+#include "shell/option_table.hpp"
+#include "shell/option_values.hpp"
 
 namespace znp {
 namespace {

@@ -6,7 +6,6 @@
 
 #include "compute/compute_parameters.hpp"
 #include "shell/command_line.hpp"
-#include "shell/option_table.hpp"
 
 namespace znp {
 

@@ -3,10 +3,10 @@
 #include <array>
 #include <string_view>
 
-#include "foundation/fatal.hpp"
 #include "shell/benchmark.hpp"
 #include "shell/custom_command.hpp"
 #include "shell/io_command.hpp"
+#include "shell/main_menu.hpp"
 #include "shell/option_table.hpp"
 #include "shell/screens.hpp"
 #include "shell/stress_command.hpp"

@@ -9,10 +9,4 @@ namespace znp {
 // exit code of the process.
 int dispatch(CommandLine& line);
 
-// Shows the main menu and runs one action of it.
-void main_menu();
-
-// Shows the Advanced Options and runs one of them.
-void advanced_options_menu();
-
 }  // namespace znp

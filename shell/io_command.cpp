@@ -6,6 +6,7 @@
 #include "shell/console.hpp"
 #include "shell/number_forms.hpp"
 #include "shell/option_table.hpp"
+#include "shell/option_values.hpp"
 
 namespace znp {
 namespace {

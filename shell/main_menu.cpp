@@ -1,9 +1,11 @@
+#include "shell/main_menu.hpp"
+
 #include <array>
 
+#include "shell/advanced_options.hpp"
 #include "shell/benchmark.hpp"
 #include "shell/console.hpp"
 #include "shell/custom_command.hpp"
-#include "shell/dispatch.hpp"
 #include "shell/io_command.hpp"
 #include "shell/screens.hpp"
 #include "shell/stress_command.hpp"

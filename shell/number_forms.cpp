@@ -8,16 +8,13 @@
 namespace znp {
 namespace {
 
-constexpr bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
 constexpr char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 void skip_digits(std::string_view& text) {
     text.remove_prefix(
-        static_cast<upL_t>(std::find_if_not(text.begin(), text.end(), is_digit) - text.begin()));
+        static_cast<upL_t>(std::find_if_not(text.begin(), text.end(), is_decimal_digit) - text.begin()));
 }
 
 // The value of ".ddd" in front of the text, which moves behind it.
@@ -26,7 +23,7 @@ double take_fraction(std::string_view& text) {
     if (text.empty() || text.front() != '.') return fraction;
     text.remove_prefix(1);
     double step = 0.1;
-    while (!text.empty() && is_digit(text.front())) {
+    while (!text.empty() && is_decimal_digit(text.front())) {
         fraction += step * (text.front() - '0');
         step *= 0.1;
         text.remove_prefix(1);

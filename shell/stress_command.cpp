@@ -4,6 +4,7 @@
 
 #include "foundation/strings.hpp"
 #include "shell/option_table.hpp"
+#include "shell/option_values.hpp"
 
 namespace znp {
 namespace {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <set>
@@ -9,11 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "console_capture.hpp"
+#include "expected_text.hpp"
 #include "shell/build_targets.hpp"
 
 namespace znp {
 namespace {
+
+using namespace testing::sent;
 
 constexpr u32_t osxsave = u32_t{1} << 27;
 constexpr u32_t avx = u32_t{1} << 28;
@@ -262,9 +265,8 @@ TEST(BuildTargets, TheLastIsThisBuild) {
     EXPECT_STREQ(build_targets().back().file, "Zelmar/Binaries/x64 AVX2 ~ Fennic.out");
 }
 
-const std::string white = "\033[01;37m";
-const std::string yes = "\033[01;32mYes\033[01;37m\n";
-const std::string no = "\033[01;31mNo\033[01;37m\n";
+const std::string yes = G + "Yes" + W + "\n";
+const std::string no = R + "No" + W + "\n";
 
 TEST(PrintFeatures, IsTheWholeReport) {
     FakeProcessor processor = full_processor();
@@ -301,27 +303,22 @@ TEST(PrintFeatures, IsTheWholeReport) {
                   "    AVX512-IFMA = " + no + "    AVX512-VBMI = " + no);
 }
 
-const std::string requirements =
-    "\nChecking processor/OS features...\n\n"
-    "Required Features:\n"
-    "\033[01;36m    x64, SSE, SSE2, SSE3, SSSE3, SSE4.1, SSE4.2, AVX, ABM, FMA3, AVX2, BMI2\n"
-    "\n";
-const std::string warning =
-    "\033[01;31mWarning:\n"
-    "This computer does not have all the processor or operating system\n"
-    "features that are necessary to run this binary.\n\n"
-    "Proceeding may cause the program to crash.\n\n" +
-    white + "Press ENTER to continue . . .\033[01;36m" + white + "\n";
+const std::string warning = R +
+                            "Warning:\n"
+                            "This computer does not have all the processor or operating system\n"
+                            "features that are necessary to run this binary.\n\n"
+                            "Proceeding may cause the program to crash.\n\n" +
+                            testing::sent::pause + "\n";
 
 TEST(CheckFeatures, ASufficientMachineGoesOnAtOnce) {
     const FakeProcessor processor = full_processor();
-    EXPECT_EQ(testing::console_output([&] { check_features(processor); }), requirements + white + "\n");
+    EXPECT_EQ(testing::console_output([&] { check_features(processor); }), required_features + W + "\n");
 }
 
 TEST(CheckFeatures, AnInsufficientMachineIsWarnedAndGoesOn) {
     FakeProcessor processor = full_processor();
     processor.leaves[7].ebx &= ~(u32_t{1} << 5);  // no AVX2
-    const std::string expected = requirements + warning + white + "\n";
+    const std::string expected = required_features + warning + W + "\n";
     EXPECT_EQ(testing::console_output([&] { check_features(processor); }, "\n"), expected);
     EXPECT_EQ(testing::console_output([&] { check_features(processor); }, ""), expected);
 }
@@ -334,7 +331,7 @@ TEST(CheckFeatures, Avx2WithoutWideRegistersInTheSystemIsWarnedOf) {
     EXPECT_EQ(features.OS_AVX, 0);
     EXPECT_FALSE(supports_this_build(features));
     EXPECT_EQ(testing::console_output([&] { check_features(processor); }),
-              requirements + warning + white + "\n");
+              required_features + warning + W + "\n");
 }
 
 TEST(ReadFeatures, ThisProcessorRunsThisCode) {

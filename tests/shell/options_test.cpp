@@ -1,7 +1,7 @@
 // The option tables of the commands, applied to their records.
 #include <gtest/gtest.h>
 
-#include "console_capture.hpp"
+#include "expected_text.hpp"
 #include "foundation/threads.hpp"
 #include "shell/benchmark.hpp"
 #include "shell/custom_command.hpp"
@@ -12,20 +12,8 @@
 namespace znp {
 namespace {
 
+using namespace testing::sent;
 using testing::TemporaryFolder;
-
-const std::string white = "\033[01;37m";
-const std::string yellow = "\033[01;33m";
-
-std::string error_line(const std::string& text) {
-    return white + "Error: " + yellow + text + white + "\n\n";
-}
-std::string skip_line(const std::string& word) {
-    return "Skipping unrecognized command: " + word + "\n";
-}
-std::string clip_line(const std::string& threads) {
-    return yellow + "Warning: Clipping threads to " + threads + ".\n" + white;
-}
 
 // Applies the words to the record and gives back what was printed.
 template <class Record>

@@ -3,32 +3,19 @@
 
 #include <gtest/gtest.h>
 
+#include "expected_text.hpp"
 #include "shell/build_targets.hpp"
 #include "temporary_folder.hpp"
 
 namespace znp {
 namespace {
 
+using namespace testing::sent;
 using testing::ProgramResult;
 using testing::TemporaryFolder;
 
-const std::string red = "\033[01;31m";
-const std::string green = "\033[01;32m";
-const std::string yellow = "\033[01;33m";
-const std::string magenta = "\033[01;35m";
-const std::string cyan = "\033[01;36m";
-const std::string white = "\033[01;37m";
-const std::string dark_green = "\033[22;32m";
-const std::string dark_cyan = "\033[22;36m";
-const std::string reset = "\033[39;49m";
-
-const std::string start =
-    "\n\nChecking processor/OS features...\n\n"
-    "Required Features:\n" +
-    cyan + "    x64, SSE, SSE2, SSE3, SSSE3, SSE4.1, SSE4.2, AVX, ABM, FMA3, AVX2, BMI2\n" + "\n" + white +
-    "\n";
+const std::string start = "\n" + required_features + W + "\n";
 const std::string end = reset + "\n";
-const std::string pause_line = white + "Press ENTER to continue . . ." + cyan + white;
 
 const std::string disclaimer =
     "Disclaimer:\n"
@@ -37,11 +24,11 @@ const std::string disclaimer =
     "of this program is at your own risk. I take no responsibility for any\n"
     "damage that may unintentionally be caused through its use.\n";
 
-const std::string about = "\n" + green + "Zelmar - Mathematical Constants to Many Digits\n" + "\n" + white +
-                          "Version: " + dark_green + "0.6.7 Build 9457" + white + "\n" +
+const std::string about = "\n" + G + "Zelmar - Mathematical Constants to Many Digits\n" + "\n" + W +
+                          "Version: " + g + "0.6.7 Build 9457" + W + "\n" +
                           "Written and maintained by The Zelmar developers\n"
                           "\n" +
-                          cyan +
+                          T +
                           "Zelmar computes mathematical constants to millions, billions, and\n"
                           "trillions of digits, in memory or on disk.\n"
                           "\n"
@@ -53,9 +40,9 @@ const std::string about = "\n" + green + "Zelmar - Mathematical Constants to Man
                           "Zelmar is also a multi-threaded Pi benchmark, whose digits are checked\n"
                           "against known ones, so that an unstable machine cannot score.\n"
                           "\n" +
-                          disclaimer + white;
+                          disclaimer + W;
 
-const std::string warning = "\n" + yellow + "A Word of Warning...\n" + "\n" + cyan +
+const std::string warning = "\n" + Y + "A Word of Warning...\n" + "\n" + T +
                             "Performing large multi-threaded computations using this program may\n"
                             "subject your computer to extremely high levels of stress for extended\n"
                             "periods of time. To protect your computer, MAKE SURE that your hardware\n"
@@ -63,52 +50,40 @@ const std::string warning = "\n" + yellow + "A Word of Warning...\n" + "\n" + cy
                             "absolutely no responsibility for any damage that may be caused by this\n"
                             "program.\n"
                             "\n" +
-                            disclaimer + white;
+                            disclaimer + W;
 
 const std::string menu =
-    "Zelmar v" + dark_green + "0.6.7 Build 9457" + white + "  ( The Zelmar developers )\n" +
+    "Zelmar v" + g + "0.6.7 Build 9457" + W + "  ( The Zelmar developers )\n" +
     "Written and maintained by The Zelmar developers\n"
     "\n" +
-    white + "Distribute Freely - Please Report any Bugs\n" + "\n" + white + "Tuning: " + green +
-    " Linux - x64 AVX2 ~ Fennic" + white + "\n" + "\n" + cyan + "  0         Benchmark Pi  (all in ram)\n" +
-    cyan + "  1         Component Stress Tester\n" + cyan + "  2         Run I/O Performance Analysis\n" +
-    "\n" + yellow +
+    W + "Distribute Freely - Please Report any Bugs\n" + "\n" + W + "Tuning: " + G +
+    " Linux - x64 AVX2 ~ Fennic" + W + "\n" + "\n" + T + "  0         Benchmark Pi  (all in ram)\n" + T +
+    "  1         Component Stress Tester\n" + T + "  2         Run I/O Performance Analysis\n" + "\n" + Y +
     "  3         Custom Compute a Constant\n"
     "                -   Compute other constants (e, Golden Ratio, etc...)\n"
     "                -   Choose your own settings (use disk for large computations)\n" +
-    "\n" + green + "  4         Benchmark Validator\n" + green + "  5         Advanced Options\n" + "\n" +
-    dark_cyan + "  6         About\n" + dark_cyan + "  7         A Word of Warning...\n" + white +
-    "Enter your choice:\n";
-const std::string option_prompt = white + "option: " + green + white;
+    "\n" + G + "  4         Benchmark Validator\n" + G + "  5         Advanced Options\n" + "\n" + t +
+    "  6         About\n" + t + "  7         A Word of Warning...\n" + W + "Enter your choice:\n";
+const std::string option_prompt = W + "option: " + G + W;
 
 const std::string advanced_options =
-    magenta + "Advanced Options\n" + "\n" + cyan + "  0" + white + "         Log(n) Formula Generator\n" +
-    cyan + "  1" + white + "         Hardware Features\n" + cyan + "  2" + white +
-    "         Compilation Options\n" + yellow + "  3" + white + "         Test Swap Multiply\n" + "\n";
+    P + "Advanced Options\n" + "\n" + T + "  0" + W + "         Log(n) Formula Generator\n" + T + "  1" + W +
+    "         Hardware Features\n" + T + "  2" + W + "         Compilation Options\n" + Y + "  3" + W +
+    "         Test Swap Multiply\n" + "\n";
 
 // The fatal error of a piece that is not there yet.
 std::string not_there(const std::string& what) {
-    return "\n" + red + what + " is not available in this version yet." + white + "\n" + pause_line + reset;
+    return "\n" + R + what + " is not available in this version yet." + W + "\n" + testing::sent::pause +
+           reset;
 }
-std::string error_line(const std::string& text) {
-    return white + "Error: " + yellow + text + white + "\n\n";
-}
-std::string skip_line(const std::string& word) {
-    return "Skipping unrecognized command: " + word + "\n";
-}
-std::string clip_line(const std::string& threads) {
-    return yellow + "Warning: Clipping threads to " + threads + ".\n" + white;
-}
-const std::string expected_more =
-    white + "Uncaught std exception: " + red + "Expected more parameters." + white + "\n";
+const std::string expected_more = W + "Uncaught std exception: " + R + "Expected more parameters." + W + "\n";
 
 class Program : public ::testing::Test {
   protected:
     void SetUp() override {
         CPUFeatures features;
         read_features(features);
-        if (!supports_this_build(features))
-            GTEST_SKIP() << "the screens of this machine begin with a warning";
+        if (!supports_this_build(features)) GTEST_SKIP() << "the screens begin with a warning here";
     }
 
     ProgramResult run(const std::vector<std::string>& arguments, std::string_view input = {}) {
@@ -167,7 +142,7 @@ TEST_F(Program, NoInputAtAllEndsTheMenuWith1) {
     const ProgramResult result = run({});
     EXPECT_FALSE(result.timed_out);
     EXPECT_EQ(result.exit_code, 1);
-    const std::string shown = start + menu + white + "option: " + green;
+    const std::string shown = start + menu + W + "option: " + G;
     ASSERT_EQ(result.output.substr(0, shown.size()), shown);
     // One line that says so, the reset and a line feed.
     const std::string rest = result.output.substr(shown.size());
@@ -202,9 +177,8 @@ TEST_F(Program, HardwareFeaturesOfTheAdvancedOptions) {
     CPUFeatures features;
     read_features(features);
     const std::string report = testing::console_output([&] { print_features(features); });
-    const std::string head = start + menu + option_prompt + advanced_options + option_prompt + "\n" +
-                             magenta + "Hardware Features:\n\n" + white + "Processor: " + green +
-                             processor_name() + white + "\n\n";
+    const std::string head = start + menu + option_prompt + advanced_options + option_prompt + "\n" + P +
+                             "Hardware Features:\n\n" + W + "Processor: " + G + processor_name() + W + "\n\n";
     EXPECT_EQ(result.output, head + report + "\n  * = used by some build of this program.\n" + end);
 }
 
@@ -223,8 +197,9 @@ TEST_F(Program, AFatalErrorWaitsForEnter) {
 
 TEST_F(Program, ACheckpointFileGoesBeforeAllArguments) {
     write("Zelmar Checkpoint File.txt");
-    const std::string resuming = yellow + "An unfinished computation has been found.\nResuming...\n" +
-                                 pause_line + not_there("The resuming of an unfinished computation");
+    const std::string resuming = Y + "An unfinished computation has been found.\nResuming...\n" +
+                                 testing::sent::pause +
+                                 not_there("The resuming of an unfinished computation");
     expect({"about"}, "\n\n", 1, resuming);
     expect({"nonsense"}, "", 1, resuming);
     expect({}, "6\n", 1, resuming);
@@ -291,7 +266,7 @@ TEST_F(Program, CustomAloneOpensItsScreen) {
 }
 
 TEST_F(Program, BenchWithoutASize) {
-    const std::string refusal = "\n" + red + "No benchmark size selected.\n" + white;
+    const std::string refusal = "\n" + R + "No benchmark size selected.\n" + W;
     expect({"bench", "-T:4"}, "", 1, refusal + end);
     expect({"bench", "1Q"}, "", 1, skip_line("1Q") + refusal + end);
 }

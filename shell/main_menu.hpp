@@ -1,0 +1,8 @@
+#pragma once
+
+namespace znp {
+
+// Shows the main menu and runs one action of it.
+void main_menu();
+
+}  // namespace znp
