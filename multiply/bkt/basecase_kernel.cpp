@@ -7,12 +7,14 @@
 //     sum += low halves            then            sum / B + high halves = next sum,       B = 2^64
 //
 // MULX leaves the flags alone, and the chains of neighbouring rows overlap. A row of w words costs w MULX and
-// 2 w + 1 additions, so with one multiplier port the multiplier is the limit: a cycle a product.
+// 2 w + 1 additions.
 //
 // A later strip adds the words that the strips before it left at its place, one at the bottom of each row.
 // The sum still fits in w + 1 words: (B^w - 1) + (B^w - 1)(B - 1) + (B - 1) = B^(w + 1) - 1.
 //
-// Two register sets hold the sum in turn, since the high halves become the next sum; so rows come in pairs.
+// Two register sets, S and N, hold the sum in turn, since the high halves become the next sum. Rows therefore
+// come in pairs, in loops for any length and written out for the short equal lengths, which are most of the
+// work under Karatsuba's method.
 
 #include "multiply/bkt/basecase.hpp"
 
@@ -20,8 +22,10 @@ namespace znp::bkt {
 
 namespace {
 
-// T in rdi, the words a through rsi, the strip's words b through rcx, the word a itself in rdx, the count of
-// row pairs in rax. Fixed registers, because a build without optimisation has none to spare.
+// clang-format off
+
+// T in rdi, the words a through rsi, the strip's words b through rcx, the word a itself in rdx, low halves in
+// rbx. Fixed registers, because a build without optimisation has none to spare.
 #define ZNP_S0 "%%r8"
 #define ZNP_S1 "%%r9"
 #define ZNP_S2 "%%r10"
@@ -30,71 +34,83 @@ namespace {
 #define ZNP_N1 "%%r13"
 #define ZNP_N2 "%%r14"
 #define ZNP_N3 "%%r15"
+#define ZNP_LOW "%%rbx"
+#define ZNP_WORK "rbx", "r8", "r9", "r10", "r11", "r12", "r13", "r14", "r15", "cc", "memory"
 
-#define ZNP_MULX_ADD(add, i, sum, high) "mulx 8*" #i "(%%rcx), %%rbx, " high "\n\t" #add " %%rbx, " sum "\n\t"
-#define ZNP_ADD(from, to) "add " from ", " to "\n\t"
-#define ZNP_ADC(from, to) "adc " from ", " to "\n\t"
+#define ZNP_LOAD(j)           "mov 8*" #j "(%%rsi), %%rdx\n\t"
+#define ZNP_STORE(j, word)    "mov " word ", 8*" #j "(%%rdi)\n\t"
+#define ZNP_MULX(i, high)     "mulx 8*" #i "(%%rcx), " ZNP_LOW ", " high "\n\t"
+#define ZNP_ADD(from, to)     "add " from ", " to "\n\t"
+#define ZNP_ADC(from, to)     "adc " from ", " to "\n\t"
+#define ZNP_ADC_0(to)         "adc $0, " to "\n\t"
 
-#define ZNP_LOW_1(S0, N0) ZNP_MULX_ADD(add, 0, S0, N0)
-#define ZNP_LOW_2(S0, S1, N0, N1) ZNP_LOW_1(S0, N0) ZNP_MULX_ADD(adc, 1, S1, N1)
-#define ZNP_LOW_3(S0, S1, S2, N0, N1, N2) ZNP_LOW_2(S0, S1, N0, N1) ZNP_MULX_ADD(adc, 2, S2, N2)
-#define ZNP_LOW_4(S0, S1, S2, S3, N0, N1, N2, N3) \
-    ZNP_LOW_3(S0, S1, S2, N0, N1, N2) ZNP_MULX_ADD(adc, 3, S3, N3)
+// The finished word of row j goes to T[j]; a later strip adds T[j] to it first, which starts the second chain.
+// In a first strip that chain starts one word further up, and must start afresh: taking over the carry flag
+// (which the top high half has left clear) would make it wait for the whole first chain.
+#define ZNP_FINISH_first(j, word)   ZNP_STORE(j, word)
+#define ZNP_FINISH_later(j, word)   "add 8*" #j "(%%rdi), " word "\n\t" ZNP_STORE(j, word)
+#define ZNP_START_first             ZNP_ADD
+#define ZNP_START_later             ZNP_ADC
 
-// The finished word S0 goes to T[j]; a later strip adds T[j] to it first, which starts the second chain. In a
-// first strip that chain starts one word further up, and must start afresh: taking over the carry flag (which
-// the top high half has left clear) would make it wait for the whole first chain.
-#define ZNP_FINISH_first(j, S0) "mov " S0 ", 8*" #j "(%%rdi)\n\t"
-#define ZNP_FINISH_later(j, S0) "add 8*" #j "(%%rdi), " S0 "\n\t" ZNP_FINISH_first(j, S0)
-#define ZNP_START_first(from, to) "add " from ", " to "\n\t"
-#define ZNP_START_later(from, to) "adc " from ", " to "\n\t"
+// First chain of a row: sum S += low halves, high halves to N.
+#define ZNP_LOW_1(S, N) ZNP_MULX(0, ZNP_##N##0) ZNP_ADD(ZNP_LOW, ZNP_##S##0)
+#define ZNP_LOW_2(S, N) ZNP_LOW_1(S, N) ZNP_MULX(1, ZNP_##N##1) ZNP_ADC(ZNP_LOW, ZNP_##S##1)
+#define ZNP_LOW_3(S, N) ZNP_LOW_2(S, N) ZNP_MULX(2, ZNP_##N##2) ZNP_ADC(ZNP_LOW, ZNP_##S##2)
+#define ZNP_LOW_4(S, N) ZNP_LOW_3(S, N) ZNP_MULX(3, ZNP_##N##3) ZNP_ADC(ZNP_LOW, ZNP_##S##3)
 
-#define ZNP_ROW_1(place, j, S0, N0) \
-    "mov 8*" #j "(%%rsi), %%rdx\n\t" ZNP_LOW_1(S0, N0) ZNP_ADC("$0", N0) ZNP_FINISH_##place(j, S0)
-#define ZNP_ROW_2(place, j, S0, S1, N0, N1)                                                                \
-    "mov 8*" #j "(%%rsi), %%rdx\n\t" ZNP_LOW_2(S0, S1, N0, N1) ZNP_ADC("$0", N1) ZNP_FINISH_##place(j, S0) \
-        ZNP_START_##place(S1, N0) ZNP_ADC("$0", N1)
-#define ZNP_ROW_3(place, j, S0, S1, S2, N0, N1, N2)                                      \
-    "mov 8*" #j "(%%rsi), %%rdx\n\t" ZNP_LOW_3(S0, S1, S2, N0, N1, N2) ZNP_ADC("$0", N2) \
-        ZNP_FINISH_##place(j, S0) ZNP_START_##place(S1, N0) ZNP_ADC(S2, N1) ZNP_ADC("$0", N2)
-#define ZNP_ROW_4(place, j, S0, S1, S2, S3, N0, N1, N2, N3)                                      \
-    "mov 8*" #j "(%%rsi), %%rdx\n\t" ZNP_LOW_4(S0, S1, S2, S3, N0, N1, N2, N3) ZNP_ADC("$0", N3) \
-        ZNP_FINISH_##place(j, S0) ZNP_START_##place(S1, N0) ZNP_ADC(S2, N1) ZNP_ADC(S3, N2)      \
-            ZNP_ADC("$0", N3)
+// Row j of a strip of w words: the sum moves from S to N.
+#define ZNP_ROW_1(place, j, S, N)                                                      \
+    ZNP_LOAD(j) ZNP_LOW_1(S, N) ZNP_ADC_0(ZNP_##N##0) ZNP_FINISH_##place(j, ZNP_##S##0)
+#define ZNP_ROW_2(place, j, S, N)                                                      \
+    ZNP_LOAD(j) ZNP_LOW_2(S, N) ZNP_ADC_0(ZNP_##N##1) ZNP_FINISH_##place(j, ZNP_##S##0) \
+    ZNP_START_##place(ZNP_##S##1, ZNP_##N##0) ZNP_ADC_0(ZNP_##N##1)
+#define ZNP_ROW_3(place, j, S, N)                                                      \
+    ZNP_LOAD(j) ZNP_LOW_3(S, N) ZNP_ADC_0(ZNP_##N##2) ZNP_FINISH_##place(j, ZNP_##S##0) \
+    ZNP_START_##place(ZNP_##S##1, ZNP_##N##0) ZNP_ADC(ZNP_##S##2, ZNP_##N##1) ZNP_ADC_0(ZNP_##N##2)
+#define ZNP_ROW_4(place, j, S, N)                                                      \
+    ZNP_LOAD(j) ZNP_LOW_4(S, N) ZNP_ADC_0(ZNP_##N##3) ZNP_FINISH_##place(j, ZNP_##S##0) \
+    ZNP_START_##place(ZNP_##S##1, ZNP_##N##0) ZNP_ADC(ZNP_##S##2, ZNP_##N##1)          \
+    ZNP_ADC(ZNP_##S##3, ZNP_##N##2) ZNP_ADC_0(ZNP_##N##3)
 
-#define ZNP_PAIR_1(place) \
-    "1:\n\t" ZNP_ROW_1(place, 0, ZNP_S0, ZNP_N0) "2:\n\t" ZNP_ROW_1(place, 1, ZNP_N0, ZNP_S0)
-#define ZNP_PAIR_2(place)                                                                             \
-    "1:\n\t" ZNP_ROW_2(place, 0, ZNP_S0, ZNP_S1, ZNP_N0, ZNP_N1) "2:\n\t" ZNP_ROW_2(place, 1, ZNP_N0, \
-                                                                                    ZNP_N1, ZNP_S0, ZNP_S1)
-#define ZNP_PAIR_3(place)                                                                            \
-    "1:\n\t" ZNP_ROW_3(place, 0, ZNP_S0, ZNP_S1, ZNP_S2, ZNP_N0, ZNP_N1, ZNP_N2) "2:\n\t" ZNP_ROW_3( \
-        place, 1, ZNP_N0, ZNP_N1, ZNP_N2, ZNP_S0, ZNP_S1, ZNP_S2)
-#define ZNP_PAIR_4(place)                                                                                   \
-    "1:\n\t" ZNP_ROW_4(place, 0, ZNP_S0, ZNP_S1, ZNP_S2, ZNP_S3, ZNP_N0, ZNP_N1, ZNP_N2,                    \
-                       ZNP_N3) "2:\n\t" ZNP_ROW_4(place, 1, ZNP_N0, ZNP_N1, ZNP_N2, ZNP_N3, ZNP_S0, ZNP_S1, \
-                                                  ZNP_S2, ZNP_S3)
+// Row 0 where the sum is still zero: a single chain, sum to S.
+#define ZNP_OPEN_2(place)                                                              \
+    ZNP_LOAD(0) ZNP_MULX(0, ZNP_S0) ZNP_FINISH_##place(0, ZNP_LOW)                     \
+    ZNP_MULX(1, ZNP_S1) ZNP_START_##place(ZNP_LOW, ZNP_S0) ZNP_ADC_0(ZNP_S1)
+#define ZNP_OPEN_3(place)                                                              \
+    ZNP_LOAD(0) ZNP_MULX(0, ZNP_S0) ZNP_FINISH_##place(0, ZNP_LOW)                     \
+    ZNP_MULX(1, ZNP_S1) ZNP_START_##place(ZNP_LOW, ZNP_S0)                             \
+    ZNP_MULX(2, ZNP_S2) ZNP_ADC(ZNP_LOW, ZNP_S1) ZNP_ADC_0(ZNP_S2)
+#define ZNP_OPEN_4(place)                                                              \
+    ZNP_LOAD(0) ZNP_MULX(0, ZNP_S0) ZNP_FINISH_##place(0, ZNP_LOW)                     \
+    ZNP_MULX(1, ZNP_S1) ZNP_START_##place(ZNP_LOW, ZNP_S0)                             \
+    ZNP_MULX(2, ZNP_S2) ZNP_ADC(ZNP_LOW, ZNP_S1)                                       \
+    ZNP_MULX(3, ZNP_S3) ZNP_ADC(ZNP_LOW, ZNP_S2) ZNP_ADC_0(ZNP_S3)
 
-#define ZNP_STORE_1 "mov %%r8, (%%rdi)\n\t"
-#define ZNP_STORE_2 ZNP_STORE_1 "mov %%r9, 8(%%rdi)\n\t"
-#define ZNP_STORE_3 ZNP_STORE_2 "mov %%r10, 16(%%rdi)\n\t"
-#define ZNP_STORE_4 ZNP_STORE_3 "mov %%r11, 24(%%rdi)\n\t"
+// What is left of the sum, to T[j..].
+#define ZNP_CLOSE_1(j, X) ZNP_STORE(j, ZNP_##X##0)
+#define ZNP_CLOSE_2(j, X) ZNP_CLOSE_1(j, X) ZNP_STORE((j + 1), ZNP_##X##1)
+#define ZNP_CLOSE_3(j, X) ZNP_CLOSE_2(j, X) ZNP_STORE((j + 2), ZNP_##X##2)
+#define ZNP_CLOSE_4(j, X) ZNP_CLOSE_3(j, X) ZNP_STORE((j + 3), ZNP_##X##3)
 
-// Both sets start at zero; an odd number of rows enters at the second row of a pair.
-#define ZNP_STRIP(w, place)                                                                              \
-    void strip_##w##_##place(c64i* T, const c64i* A, upL_t La, const c64i* B) {                          \
-        upL_t pairs = (La + 1) / 2;                                                                      \
-        upL_t skipped_bytes = 8 * (La & 1);                                                              \
+// clang-format on
+
+// T[0..La + w) = A * B[0..w), or for a later strip the same plus T[0..La). Both sets start at zero; an odd
+// number of rows enters at the second row of a pair.
+#define ZNP_STRIP(w, place)                                                                            \
+    void strip_##w##_##place(c64i* T, const c64i* A, upL_t La, const c64i* B) {                        \
+        upL_t pairs = (La + 1) / 2;                                                                    \
+        upL_t skipped_bytes = 8 * (La & 1);                                                            \
         asm volatile(                                                                                  \
             "xor %%r8d, %%r8d\n\txor %%r9d, %%r9d\n\txor %%r10d, %%r10d\n\txor %%r11d, %%r11d\n\t"     \
             "xor %%r12d, %%r12d\n\txor %%r13d, %%r13d\n\txor %%r14d, %%r14d\n\txor %%r15d, %%r15d\n\t" \
-            "sub %%rdx, %%rsi\n\tsub %%rdx, %%rdi\n\ttest %%rdx, %%rdx\n\tjnz 2f\n\t.p2align "         \
-            "4\n\t" ZNP_PAIR_##w(                                                                      \
-                place) "lea 16(%%rsi), %%rsi\n\tlea 16(%%rdi), %%rdi\n\tdec %%rax\n\tjnz "             \
-                       "1b\n\t" ZNP_STORE_##w                                                          \
+            "sub %%rdx, %%rsi\n\tsub %%rdx, %%rdi\n\ttest %%rdx, %%rdx\n\tjnz 2f\n\t.p2align 4\n"      \
+            "1:\n\t" ZNP_ROW_##w(place, 0, S, N) "2:\n\t" ZNP_ROW_##w(                                 \
+                place, 1,                                                                              \
+                N, S) "lea 16(%%rsi), %%rsi\n\tlea 16(%%rdi), %%rdi\n\tdec %%rax\n\tjnz "              \
+                      "1b\n\t" ZNP_CLOSE_##w(0, S)                                                     \
             : "+D"(T), "+S"(A), "+a"(pairs), "+d"(skipped_bytes)                                       \
             : "c"(B)                                                                                   \
-            : "rbx", "r8", "r9", "r10", "r11", "r12", "r13", "r14", "r15", "cc", "memory"); \
+            : ZNP_WORK);                                                                               \
     }
 ZNP_STRIP(1, first)
 ZNP_STRIP(2, first)
@@ -102,15 +118,41 @@ ZNP_STRIP(3, first)
 ZNP_STRIP(4, first)
 ZNP_STRIP(4, later)
 
-}  // namespace
+// clang-format off
 
-void mulB(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
-    if (La < Lb) {
-        const c64i* X = A;
-        A = B, B = X;
-        const upL_t Lx = La;
-        La = Lb, Lb = Lx;
+// All rows of a strip of w words, by the number of rows.
+#define ZNP_ROWS_2(w, place) ZNP_OPEN_##w(place) ZNP_ROW_##w(place, 1, S, N) ZNP_CLOSE_##w(2, N)
+#define ZNP_PAIRS_3(w, place) ZNP_OPEN_##w(place) ZNP_ROW_##w(place, 1, S, N) ZNP_ROW_##w(place, 2, N, S)
+#define ZNP_ROWS_3(w, place) ZNP_PAIRS_3(w, place) ZNP_CLOSE_##w(3, S)
+#define ZNP_ROWS_4(w, place) ZNP_PAIRS_3(w, place) ZNP_ROW_##w(place, 3, S, N) ZNP_CLOSE_##w(4, N)
+#define ZNP_PAIRS_5(w, place) ZNP_PAIRS_3(w, place) ZNP_ROW_##w(place, 3, S, N) ZNP_ROW_##w(place, 4, N, S)
+#define ZNP_ROWS_5(w, place) ZNP_PAIRS_5(w, place) ZNP_CLOSE_##w(5, S)
+#define ZNP_ROWS_6(w, place) ZNP_PAIRS_5(w, place) ZNP_ROW_##w(place, 5, S, N) ZNP_CLOSE_##w(6, N)
+#define ZNP_PAIRS_7(w, place) ZNP_PAIRS_5(w, place) ZNP_ROW_##w(place, 5, S, N) ZNP_ROW_##w(place, 6, N, S)
+#define ZNP_ROWS_7(w, place) ZNP_PAIRS_7(w, place) ZNP_CLOSE_##w(7, S)
+#define ZNP_ROWS_8(w, place) ZNP_PAIRS_7(w, place) ZNP_ROW_##w(place, 7, S, N) ZNP_CLOSE_##w(8, N)
+#define ZNP_PAIRS_9(w, place) ZNP_PAIRS_7(w, place) ZNP_ROW_##w(place, 7, S, N) ZNP_ROW_##w(place, 8, N, S)
+#define ZNP_ROWS_9(w, place) ZNP_PAIRS_9(w, place) ZNP_CLOSE_##w(9, S)
+
+// On to the strip w words further up.
+#define ZNP_NEXT(w) "lea 8*" #w "(%%rcx), %%rcx\n\tlea 8*" #w "(%%rdi), %%rdi\n\t"
+
+#define ZNP_PRODUCT(n, rows)                                                                     \
+    void product_##n(c64i* T, const c64i* A, const c64i* B) {                                    \
+        asm volatile(rows : "+D"(T), "+c"(B) : "S"(A) : "rdx", ZNP_WORK);                        \
     }
+ZNP_PRODUCT(2, ZNP_ROWS_2(2, first))
+ZNP_PRODUCT(3, ZNP_ROWS_3(3, first))
+ZNP_PRODUCT(4, ZNP_ROWS_4(4, first))
+ZNP_PRODUCT(5, ZNP_ROWS_5(3, first) ZNP_NEXT(3) ZNP_ROWS_5(2, later))
+ZNP_PRODUCT(6, ZNP_ROWS_6(3, first) ZNP_NEXT(3) ZNP_ROWS_6(3, later))
+ZNP_PRODUCT(7, ZNP_ROWS_7(4, first) ZNP_NEXT(4) ZNP_ROWS_7(3, later))
+ZNP_PRODUCT(8, ZNP_ROWS_8(4, first) ZNP_NEXT(4) ZNP_ROWS_8(4, later))
+ZNP_PRODUCT(9, ZNP_ROWS_9(3, first) ZNP_NEXT(3) ZNP_ROWS_9(3, later) ZNP_NEXT(3) ZNP_ROWS_9(3, later))
+
+// clang-format on
+
+void mul_strips(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     upL_t done = Lb & 3;
     switch (done) {
         case 0:
@@ -130,8 +172,46 @@ void mulB(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     for (; done < Lb; done += 4) strip_4_later(T + done, A, La, B + done);
 }
 
+}  // namespace
+
 void elmB(c64i* T, const c64i* A, const c64i* B, upL_t n) {
-    mulB(T, A, n, B, n);
+    switch (n) {
+        case 1: {
+            const u128_t P = static_cast<u128_t>(*A) * *B;
+            T[0] = static_cast<c64i>(P);
+            T[1] = static_cast<c64i>(P >> 64);
+            return;
+        }
+        case 2:
+            return product_2(T, A, B);
+        case 3:
+            return product_3(T, A, B);
+        case 4:
+            return product_4(T, A, B);
+        case 5:
+            return product_5(T, A, B);
+        case 6:
+            return product_6(T, A, B);
+        case 7:
+            return product_7(T, A, B);
+        case 8:
+            return product_8(T, A, B);
+        case 9:
+            return product_9(T, A, B);
+        default:
+            return mul_strips(T, A, n, B, n);
+    }
+}
+
+// The longer operand gives the rows.
+void mulB(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
+    if (La == Lb) {
+        elmB(T, A, B, La);
+    } else if (La > Lb) {
+        mul_strips(T, A, La, B, Lb);
+    } else {
+        mul_strips(T, B, Lb, A, La);
+    }
 }
 
 }  // namespace znp::bkt
