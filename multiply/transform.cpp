@@ -18,6 +18,10 @@ struct WorkAreas {
         : T1(bp.M), T2(T1 + t.transform_bytes), scratch(T2 + t.transform_bytes) {}
 };
 
+[[noreturn]] void unchecked(const transform& t) {
+    fail(zn_exception(error_code::unspecified, "The algorithm's results cannot be verified.", t.name()));
+}
+
 // 64-bit words as pairs of 32-bit ones, which are the same bytes on a little-endian machine. The steps move
 // them in blocks of bytes or vectors, behind a virtual call.
 const c32i* halves(const c64i* A) {
@@ -82,6 +86,18 @@ void transform::inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) 
 
 void transform::inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
     inverse_fmul(halves(R), 2 * s, 2 * e, T1, T2, scratch);
+}
+
+u64_t transform::checked_fsqr(c64i*, upL_t, upL_t, void*, void*) const {
+    unchecked(*this);
+}
+
+u64_t transform::checked_fmul(c64i*, upL_t, upL_t, void*, const void*, void*) const {
+    unchecked(*this);
+}
+
+u64_t transform::modulus() const {
+    unchecked(*this);
 }
 
 #define ZNP_INSTANTIATE(word)                                                                            \

@@ -57,6 +57,14 @@ class transform {
     virtual void inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const;
     virtual void inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const;
 
+    // Inverses that can be verified: the same with the residue (multiply/kernels/residue.hpp) of the whole
+    // result R, of which the window is a part. The operands' product is R + q M, where M is the modulus of a
+    // cyclic algorithm and q the words above max_bits, less one if they are more than the words below. A
+    // modulus of 0: nothing wraps, R is the product. An algorithm without these forms throws.
+    virtual u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const;
+    virtual u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const;
+    virtual u64_t modulus() const;  // its residue
+
     // Same algorithm and same parameters, so that images made by either can be combined.
     virtual bool equals(const transform& other) const = 0;
 

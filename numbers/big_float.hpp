@@ -15,6 +15,8 @@
 // words on the stack.
 #pragma once
 
+#include <optional>
+
 #include "foundation/types.hpp"
 #include "multiply/basic_parameters.hpp"
 #include "multiply/transform.hpp"
@@ -142,6 +144,11 @@ class BigFloatR : public BigFloat<word> {
     void set_inverse_fsqr(void* scratch, Transform& A, s64_t te, upL_t p);
     void set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p);
 
+    // The same, 64-bit words only, with the residue of the transform's whole result
+    // (transform::checked_fmul); nothing where no word is wanted and no transform ran.
+    std::optional<u64_t> set_checked_fsqr(void* scratch, Transform& A, s64_t te, upL_t p);
+    std::optional<u64_t> set_checked_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p);
+
   private:
     struct ProductRange {
         upL_t s, e;  // words of the cyclic product
@@ -152,6 +159,10 @@ class BigFloatR : public BigFloat<word> {
     void reset(upL_t L, s64_t exp, bool positive);
     bool inverse_range(ProductRange& range, const Transform& A, upL_t n, s64_t exp, s64_t te, upL_t p,
                        bool always_check, const char* truncated) const;
+    template <class Inverse>
+    void inverse_fsqr(Transform& A, s64_t te, upL_t p, Inverse inverse);
+    template <class Inverse>
+    void inverse_fmul(Transform& A, const Transform& B, s64_t te, upL_t p, Inverse inverse);
     void signed_sum(const BigFloat<word>& a, const BigFloat<word>& b, bool b_positive, upL_t p);
 
     word* base_ = nullptr;

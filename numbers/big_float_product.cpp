@@ -94,14 +94,16 @@ bool BigFloatR<word>::inverse_range(ProductRange& range, const Transform& A, upL
     return true;
 }
 
+// The frame of the inverses; inverse(s, e) is the step itself, where there is something to do.
 template <class word>
-void BigFloatR<word>::set_inverse_fsqr(void* scratch, Transform& A, s64_t te, upL_t p) {
+template <class Inverse>
+void BigFloatR<word>::inverse_fsqr(Transform& A, s64_t te, upL_t p, Inverse inverse) {
     ProductRange range;
     const bool some = inverse_range(range, A, 2 * A.L, 2 * A.exp, te, p, true,
                                     "BigFloat::set_inverse_fsqr(): Truncated Range\n\n");
     if (some) {
         require(range.e - range.s, "BigFloat::set_inverse_fsqr()");
-        A.algorithm->inverse_fsqr(base_, range.s, range.e, A.image, scratch);
+        inverse(range.s, range.e);
         set_words(range.e - range.s, range.exp, true);
     } else {
         set_zero();
@@ -110,7 +112,8 @@ void BigFloatR<word>::set_inverse_fsqr(void* scratch, Transform& A, s64_t te, up
 }
 
 template <class word>
-void BigFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p) {
+template <class Inverse>
+void BigFloatR<word>::inverse_fmul(Transform& A, const Transform& B, s64_t te, upL_t p, Inverse inverse) {
     if (A.algorithm != B.algorithm && !A.algorithm->equals(*B.algorithm)) {
         misuse("BigFloat::set_inverse_fmul(): Mismatching Transform Parameters");
     }
@@ -119,12 +122,43 @@ void BigFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transf
                                     "BigFloat::set_inverse_fmul(): Truncated Range\n\n");
     if (some) {
         require(range.e - range.s, "BigFloat::set_inverse_fmul()");
-        A.algorithm->inverse_fmul(base_, range.s, range.e, A.image, B.image, scratch);
+        inverse(range.s, range.e);
         set_words(range.e - range.s, range.exp, A.sign == B.sign);
     } else {
         set_zero();
     }
     A.image = nullptr;
+}
+
+template <class word>
+void BigFloatR<word>::set_inverse_fsqr(void* scratch, Transform& A, s64_t te, upL_t p) {
+    inverse_fsqr(A, te, p,
+                 [&](upL_t s, upL_t e) { A.algorithm->inverse_fsqr(base_, s, e, A.image, scratch); });
+}
+
+template <class word>
+void BigFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p) {
+    inverse_fmul(A, B, te, p, [&](upL_t s, upL_t e) {
+        A.algorithm->inverse_fmul(base_, s, e, A.image, B.image, scratch);
+    });
+}
+
+template <class word>
+std::optional<u64_t> BigFloatR<word>::set_checked_fsqr(void* scratch, Transform& A, s64_t te, upL_t p) {
+    std::optional<u64_t> whole;
+    inverse_fsqr(A, te, p,
+                 [&](upL_t s, upL_t e) { whole = A.algorithm->checked_fsqr(base_, s, e, A.image, scratch); });
+    return whole;
+}
+
+template <class word>
+std::optional<u64_t> BigFloatR<word>::set_checked_fmul(void* scratch, Transform& A, const Transform& B,
+                                                       s64_t te, upL_t p) {
+    std::optional<u64_t> whole;
+    inverse_fmul(A, B, te, p, [&](upL_t s, upL_t e) {
+        whole = A.algorithm->checked_fmul(base_, s, e, A.image, B.image, scratch);
+    });
+    return whole;
 }
 
 #define ZNP_INSTANTIATE(word)                                                                              \
@@ -137,5 +171,8 @@ void BigFloatR<word>::set_inverse_fmul(void* scratch, Transform& A, const Transf
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)
 #undef ZNP_INSTANTIATE
+template std::optional<u64_t> BigFloatR<c64i>::set_checked_fsqr(void*, Transform&, s64_t, upL_t);
+template std::optional<u64_t> BigFloatR<c64i>::set_checked_fmul(void*, Transform&, const Transform&, s64_t,
+                                                                upL_t);
 
 }  // namespace znp

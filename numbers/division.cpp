@@ -5,6 +5,7 @@
 #include "foundation/fail.hpp"
 #include "foundation/strings.hpp"
 #include "multiply/dispatch.hpp"
+#include "multiply/kernels/residue.hpp"
 #include "numbers/reciprocal.hpp"
 #include "numbers/transform_helper.hpp"
 #include "shell/console.hpp"
@@ -31,6 +32,17 @@ constexpr upL_t transform_words(upL_t p) {
     return p + 9;
 }
 
+constexpr const char* failed = "zlp_div_t9_B(): Computation Failed";
+constexpr const char* residue_text = "zlp_div_t9_B(): Residue Check Failure";
+
+// Residue of the words of A from a position on.
+u64_t residue_from(const Float& A, s64_t position) {
+    const s64_t low = std::clamp(position, A.get_exp(), A.get_mag());
+    const u64_t words =
+        residue::hash_words(A.get_T() + (low - A.get_exp()), static_cast<upL_t>(A.get_mag() - low));
+    return residue::mul(words, residue::word_power64(low - position));
+}
+
 // d = A - y0 B from A's words and the product's below te. The two agree there but for a borrow from below.
 void remainder(FloatR& d, const Float& A, const Float& T, s64_t te, upL_t h) {
     const cdi topA = T.word_at(te - 1);
@@ -46,7 +58,7 @@ void remainder(FloatR& d, const Float& A, const Float& T, s64_t te, upL_t h) {
         Console::print_error("zlm_div_t9_B(): Convergence Failure");
         Console::print_labelled_line("topA", format_printf(32, "%016lx", topA));
         Console::print_labelled_line("topB", format_printf(32, "%016lx", topB));
-        fail(zn_exception(error_code::numerical_result, "zlp_div_t9_B(): Computation Failed"));
+        fail(zn_exception(error_code::numerical_result, failed));
     }
 }
 
@@ -68,10 +80,11 @@ upL_t div_work_bytes(upL_t p, u64_t threads) {
 void zlp_div_t9_B(const BasicParameters& bp, FloatR& Q, const Float& A, const Float& B, upL_t p,
                   Scratch scratch, StatusLine* status) {
     if (A.is_zero()) return Q.set_zero();
+    require_scratch(scratch, div_scratch_words(p), "zlp_div_t9_B(): Insufficient Allocated Space - PL");
     if (p <= division_t9) {
         FloatR r = scratch.take(reciprocal_words(p));
         zlb_rcp_E(bp, r, B, p, scratch);
-        return Q.set_mul(bp, A.top_words(p), r, p);
+        return Q.set_mul(bp, A.top_words(p), r, p + 1);
     }
 
     const upL_t h = half_precision(p);
@@ -88,19 +101,32 @@ void zlp_div_t9_B(const BasicParameters& bp, FloatR& Q, const Float& A, const Fl
     show_step(status, " - 1M - ", h);
     const s64_t te = std::min(A.get_mag() - static_cast<s64_t>(h) + 3, A.get_mag());
     FloatR& T = Q;
+    bool right = false;
     {
         TransformSlot slot;
         const TransformHelper helper(bp, make_transform<cdi>(bp, slot, transform_words(p)));
         Float::Transform Y0(y0, helper.scratch, helper.algorithm, helper.T2, h);
         const Float::Transform divisor(B, helper.scratch, helper.algorithm, helper.T1, p);
-        T.set_inverse_fmul(helper.scratch, Y0, divisor, te, p);
+        ProductCheck product(y0, B.top_words(p));
+        product.whole = T.set_checked_fmul(helper.scratch, Y0, divisor, te, p);
+        // A and the product differ below te only, but for a carry into what lies above.
+        right = product.holds(helper.algorithm, residue_from(A, product.wrap_position(helper.algorithm)), 1);
     }
     Float low_A = A;
     low_A.truncate_top(te);
     remainder(d, low_A, T, te, h);
+    if (!right) fail_residue(residue_text, failed);
 
     show_step(status, " - 2M - ", h);
-    c.set_mul(bp, d, r, h + 1);
+    if (!d.is_zero()) {
+        TransformSlot slot;
+        const TransformHelper helper(bp, make_transform<cdi>(bp, slot, d.get_L() + r.get_L()));
+        Float::Transform D(d, helper.scratch, helper.algorithm, helper.T2, h + 3);
+        const Float::Transform R(r, helper.scratch, helper.algorithm, helper.T1, h);
+        ProductCheck product(d, r);
+        product.whole = c.set_checked_fmul(helper.scratch, D, R, D.mag + R.mag, h + 1);
+        if (!product.holds(helper.algorithm)) fail_residue(residue_text, failed);
+    }
     Q.set_add(y0, c, p + 1);
 }
 

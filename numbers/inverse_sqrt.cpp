@@ -41,6 +41,11 @@ int failed_magnitude(const char* text, s64_t magnitude, upL_t h) {
     return failure;
 }
 
+int failed_residue() {
+    Console::print_error("zlm_invsqrt_udw_B(): Residue Check Failure");
+    return failure;
+}
+
 // y = y0 + c or y0 - c to p words, its low word moved.
 void correct(FloatR& y, const Float& y0, const Float& c, bool under, upL_t p) {
     if (under) {
@@ -130,36 +135,42 @@ int zlp_invsqrt_udw_B(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Sc
     const TransformHelper helper(bp, make_transform<cdi>(bp, slot, transform_words(p)));
     const Float::Transform Y0(y0, helper.scratch, helper.algorithm, helper.T2, h);
     FloatR& T = y;
+    bool right = false;
     {
         Float::Transform square = Y0;  // the inverse consumes its image
         std::memcpy(helper.T1, helper.T2, helper.algorithm.transform_bytes);
         square.image = helper.T1;
-        T.set_inverse_fsqr(helper.scratch, square, te, p);
+        ProductCheck product(y0, y0);
+        product.whole = T.set_checked_fsqr(helper.scratch, square, te, p);
+        right = product.holds(helper.algorithm);
     }
     T.mul_uW(x);
     const cdi top = T.word_at(te - 1);
     T.truncate_top(te);
-    if (T.is_zero()) {
-        y.set_gfp(y0, p);
-        return 0;
-    }
     const bool under = top == ~cdi{0};
     if (under) {
         T.negate_twos_complement();
     } else if (top != 0) {
         return failed_top("zlm_invsqrt_udw_B(): Convergence Failure", top);
     }
-    if (T.get_mag() > 2 - static_cast<s64_t>(h)) {
+    if (!T.is_zero() && T.get_mag() > 2 - static_cast<s64_t>(h)) {
         return failed_magnitude(under ? "zlm_invsqrt_udw_B(): Under-Estimate -> Convergence Failure"
                                       : "zlm_invsqrt_udw_B(): Over-Estimate -> Convergence Failure",
                                 T.get_mag(), h);
+    }
+    if (!right) return failed_residue();
+    if (T.is_zero()) {
+        y.set_gfp(y0, p);
+        return 0;
     }
 
     show_step(status, under ? " - U1M - " : " - O1M - ", h);
     halve(T);
     {
         Float::Transform E(T, helper.scratch, helper.algorithm, helper.T1, h + 1);
-        c.set_inverse_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
+        ProductCheck product(T.top_words(h + 1), y0);
+        product.whole = c.set_checked_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
+        if (!product.holds(helper.algorithm)) return failed_residue();
     }
     correct(y, y0, c, under, p);
     return 0;

@@ -2,6 +2,7 @@
 
 #include "foundation/fail.hpp"
 #include "foundation/strings.hpp"
+#include "multiply/kernels/residue.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "shell/console.hpp"
 
@@ -40,6 +41,42 @@ void fail_top(const char* text, cdi top, const char* failed) {
 
 void fail_magnitude(const char* text, s64_t magnitude, upL_t h, const char* failed) {
     print_magnitude(text, magnitude, h);
+    fail_with(failed);
+}
+
+ProductCheck::ProductCheck(const Float& a, const Float& b)
+    : product_(
+          residue::mul(residue::hash_words(a.get_T(), a.get_L()), residue::hash_words(b.get_T(), b.get_L()))),
+      exp_(a.get_exp() + b.get_exp()),
+      L_(a.get_L() + b.get_L()) {}
+
+s64_t ProductCheck::wrap_position(const transform& algorithm) const {
+    return whole ? exp_ + static_cast<s64_t>(algorithm.max_bits / WordTraits<cdi>::bits) : exp_;
+}
+
+// With R the whole result and M the modulus the product is R + q M, q being the wrapped words or one less.
+bool ProductCheck::holds(const transform& algorithm, u64_t known, unsigned slack) const {
+    const u64_t modulus = whole ? algorithm.modulus() : 1;
+    u64_t rest = residue::sub(product_, whole.value_or(0));
+    const bool wrapped = L_ * WordTraits<cdi>::bits > algorithm.max_bits;
+    if (whole && (modulus == 0 || !wrapped)) return rest == 0;
+    rest = residue::sub(rest, residue::mul(known, modulus));
+    const unsigned less = slack + (whole ? 1 : 0);
+    for (unsigned i = 0; i < less; i++) rest = residue::add(rest, modulus);
+    for (unsigned i = 0; i <= less + slack; i++) {
+        if (rest == 0) return true;
+        rest = residue::sub(rest, modulus);
+    }
+    return false;
+}
+
+u64_t near_one_residue(s64_t position, bool under) {
+    if (position > 0) return 0;
+    return residue::sub(residue::word_power64(-position), under ? 1 : 0);
+}
+
+void fail_residue(const char* text, const char* failed) {
+    Console::print_error(text);
     fail_with(failed);
 }
 

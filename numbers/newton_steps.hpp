@@ -10,8 +10,11 @@
 // a routine returns is right to p words: its error is at most a few units of the position p below the top.
 #pragma once
 
+#include <optional>
+
 #include "foundation/status_line.hpp"
 #include "multiply/basic_parameters.hpp"
+#include "multiply/transform.hpp"
 #include "numbers/big_float.hpp"
 
 namespace znp::newton {
@@ -54,6 +57,35 @@ void print_top(const char* text, cdi top);
 void print_magnitude(const char* text, s64_t magnitude, upL_t h);
 [[noreturn]] void fail_top(const char* text, cdi top, const char* failed);
 [[noreturn]] void fail_magnitude(const char* text, s64_t magnitude, upL_t h, const char* failed);
+
+// Verifies a product of transformed operands by residues: what neither convergence nor a later step would
+// show. The words of a cyclic product that wrapped are known to the caller of a step beforehand.
+class ProductCheck {
+  public:
+    // The operands' words as they go into the transforms.
+    ProductCheck(const Float& a, const Float& b);
+
+    // The residue of the transform's whole result, if it ran.
+    std::optional<u64_t> whole;
+
+    // The product's position from which the words wrap, or its lowest position where no transform ran.
+    s64_t wrap_position(const transform& algorithm) const;
+    // known: residue of the words from wrap_position on, as a number, which may be off by up to `slack`.
+    bool holds(const transform& algorithm, u64_t known, unsigned slack = 0) const;
+    // For a product that does not wrap.
+    bool holds(const transform& algorithm) const { return holds(algorithm, 0); }
+
+  private:
+    u64_t product_;
+    s64_t exp_;
+    upL_t L_;
+};
+
+// The residue of the words from `position` on of a product next to 1: of 1 followed by zeros, or of all ones.
+u64_t near_one_residue(s64_t position, bool under);
+
+// Prints the text, then throws with the text `failed`.
+[[noreturn]] void fail_residue(const char* text, const char* failed);
 
 // Adds one at the lowest word of a number that is longer than p words, so that no later step meets an
 // all-zero or all-ones tail. Never grows the number.

@@ -97,6 +97,7 @@ void zlp_rcp_B(const BasicParameters& bp, FloatR& y, const Float& x, upL_t p, Sc
                StatusLine* status) {
     if (p <= small_precision) return zlb_rcp_E(bp, y, x, p, scratch);
     constexpr const char* failed = "zlp_rcp_B(): Computation Failed";
+    constexpr const char* residue_text = "zlp_rcp_B(): Residue Check Failure";
 
     const upL_t h = half_precision(p);
     const s64_t te = 2 - static_cast<s64_t>(h);
@@ -111,30 +112,35 @@ void zlp_rcp_B(const BasicParameters& bp, FloatR& y, const Float& x, upL_t p, Sc
     const TransformHelper helper(bp, make_transform<cdi>(bp, slot, transform_words(p)));
     const Float::Transform Y0(y0, helper.scratch, helper.algorithm, helper.T2, h);
     FloatR& T = y;
+    ProductCheck product(x.top_words(p), y0);
     {
         Float::Transform X(x, helper.scratch, helper.algorithm, helper.T1, p);
-        T.set_inverse_fmul(helper.scratch, X, Y0, te, p);
+        product.whole = T.set_checked_fmul(helper.scratch, X, Y0, te, p);
     }
-    if (T.is_zero()) return y.set_gfp(y0, p);
-
     const cdi top = T.word_at(te - 1);
     const bool under = top >= ~cdi{0} - 1;
+    const u64_t known = near_one_residue(product.wrap_position(helper.algorithm), under);
+    const bool right = product.holds(helper.algorithm, known);
     if (under) {
         complement(T, te, h, "zlp_rcp_B(): strip_l1s() resulted in zero.",
                    "zlp_rcp_B(): Under-Estimate -> Convergence Failure", failed);
     } else if (top != 0) {
         fail_top("zlp_rcp_B(): Convergence Failure", top, failed);
     }
-    if (T.get_mag() > te) {
+    if (!T.is_zero() && T.get_mag() > te) {
         fail_magnitude(under ? "zlp_rcp_B(): Under-Estimate -> Convergence Failure"
                              : "zlp_rcp_B(): Over-Estimate -> Convergence Failure",
                        T.get_mag(), h, failed);
     }
+    if (!right) fail_residue(residue_text, failed);
+    if (T.is_zero()) return y.set_gfp(y0, p);
 
     show_step(status, under ? " - U1M - " : " - O1M - ", h);
     {
         Float::Transform E(T, helper.scratch, helper.algorithm, helper.T1, h + 1);
-        c.set_inverse_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
+        product = ProductCheck(T.top_words(h + 1), y0);
+        product.whole = c.set_checked_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
+        if (!product.holds(helper.algorithm)) fail_residue(residue_text, failed);
     }
     if (under) {
         y.set_add(y0, c, p + 1);

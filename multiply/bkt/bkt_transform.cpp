@@ -6,6 +6,7 @@
 #include "foundation/fail.hpp"
 #include "multiply/bkt/karatsuba.hpp"
 #include "multiply/bkt/window.hpp"
+#include "multiply/kernels/residue.hpp"
 
 namespace znp {
 
@@ -85,6 +86,22 @@ void BKTTransform::inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void*
     } else {
         bkt::mul_window(R, s, e, A.words, A.L, B.words, B.L, S);
     }
+}
+
+u64_t BKTTransform::checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
+    return checked_fmul(R, s, e, T, T, scratch);
+}
+
+u64_t BKTTransform::checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
+    check_length(e);
+    const Image A(T1);
+    const Image B(T2);
+    const upL_t n = A.L == 0 || B.L == 0 ? 0 : A.L + B.L;
+    auto* product = static_cast<c64i*>(scratch);
+    if (n != 0) bkt::mul(A.words, A.L, B.words, B.L, product, product + n);
+    e = clear_above(R, s, e, n);
+    std::copy(product + std::min(s, e), product + e, R);
+    return residue::hash_words(product, n);
 }
 
 void BKTTransform::forward(void*, const c32i*, upL_t, void*) const {

@@ -25,6 +25,11 @@ class BKTTransform final : public transform {
     void inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
     void inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
 
+    // The whole product in the scratch, so that the window's words are the true ones.
+    u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
+    u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    u64_t modulus() const override { return 0; }
+
     bool equals(const transform& other) const override;
 
   private:

@@ -6,6 +6,7 @@
 #include "foundation/fatal.hpp"
 #include "multiply/fft/fft_carry.hpp"
 #include "multiply/fft/fft_kernels.hpp"
+#include "multiply/kernels/residue.hpp"
 #include "multiply/table_holder.hpp"
 
 namespace znp {
@@ -96,11 +97,12 @@ u32_t FFT::ring_from(c32i* R, void* T) const {
     return inverse(reinterpret_cast<std::byte*>(R), T, nullptr);
 }
 
-void FFT::inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, void* scratch) const {
+u32_t FFT::inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, void* scratch) const {
     if (s > e || 32 * e > bits) invalid(L"window");
     auto* const words = static_cast<std::byte*>(scratch);
-    inverse(words, T, B);
+    const u32_t top = inverse(words, T, B);
     std::memcpy(R, words + 4 * s, 4 * (e - s));
+    return top;
 }
 
 void FFT::inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const {
@@ -109,6 +111,20 @@ void FFT::inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const 
 
 void FFT::inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
     inverse_window(R, s, e, T1, T2, scratch);
+}
+
+u64_t FFT::checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
+    return checked_fmul(R, s, e, T, T, scratch);
+}
+
+u64_t FFT::checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
+    const u32_t top = inverse_window(reinterpret_cast<c32i*>(R), 2 * s, 2 * e, T1, T2, scratch);
+    return top != 0 ? residue::sub(modulus(), 1)
+                    : residue::hash_words(static_cast<c64i*>(scratch), bits / 64);
+}
+
+u64_t FFT::modulus() const {
+    return residue::add(residue::mul_power_of_2(1, static_cast<unsigned>(bits % 61)), 1);
 }
 
 void FFT::inverse_from(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const {

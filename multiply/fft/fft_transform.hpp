@@ -38,6 +38,10 @@ class FFT final : public transform {
     void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
     void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
 
+    u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
+    u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    u64_t modulus() const override;
+
     // Undoes forward, with no pointwise step.
     void inverse_from(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const;
 
@@ -51,7 +55,7 @@ class FFT final : public transform {
     const FFTTables& tables() const;
     unsigned leaf() const { return p % 2 != 0 ? k : 2 * k; }
     u32_t inverse(std::byte* words, void* T, const void* B) const;
-    void inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, void* scratch) const;
+    u32_t inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, void* scratch) const;
 };
 
 }  // namespace znp
