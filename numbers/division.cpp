@@ -49,11 +49,11 @@ void remainder(FloatR& d, const Float& A, const Float& T, s64_t te, upL_t h) {
     const cdi topB = A.word_at(te - 1);
     const bool positive = A.raw_sign();
     if (topB == 0 && topA == ~cdi{0}) {
-        d.set_rsub(A, T, te, h + 3, positive);
+        d.set_rsub(A, T, te, h + 4, positive);
     } else if (topB == ~cdi{0} && topA == 0) {
-        d.set_rsub(T, A, te, h + 3, !positive);
+        d.set_rsub(T, A, te, h + 4, !positive);
     } else if (topA - topB + 1 <= 2) {
-        d.set_sub(A, T, h + 3);
+        d.set_sub(A, T, h + 4);
     } else {
         Console::print_error("zlm_div_t9_B(): Convergence Failure");
         Console::print_labelled_line("topA", format_printf(32, "%016lx", topA));
