@@ -1,0 +1,176 @@
+// What the tests of floating-point numbers share: integers of an independent library, exact values of floats,
+// numbers in guarded buffers, the twiddle tables.
+#pragma once
+
+#include <gmp.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <span>
+#include <vector>
+
+#include "foundation/guarded_alloc.hpp"
+#include "multiply/kernels/residue.hpp"
+#include "multiply/multiply_test_support.hpp"
+#include "multiply/table_holder.hpp"
+#include "numbers/big_float.hpp"
+#include "numbers/exact_float.hpp"
+
+namespace znp::testing {
+
+class Integer {
+  public:
+    Integer() { mpz_init(z_); }
+    Integer(s64_t x) : Integer() {  // NOLINT: numbers in expressions
+        mpz_set_si(z_, x);
+    }
+    template <class word>
+    Integer(const word* T, upL_t L) : Integer() {
+        mpz_import(z_, L, -1, sizeof(word), 0, 0, T);
+    }
+    template <class word>
+    explicit Integer(const std::vector<word>& words) : Integer(words.data(), words.size()) {}
+    Integer(const Integer& other) { mpz_init_set(z_, other.z_); }
+    Integer& operator=(const Integer& other) {
+        mpz_set(z_, other.z_);
+        return *this;
+    }
+    ~Integer() { mpz_clear(z_); }
+
+    friend Integer operator+(Integer a, const Integer& b) { return mpz_add(a.z_, a.z_, b.z_), a; }
+    friend Integer operator-(Integer a, const Integer& b) { return mpz_sub(a.z_, a.z_, b.z_), a; }
+    friend Integer operator*(Integer a, const Integer& b) { return mpz_mul(a.z_, a.z_, b.z_), a; }
+    friend Integer operator<<(Integer a, u64_t bits) { return mpz_mul_2exp(a.z_, a.z_, bits), a; }
+    // Rounded towards minus infinity.
+    friend Integer operator>>(Integer a, u64_t bits) { return mpz_fdiv_q_2exp(a.z_, a.z_, bits), a; }
+    // Modulo 2^bits, not negative.
+    Integer low_bits(u64_t bits) const {
+        Integer r;
+        mpz_fdiv_r_2exp(r.z_, z_, bits);
+        return r;
+    }
+    friend bool operator==(const Integer& a, const Integer& b) { return mpz_cmp(a.z_, b.z_) == 0; }
+    friend bool operator<(const Integer& a, const Integer& b) { return mpz_cmp(a.z_, b.z_) < 0; }
+    bool is_zero() const { return mpz_sgn(z_) == 0; }
+
+    // log2 |x|, or -infinity.
+    double log2() const {
+        long exponent = 0;
+        const double d = mpz_get_d_2exp(&exponent, z_);
+        return std::log2(std::fabs(d)) + static_cast<double>(exponent);
+    }
+    u64_t residue() const {
+        Integer r;
+        const u64_t p = residue::p;
+        mpz_fdiv_r(r.z_, z_, Integer(&p, 1).z_);
+        return mpz_get_ui(r.z_);
+    }
+
+  private:
+    mpz_t z_;
+};
+
+// The value of a float in units of B^low, which has to be at or below its exponent.
+template <class word>
+Integer value(const BigFloat<word>& x, s64_t low) {
+    const Integer mantissa(x.get_T(), x.get_L());
+    const Integer scaled =
+        x.is_zero() ? Integer(0) : mantissa << static_cast<u64_t>(x.get_exp() - low) * WordTraits<word>::bits;
+    return x.raw_sign() ? scaled : Integer(0) - scaled;
+}
+template <class word>
+Integer value(const ExactFloat<word>& x, s64_t low) {
+    return Integer(x.get_T(), x.get_L()) << static_cast<u64_t>(x.get_exp() - low) * WordTraits<word>::bits;
+}
+
+// L words, the lowest and the top one not zero; the others are random, zeros or ones.
+template <class word>
+std::vector<word> random_mantissa(upL_t L, std::mt19937_64& rng) {
+    std::vector<word> words(L);
+    const u64_t kind = rng() % 4;
+    for (word& w : words) {
+        const bool ones = kind == 1 || (kind == 2 && (rng() & 1) != 0);
+        w = ones ? static_cast<word>(~word{0}) : (kind == 2 ? word{0} : static_cast<word>(rng()));
+    }
+    if (words.back() == 0) words.back() = 1;
+    if (words.front() == 0) words.front() = 1;
+    return words;
+}
+
+template <class word>
+ExactFloat<word> exact(const std::vector<word>& words, s64_t exp) {
+    const u64_t h = residue::hash_words(words.data(), words.size());
+    const u64_t power = sizeof(word) == 8 ? residue::word_power64(exp) : residue::word_power32(exp);
+    return ExactFloat<word>(words.data(), words.size(), exp, residue::mul(h, power));
+}
+template <class word>
+BigFloat<word> big(const std::vector<word>& words, s64_t exp, bool positive = true) {
+    return BigFloat<word>(words.data(), words.size(), exp, positive);
+}
+
+// A number in a buffer of exactly `size` words between guard words.
+template <class Number, class word>
+class InBuffer {
+  public:
+    explicit InBuffer(upL_t size) : buffer_(size), x(buffer_.data(), size) {}
+
+  private:
+    GuardedWords<word> buffer_;
+
+  public:
+    Number x;
+};
+template <class word>
+using ExactIn = InBuffer<ExactFloatR<word>, word>;
+template <class word>
+using BigIn = InBuffer<BigFloatR<word>, word>;
+
+// Residue and words agree, and the number is normalised.
+template <class word>
+::testing::AssertionResult consistent(const ExactFloat<word>& x) {
+    if (x.get_L() == 0 || x.get_T()[x.get_L() - 1] == 0)
+        return ::testing::AssertionFailure() << "top word is zero";
+    if (x.hash_error() != 0) return ::testing::AssertionFailure() << "residue and words differ";
+    return ::testing::AssertionSuccess();
+}
+
+// Twiddle tables for every length that the FFT serves, built once.
+inline const TableHolder& all_tables() {
+    static constexpr u64_t limit_bits = 600000;
+    struct Tables {
+        GuardedArray<std::byte> memory = make_guarded_array<std::byte>(nullptr, table_size(limit_bits), 64);
+        TableHolder holder;
+        Tables() { build_tables(holder, limit_bits, memory.get()); }
+    };
+    static const Tables tables;
+    return tables.holder;
+}
+
+// A work buffer of exactly so many bytes between guards, with the tables.
+class Work {
+  public:
+    explicit Work(upL_t bytes) : work_(bytes) {}
+    BasicParameters bp() {
+        BasicParameters bp = work_.bp();
+        bp.holder = &all_tables();
+        return bp;
+    }
+    bool untouched() const { return work_.untouched(); }
+
+  private:
+    GuardedWork work_;
+};
+
+// The action throws BufferTooSmallException at the location, for the sizes in words.
+template <class Action>
+void expect_too_small(const char* location, upL_t needed, upL_t given, Action action) {
+    SCOPED_TRACE(location);
+    const auto e = caught<BufferTooSmallException>(action);
+    EXPECT_STREQ(e.location, location);
+    EXPECT_EQ(e.size_needed, needed);
+    EXPECT_EQ(e.size_given, given);
+}
+
+}  // namespace znp::testing
