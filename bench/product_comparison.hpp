@@ -55,7 +55,7 @@ void compare(benchmark::State& state, const Ours& ours, const Theirs& theirs) {
         const double x = batch_ns(ours, calls);
         ours_ns = std::min(ours_ns, x);
         theirs_ns = std::min(theirs_ns, batch_ns(theirs, calls));
-        state.SetIterationTime(x * 1e-9);
+        state.SetIterationTime(x * static_cast<double>(calls) * 1e-9);
     }
     state.counters["ours_ns"] = ours_ns;
     state.counters["theirs_ns"] = theirs_ns;
