@@ -1,5 +1,6 @@
 #include "multiply/bkt/basecase.hpp"
 
+#include "multiply/bkt/basecase_kernel.hpp"
 #include "multiply/bkt/basecase_reference.hpp"
 #include "multiply/kernels/word_multiply.hpp"
 
@@ -65,17 +66,37 @@ template void mulB_reference(c64i*, const c64i*, upL_t, const c64i*, upL_t);
 template void sqrB_reference(c32i*, const c32i*, upL_t);
 template void sqrB_reference(c64i*, const c64i*, upL_t);
 
+namespace {
+
+// 32-bit words in pairs: since the least significant word comes first, two of them are one 64-bit word of the
+// same memory. The 64-bit routine makes the product of all whole pairs, the odd top words add a row each.
+void mul_pairs(c32i* T, const c32i* A, upL_t La, const c32i* B, upL_t Lb) {
+    const upL_t A_even = La & ~upL_t{1};
+    const upL_t B_even = Lb & ~upL_t{1};
+    mulB_unaligned(T, A, A_even / 2, B, B_even / 2);
+    if (La != A_even) add_row(T + A_even, B, B_even, A[A_even]);
+    if (Lb != B_even) add_row(T + B_even, A, La, B[B_even]);
+}
+
+}  // namespace
+
 void sqrB(c32i* T, const c32i* A, upL_t n) {
-    sqrB_reference(T, A, n);
+    elmB(T, A, A, n);
 }
 void sqrB(c64i* T, const c64i* A, upL_t n) {
     elmB(T, A, A, n);
 }
 void elmB(c32i* T, const c32i* A, const c32i* B, upL_t n) {
-    mulB_reference(T, A, n, B, n);
+    mulB(T, A, n, B, n);
 }
 void mulB(c32i* T, const c32i* A, upL_t La, const c32i* B, upL_t Lb) {
-    mulB_reference(T, A, La, B, Lb);
+    if (La == 1) {
+        Mul1(T, B, Lb, A[0]);
+    } else if (Lb == 1) {
+        Mul1(T, A, La, B[0]);
+    } else {
+        mul_pairs(T, A, La, B, Lb);
+    }
 }
 
 }  // namespace znp::bkt

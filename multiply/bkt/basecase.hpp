@@ -2,7 +2,7 @@
 //
 // Words, least significant first; operands may have leading zero words. T never overlaps an operand and need
 // not be cleared; all 2 n or La + Lb words of it are written. Lengths are at least 1. No scratch, no
-// allocation. Cost: n^2 (La Lb) word products; the 32-bit square about half of that.
+// allocation. Cost: n^2 (La Lb) word products, of 64-bit words in both families.
 #pragma once
 
 #include "foundation/types.hpp"

@@ -16,6 +16,8 @@
 // come in pairs, in loops for any length and written out for the short equal lengths, which are most of the
 // work under Karatsuba's method.
 
+#include "multiply/bkt/basecase_kernel.hpp"
+
 #include "multiply/bkt/basecase.hpp"
 
 namespace znp::bkt {
@@ -96,10 +98,10 @@ namespace {
 
 // T[0..La + w) = A * B[0..w), or for a later strip the same plus T[0..La). Both sets start at zero; an odd
 // number of rows enters at the second row of a pair.
-#define ZNP_STRIP(w, place)                                                                            \
-    void strip_##w##_##place(c64i* T, const c64i* A, upL_t La, const c64i* B) {                        \
-        upL_t pairs = (La + 1) / 2;                                                                    \
-        upL_t skipped_bytes = 8 * (La & 1);                                                            \
+#define ZNP_STRIP(w, place)                                                                              \
+    void strip_##w##_##place(c64i* T, const c64i* A, upL_t La, const c64i* B) {                          \
+        upL_t pairs = (La + 1) / 2;                                                                      \
+        upL_t skipped_bytes = 8 * (La & 1);                                                              \
         asm volatile(                                                                                  \
             "xor %%r8d, %%r8d\n\txor %%r9d, %%r9d\n\txor %%r10d, %%r10d\n\txor %%r11d, %%r11d\n\t"     \
             "xor %%r12d, %%r12d\n\txor %%r13d, %%r13d\n\txor %%r14d, %%r14d\n\txor %%r15d, %%r15d\n\t" \
@@ -110,7 +112,7 @@ namespace {
                       "1b\n\t" ZNP_CLOSE_##w(0, S)                                                     \
             : "+D"(T), "+S"(A), "+a"(pairs), "+d"(skipped_bytes)                                       \
             : "c"(B)                                                                                   \
-            : ZNP_WORK);                                                                               \
+            : ZNP_WORK); \
     }
 ZNP_STRIP(1, first)
 ZNP_STRIP(2, first)
@@ -177,9 +179,11 @@ void mul_strips(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
 void elmB(c64i* T, const c64i* A, const c64i* B, upL_t n) {
     switch (n) {
         case 1: {
-            const u128_t P = static_cast<u128_t>(*A) * *B;
-            T[0] = static_cast<c64i>(P);
-            T[1] = static_cast<c64i>(P >> 64);
+            c64i a, b;
+            __builtin_memcpy(&a, A, sizeof a);
+            __builtin_memcpy(&b, B, sizeof b);
+            const u128_t P = static_cast<u128_t>(a) * b;
+            __builtin_memcpy(T, &P, sizeof P);
             return;
         }
         case 2:
@@ -212,6 +216,11 @@ void mulB(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     } else {
         mul_strips(T, B, Lb, A, La);
     }
+}
+
+// Nothing above reads or writes a word but through MULX, moves and copies, which take any address.
+void mulB_unaligned(void* T, const void* A, upL_t La, const void* B, upL_t Lb) {
+    mulB(static_cast<c64i*>(T), static_cast<const c64i*>(A), La, static_cast<const c64i*>(B), Lb);
 }
 
 }  // namespace znp::bkt

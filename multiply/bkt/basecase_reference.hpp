@@ -1,5 +1,5 @@
-// The plain schoolbook forms: the 32-bit routines of production use them, and the tuned kernels are tested
-// against them. Same rules as multiply/bkt/basecase.hpp.
+// The plain schoolbook forms, against which the tuned ones are tested. Same rules as
+// multiply/bkt/basecase.hpp.
 #pragma once
 
 #include "foundation/types.hpp"

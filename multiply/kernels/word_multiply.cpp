@@ -33,14 +33,8 @@ template c64i MulW_reference(c64i*, upL_t, c64i, c64i);
 void Mul1(c32i* T, const c32i* A, upL_t L, c32i w) {
     Mul1_reference(T, A, L, w);
 }
-void Mul1(c64i* T, const c64i* A, upL_t L, c64i w) {
-    Mul1_reference(T, A, L, w);
-}
 
 c32i MulW(c32i* T, upL_t L, c32i w, c32i carry) {
-    return MulW_reference(T, L, w, carry);
-}
-c64i MulW(c64i* T, upL_t L, c64i w, c64i carry) {
     return MulW_reference(T, L, w, carry);
 }
 
