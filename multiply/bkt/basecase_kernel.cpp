@@ -19,6 +19,7 @@
 #include "multiply/bkt/basecase_kernel.hpp"
 
 #include "multiply/bkt/basecase.hpp"
+#include "multiply/kernels/word_multiply.hpp"
 
 namespace znp::bkt {
 
@@ -61,8 +62,6 @@ namespace {
 #define ZNP_LOW_4(S, N) ZNP_LOW_3(S, N) ZNP_MULX(3, ZNP_##N##3) ZNP_ADC(ZNP_LOW, ZNP_##S##3)
 
 // Row j of a strip of w words: the sum moves from S to N.
-#define ZNP_ROW_1(place, j, S, N)                                                      \
-    ZNP_LOAD(j) ZNP_LOW_1(S, N) ZNP_ADC_0(ZNP_##N##0) ZNP_FINISH_##place(j, ZNP_##S##0)
 #define ZNP_ROW_2(place, j, S, N)                                                      \
     ZNP_LOAD(j) ZNP_LOW_2(S, N) ZNP_ADC_0(ZNP_##N##1) ZNP_FINISH_##place(j, ZNP_##S##0) \
     ZNP_START_##place(ZNP_##S##1, ZNP_##N##0) ZNP_ADC_0(ZNP_##N##1)
@@ -114,7 +113,6 @@ namespace {
             : "c"(B)                                                                                   \
             : ZNP_WORK); \
     }
-ZNP_STRIP(1, first)
 ZNP_STRIP(2, first)
 ZNP_STRIP(3, first)
 ZNP_STRIP(4, first)
@@ -154,6 +152,13 @@ ZNP_PRODUCT(9, ZNP_ROWS_9(3, first) ZNP_NEXT(3) ZNP_ROWS_9(3, later) ZNP_NEXT(3)
 
 // clang-format on
 
+// The first strip of one word, also where the words are not aligned.
+void mul_word(c64i* T, const c64i* A, upL_t La, const c64i* B) {
+    c64i b;
+    __builtin_memcpy(&b, B, sizeof b);
+    Mul1(T, A, La, b);
+}
+
 void mul_strips(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     upL_t done = Lb & 3;
     switch (done) {
@@ -162,7 +167,7 @@ void mul_strips(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
             done = 4;
             break;
         case 1:
-            strip_1_first(T, A, La, B);
+            mul_word(T, A, La, B);
             break;
         case 2:
             strip_2_first(T, A, La, B);
@@ -218,7 +223,7 @@ void mulB(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     }
 }
 
-// Nothing above reads or writes a word but through MULX, moves and copies, which take any address.
+// Nothing above (Mul1 included) reads or writes words but by instructions and copies that take any address.
 void mulB_unaligned(void* T, const void* A, upL_t La, const void* B, upL_t Lb) {
     mulB(static_cast<c64i*>(T), static_cast<const c64i*>(A), La, static_cast<const c64i*>(B), Lb);
 }

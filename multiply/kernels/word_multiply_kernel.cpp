@@ -52,7 +52,8 @@ ZNP_INLINE c64i mul_chain(c64i* T, const c64i* A, upL_t L, c64i w, c64i carry) {
 }  // namespace
 
 void Mul1(c64i* T, const c64i* A, upL_t L, c64i w) {
-    T[L] = mul_chain(T, A, L, w, 0);
+    const c64i top = mul_chain(T, A, L, w, 0);
+    __builtin_memcpy(T + L, &top, sizeof top);  // the 32-bit basecase comes with pairs of its words
 }
 
 c64i MulW(c64i* T, upL_t L, c64i w, c64i carry) {
