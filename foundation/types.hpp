@@ -20,6 +20,7 @@ using u64_t = std::uint64_t;
 using s32_t = std::int32_t;
 using s64_t = std::int64_t;
 __extension__ using u128_t = unsigned __int128;
+__extension__ using s128_t = __int128;
 
 using upL_t = std::uint64_t;
 using ufL_t = std::uint64_t;
@@ -34,7 +35,8 @@ struct WordTraits;
 
 template <>
 struct WordTraits<c32i> {
-    using wide = u64_t;  // holds the product of two words
+    using wide = u64_t;         // holds the product of two words
+    using accumulator = s64_t;  // signed: holds sums of a few words and their carry or borrow
     static constexpr unsigned bits = 32;
     static constexpr const char* name = "c32i";
     static constexpr const char* title = "32-bit Word";
@@ -44,6 +46,7 @@ struct WordTraits<c32i> {
 template <>
 struct WordTraits<c64i> {
     using wide = u128_t;
+    using accumulator = s128_t;
     static constexpr unsigned bits = 64;
     static constexpr const char* name = "c64i";
     static constexpr const char* title = "64-bit Word";

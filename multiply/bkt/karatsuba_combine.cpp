@@ -4,23 +4,6 @@
 
 namespace znp::bkt {
 
-namespace {
-
-__extension__ using s128_t = __int128;
-
-template <class word>
-struct Accumulator;
-template <>
-struct Accumulator<c32i> {
-    using type = s64_t;
-};
-template <>
-struct Accumulator<c64i> {
-    using type = s128_t;
-};
-
-}  // namespace
-
 // With L = L1 B^h + L0 the lower and U = U1 B^h + U0 the upper product, the words from h on become
 //
 //     L1 + U0 + L0 -+ M0      at h
@@ -32,7 +15,7 @@ struct Accumulator<c64i> {
 // h - 2 if n is odd.
 template <class word>
 void combine_reference(word* T, const word* M, upL_t n, bool subtract) {
-    using accumulator = typename Accumulator<word>::type;
+    using accumulator = typename WordTraits<word>::accumulator;
     constexpr unsigned bits = WordTraits<word>::bits;
     const upL_t h = (n + 1) / 2;
     const upL_t U1_length = 2 * n - 3 * h;

@@ -2,26 +2,10 @@
 
 namespace znp::ADDv2 {
 
-namespace {
-
-__extension__ using s128_t = __int128;
-
 // Carries and borrows travel in a signed accumulator of twice the word's width: each step shifts it down by
 // a word, arithmetically, and adds the step's terms.
 template <class word>
-struct Accumulator;
-template <>
-struct Accumulator<c32i> {
-    using type = s64_t;
-};
-template <>
-struct Accumulator<c64i> {
-    using type = s128_t;
-};
-template <class word>
-using accumulator = typename Accumulator<word>::type;
-
-}  // namespace
+using accumulator = typename WordTraits<word>::accumulator;
 
 template <class word>
 bool cmp_halves_reference(const word* A, upL_t La, const word* B, upL_t Lb) {

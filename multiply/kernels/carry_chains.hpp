@@ -18,7 +18,7 @@ bool cmp_halves(const c64i* A, upL_t La, const c64i* B, upL_t Lb);
 void sub_halves(c32i* D, const c32i* A, upL_t n, bool lower_ge);
 void sub_halves(c64i* D, const c64i* A, upL_t n, bool lower_ge);
 
-// The same for two numbers of equal length in one loop.
+// The same for two numbers of equal length.
 void sub_halves2(c32i* D, const c32i* A, bool A_ge, c32i* E, const c32i* B, bool B_ge, upL_t n);
 void sub_halves2(c64i* D, const c64i* A, bool A_ge, c64i* E, const c64i* B, bool B_ge, upL_t n);
 

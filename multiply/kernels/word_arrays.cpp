@@ -17,14 +17,14 @@ bool sub_words(c64i* T, const c64i* A, const c64i* B, upL_t L, bool borrow) {
 bool add_words(c32i* T, const c32i* A, const c32i* B, upL_t L, bool carry) {
     carry = add_loop(T, A, B, L / 2, carry);
     if (L % 2 == 0) return carry;
-    const u64_t sum = u64_t{A[L - 1]} + B[L - 1] + (carry ? 1 : 0);
+    const u64_t sum = u64_t{A[L - 1]} + B[L - 1] + u64_t{carry};
     T[L - 1] = static_cast<c32i>(sum);
     return sum >> 32 != 0;
 }
 bool sub_words(c32i* T, const c32i* A, const c32i* B, upL_t L, bool borrow) {
     borrow = sub_loop(T, A, B, L / 2, borrow);
     if (L % 2 == 0) return borrow;
-    const u64_t difference = u64_t{A[L - 1]} - B[L - 1] - (borrow ? 1 : 0);
+    const u64_t difference = u64_t{A[L - 1]} - B[L - 1] - u64_t{borrow};
     T[L - 1] = static_cast<c32i>(difference);
     return difference >> 32 != 0;
 }
