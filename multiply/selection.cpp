@@ -67,10 +67,6 @@ constexpr upL_t report_limit<c32i> = 18685845533793;
 template <>
 constexpr upL_t report_limit<c64i> = 9342922766896;
 
-std::string right_aligned(std::string text, std::size_t width) {
-    return std::string(width - std::min(width, text.size()), ' ') + text;
-}
-
 std::string with_commas(u64_t value) {
     return Console::format_int(value, Console::IntFormat::commas);
 }
@@ -134,8 +130,10 @@ void print_convolution_table() {
     for (const ConvolutionRow<word>& row : memory_table<word>()) {
         const upL_t shown = std::min(row.max_words, report_limit<word>);
         const auto digits = static_cast<u64_t>(static_cast<double>(shown) * digits_per_word);
-        Console::print(right_aligned(with_commas(shown), 20) + " / " +
-                       right_aligned(with_commas(digits), 22) + "  -  ");
+        Console::print_padded_left(20, with_commas(shown));
+        Console::print(" / ");
+        Console::print_padded_left(22, with_commas(digits));
+        Console::print("  -  ");
         Console::print_padded(7, row.algorithm->table_name);
         Console::println(row.algorithm->table_long_name);
     }
