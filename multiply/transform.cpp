@@ -22,8 +22,8 @@ struct WorkAreas {
     fail(zn_exception(error_code::unspecified, "The algorithm's results cannot be verified.", t.name()));
 }
 
-// 64-bit words as pairs of 32-bit ones, which are the same bytes on a little-endian machine. The steps move
-// them in blocks of bytes or vectors, behind a virtual call.
+// 64-bit words as pairs of 32-bit ones, which are the same bytes on a little-endian machine. The pointer only
+// hands on an address: the steps below use no object of type c32i behind it.
 const c32i* halves(const c64i* A) {
     return reinterpret_cast<const c32i*>(A);
 }

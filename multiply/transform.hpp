@@ -51,8 +51,9 @@ class transform {
     virtual void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const = 0;
     virtual void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const = 0;
 
-    // 64-bit words: by default the 32-bit forms at twice the length. A class that keeps the default brings
-    // these names into its scope with using-declarations.
+    // 64-bit words: by default the 32-bit forms at twice the length, on the same memory. A class that keeps
+    // the default therefore reads and writes words as bytes (by copies or vectors) and never as objects of
+    // type c32i, which its operands may not be. It brings these names into its scope with using-declarations.
     virtual void forward(void* image, const c64i* A, upL_t L, void* scratch) const;
     virtual void inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const;
     virtual void inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const;
