@@ -194,6 +194,19 @@ TEST(Residue, HashWords64SameAsReference) {
     expect_same_hash<c64i>(hash_words64, hash_words64_reference);
 }
 
+// The lanes' sums of halves, which are the largest where all halves are, up to whole blocks of 640 words, and
+// the scale of every number of steps modulo 61.
+TEST(Residue, HashOfTheLargestWordsSameAsReference) {
+    for (const c64i pattern : {all_ones, all_ones << 32, all_ones >> 32, p, p << 3, c64i{1} << 63}) {
+        const std::vector<c64i> T(20 * 130 + 19, pattern);
+        for (upL_t steps = 25; steps <= 130; steps++) {
+            const upL_t L = 20 * steps + steps % 20;
+            const u64_t seed = all_ones - steps;
+            ASSERT_EQ(hash_words64(T.data(), L, seed), hash_words64_reference(T.data(), L, seed)) << L;
+        }
+    }
+}
+
 TEST(Residue, HashWordsAgainstGmp) {
     auto rng = testing::make_rng(6);
     for (const upL_t L : {1u, 2u, 19u, 20u, 21u, 640u, 641u, 1280u, 5000u, 12345u}) {
