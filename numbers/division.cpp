@@ -28,6 +28,9 @@ constexpr upL_t remainder_words(upL_t h) {
 constexpr upL_t correction_words(upL_t h) {
     return h + 3;
 }
+constexpr upL_t step_words(upL_t h) {
+    return quotient_words(h) + remainder_words(h) + correction_words(h);
+}
 constexpr upL_t transform_words(upL_t p) {
     return p + 9;
 }
@@ -67,14 +70,51 @@ void remainder(FloatR& d, const Float& A, const Float& T, s64_t te, upL_t h) {
 upL_t div_scratch_words(upL_t p) {
     if (p <= division_t9) return reciprocal_words(p) + rcp_scratch_words(p);
     const upL_t h = half_precision(p);
-    return reciprocal_words(h) +
-           std::max(rcp_scratch_words(h), quotient_words(h) + remainder_words(h) + correction_words(h));
+    return reciprocal_words(h) + std::max(rcp_scratch_words(h), step_words(h));
 }
 
 upL_t div_work_bytes(upL_t p, u64_t threads) {
     const upL_t P = std::max(p, division_t9);
     return std::max(work_bytes_for<cdi>(transform_words(P), threads),
                     work_bytes_for<cdi>(2 * P + 8, threads));
+}
+
+void div_step(const BasicParameters& bp, const transform& algorithm, FloatR& Q, const Float& A,
+              const Float& B, const Float& r, upL_t p, Scratch scratch, StatusLine* status) {
+    const upL_t h = half_precision(p);
+    FloatR y0 = scratch.take(quotient_words(h));
+    FloatR d = scratch.take(remainder_words(h));
+    FloatR c = scratch.take(correction_words(h));
+
+    show_step(status, " - 0M - ", h);
+    y0.set_mul(bp, A.top_words(p), r, h);
+
+    show_step(status, " - 1M - ", h);
+    const s64_t te = std::min(A.get_mag() - static_cast<s64_t>(h) + 3, A.get_mag());
+    const TransformHelper helper(bp, algorithm);
+    FloatR& T = Q;
+    ProductCheck product(y0, B.top_words(p));
+    {
+        Float::Transform Y0(y0, helper.scratch, algorithm, helper.T2, h);
+        const Float::Transform divisor(B, helper.scratch, algorithm, helper.T1, p);
+        product.whole = T.set_checked_fmul(helper.scratch, Y0, divisor, te, p);
+    }
+    Float low_A = A;
+    low_A.truncate_top(te);
+    remainder(d, low_A, T, te, h);
+    // A and the product differ below te only, but for a carry into what lies above.
+    const u64_t known = residue_from(A, product.wrap_position(algorithm));
+    if (!product.holds(algorithm, known, 1)) fail_residue(residue_text, failed);
+
+    show_step(status, " - 2M - ", h);
+    if (!d.is_zero()) {
+        product = ProductCheck(d, r);
+        Float::Transform D(d, helper.scratch, algorithm, helper.T2, h + 3);
+        const Float::Transform R(r, helper.scratch, algorithm, helper.T1, h);
+        product.whole = c.set_checked_fmul(helper.scratch, D, R, D.mag + R.mag, h + 1);
+        if (!product.holds(algorithm)) fail_residue(residue_text, failed);
+    }
+    Q.set_add(y0, c, p + 1);
 }
 
 void zlp_div_t9_B(const BasicParameters& bp, FloatR& Q, const Float& A, const Float& B, upL_t p,
@@ -86,48 +126,12 @@ void zlp_div_t9_B(const BasicParameters& bp, FloatR& Q, const Float& A, const Fl
         zlb_rcp_E(bp, r, B, p, scratch);
         return Q.set_mul(bp, A.top_words(p), r, p + 1);
     }
-
     const upL_t h = half_precision(p);
-    FloatR r_words = scratch.take(reciprocal_words(h));
-    zlp_rcp_B(bp, r_words, B, h, scratch, status);
-    const Float r = r_words.top_words(h);
-    FloatR y0 = scratch.take(quotient_words(h));
-    FloatR d = scratch.take(remainder_words(h));
-    FloatR c = scratch.take(correction_words(h));
-
-    show_step(status, " - 0M - ", h);
-    y0.set_mul(bp, A.top_words(p), r, h);
-
-    show_step(status, " - 1M - ", h);
-    const s64_t te = std::min(A.get_mag() - static_cast<s64_t>(h) + 3, A.get_mag());
-    FloatR& T = Q;
-    bool right = false;
-    {
-        TransformSlot slot;
-        const TransformHelper helper(bp, make_transform<cdi>(bp, slot, transform_words(p)));
-        Float::Transform Y0(y0, helper.scratch, helper.algorithm, helper.T2, h);
-        const Float::Transform divisor(B, helper.scratch, helper.algorithm, helper.T1, p);
-        ProductCheck product(y0, B.top_words(p));
-        product.whole = T.set_checked_fmul(helper.scratch, Y0, divisor, te, p);
-        // A and the product differ below te only, but for a carry into what lies above.
-        right = product.holds(helper.algorithm, residue_from(A, product.wrap_position(helper.algorithm)), 1);
-    }
-    Float low_A = A;
-    low_A.truncate_top(te);
-    remainder(d, low_A, T, te, h);
-    if (!right) fail_residue(residue_text, failed);
-
-    show_step(status, " - 2M - ", h);
-    if (!d.is_zero()) {
-        TransformSlot slot;
-        const TransformHelper helper(bp, make_transform<cdi>(bp, slot, d.get_L() + r.get_L()));
-        Float::Transform D(d, helper.scratch, helper.algorithm, helper.T2, h + 3);
-        const Float::Transform R(r, helper.scratch, helper.algorithm, helper.T1, h);
-        ProductCheck product(d, r);
-        product.whole = c.set_checked_fmul(helper.scratch, D, R, D.mag + R.mag, h + 1);
-        if (!product.holds(helper.algorithm)) fail_residue(residue_text, failed);
-    }
-    Q.set_add(y0, c, p + 1);
+    FloatR r = scratch.take(reciprocal_words(h));
+    zlp_rcp_B(bp, r, B, h, scratch, status);
+    TransformSlot slot;
+    const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
+    div_step(bp, algorithm, Q, A, B, r.top_words(h), p, scratch, status);
 }
 
 }  // namespace znp

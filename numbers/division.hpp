@@ -16,6 +16,12 @@ inline constexpr upL_t division_t9 = newton::small_precision;
 void zlp_div_t9_B(const BasicParameters& bp, newton::FloatR& Q, const newton::Float& A,
                   const newton::Float& B, upL_t p, newton::Scratch scratch, StatusLine* status = nullptr);
 
+// What follows the reciprocal in a division, p above 9: r is 1/B to h = (p + 1) / 2 words, at most h + 2
+// long; a transform of at least p + 9 words. scratch: 3 h + 10 words.
+void div_step(const BasicParameters& bp, const transform& algorithm, newton::FloatR& Q,
+              const newton::Float& A, const newton::Float& B, const newton::Float& r, upL_t p,
+              newton::Scratch scratch, StatusLine* status = nullptr);
+
 // Words of scratch, exactly; bytes of work buffer.
 upL_t div_scratch_words(upL_t p);
 upL_t div_work_bytes(upL_t p, u64_t threads);

@@ -115,34 +115,25 @@ int zlm_invsqrt_udw_E(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Sc
 }
 
 upL_t invsqrt_work_bytes(upL_t p, u64_t threads) {
-    return work_bytes_for<cdi>(transform_words(std::max(p, small_precision)), threads);
+    return work_bytes_for<cdi>(std::max(transform_words(p), small_product), threads);
 }
 
-int zlp_invsqrt_udw_B(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Scratch scratch,
-                      StatusLine* status) {
-    if (p <= small_precision) return zlm_invsqrt_udw_E(bp, y, x, p, scratch);
-
+int invsqrt_step(const BasicParameters& bp, const transform& algorithm, FloatR& y, u64_t x, const Float& y0,
+                 upL_t p, Scratch scratch, StatusLine* status) {
     const upL_t h = half_precision(p);
-    require_scratch(scratch, step_words(h), "zlm_invsqrt_udw_B(): Insufficient Allocated Space - PL");
-    FloatR y0_words = scratch.take(half_words(h));
-    if (const int result = zlp_invsqrt_udw_B(bp, y0_words, x, h, scratch, status); result != 0) return result;
-    const Float y0 = y0_words.top_words(h);
-    FloatR c = scratch.take(correction_words(h));
     const s64_t te = std::min<s64_t>(y0.get_exp() + 2, 0);
+    FloatR c = scratch.take(correction_words(h));
 
     show_step(status, " - 0S - ", h);
-    TransformSlot slot;
-    const TransformHelper helper(bp, make_transform<cdi>(bp, slot, transform_words(p)));
-    const Float::Transform Y0(y0, helper.scratch, helper.algorithm, helper.T2, h);
+    const TransformHelper helper(bp, algorithm);
+    const Float::Transform Y0(y0, helper.scratch, algorithm, helper.T2, h);
     FloatR& T = y;
-    bool right = false;
+    ProductCheck product(y0, y0);
     {
         Float::Transform square = Y0;  // the inverse consumes its image
-        std::memcpy(helper.T1, helper.T2, helper.algorithm.transform_bytes);
+        std::memcpy(helper.T1, helper.T2, algorithm.transform_bytes);
         square.image = helper.T1;
-        ProductCheck product(y0, y0);
         product.whole = T.set_checked_fsqr(helper.scratch, square, te, p);
-        right = product.holds(helper.algorithm);
     }
     T.mul_uW(x);
     const cdi top = T.word_at(te - 1);
@@ -158,7 +149,7 @@ int zlp_invsqrt_udw_B(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Sc
                                       : "zlm_invsqrt_udw_B(): Over-Estimate -> Convergence Failure",
                                 T.get_mag(), h);
     }
-    if (!right) return failed_residue();
+    if (!product.holds(algorithm)) return failed_residue();
     if (T.is_zero()) {
         y.set_gfp(y0, p);
         return 0;
@@ -166,14 +157,24 @@ int zlp_invsqrt_udw_B(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Sc
 
     show_step(status, under ? " - U1M - " : " - O1M - ", h);
     halve(T);
-    {
-        Float::Transform E(T, helper.scratch, helper.algorithm, helper.T1, h + 1);
-        ProductCheck product(T.top_words(h + 1), y0);
-        product.whole = c.set_checked_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
-        if (!product.holds(helper.algorithm)) return failed_residue();
-    }
+    product = ProductCheck(T.top_words(h + 1), y0);
+    Float::Transform E(T, helper.scratch, algorithm, helper.T1, h + 1);
+    product.whole = c.set_checked_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
+    if (!product.holds(algorithm)) return failed_residue();
     correct(y, y0, c, under, p);
     return 0;
+}
+
+int zlp_invsqrt_udw_B(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Scratch scratch,
+                      StatusLine* status) {
+    if (p <= small_precision) return zlm_invsqrt_udw_E(bp, y, x, p, scratch);
+    const upL_t h = half_precision(p);
+    require_scratch(scratch, step_words(h), "zlm_invsqrt_udw_B(): Insufficient Allocated Space - PL");
+    FloatR y0 = scratch.take(half_words(h));
+    if (const int result = zlp_invsqrt_udw_B(bp, y0, x, h, scratch, status); result != 0) return result;
+    TransformSlot slot;
+    const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
+    return invsqrt_step(bp, algorithm, y, x, y0.top_words(h), p, scratch, status);
 }
 
 }  // namespace znp

@@ -15,6 +15,12 @@ namespace znp {
 [[nodiscard]] int zlp_invsqrt_udw_B(const BasicParameters& bp, newton::FloatR& y, u64_t x, upL_t p,
                                     newton::Scratch scratch, StatusLine* status = nullptr);
 
+// The last step of zlp_invsqrt_udw_B, p above 9: from y0, the value to h = (p + 1) / 2 words, at most h + 2
+// long, by a transform of at least p + 6 words. scratch: h + 3 words.
+[[nodiscard]] int invsqrt_step(const BasicParameters& bp, const transform& algorithm, newton::FloatR& y,
+                               u64_t x, const newton::Float& y0, upL_t p, newton::Scratch scratch,
+                               StatusLine* status = nullptr);
+
 // Words of scratch for either, exactly.
 upL_t invsqrt_scratch_words(upL_t p);
 // Bytes of work buffer for either.

@@ -25,6 +25,9 @@ using FloatR = BigFloatR<cdi>;
 // From this precision down the small routines serve.
 inline constexpr upL_t small_precision = 9;
 
+// The longest product that they make, in words: a bound for the work buffer.
+inline constexpr upL_t small_product = 20;
+
 // The precision of the recursive call.
 constexpr upL_t half_precision(upL_t p) {
     return p <= 2 ? p - 1 : (p + 1) >> 1;

@@ -65,7 +65,7 @@ void zlb_rcp_E(const BasicParameters& bp, FloatR& y, const Float& x, upL_t p, Sc
     FloatR c = scratch.take(correction_words(h));
 
     FloatR& T = y;  // y's buffer is free until the end
-    T.set_mul(bp, x.top_words(p), y0, p);
+    T.set_mul(bp, x.top_words(p), y0, p + 1);
     const cdi top = T.word_at(0);
     if (top == 1) {
         T.truncate_top(0);
@@ -90,37 +90,29 @@ void zlb_rcp_E(const BasicParameters& bp, FloatR& y, const Float& x, upL_t p, Sc
 }
 
 upL_t rcp_work_bytes(upL_t p, u64_t threads) {
-    return work_bytes_for<cdi>(transform_words(std::max(p, small_precision)), threads);
+    return work_bytes_for<cdi>(std::max(transform_words(p), small_product), threads);
 }
 
-void zlp_rcp_B(const BasicParameters& bp, FloatR& y, const Float& x, upL_t p, Scratch scratch,
-               StatusLine* status) {
-    if (p <= small_precision) return zlb_rcp_E(bp, y, x, p, scratch);
+void rcp_step(const BasicParameters& bp, const transform& algorithm, FloatR& y, const Float& x,
+              const Float& y0, upL_t p, Scratch scratch, StatusLine* status) {
     constexpr const char* failed = "zlp_rcp_B(): Computation Failed";
     constexpr const char* residue_text = "zlp_rcp_B(): Residue Check Failure";
-
     const upL_t h = half_precision(p);
     const s64_t te = 2 - static_cast<s64_t>(h);
-    require_scratch(scratch, step_words(h), "zlp_rcp_B(): Insufficient Allocated Space - PL");
-    FloatR half = scratch.take(half_words(h));
-    zlp_rcp_B(bp, half, x, h, scratch, status);
-    const Float y0 = half.top_words(h);
     FloatR c = scratch.take(correction_words(h));
 
     show_step(status, " - 0M - ", h);
-    TransformSlot slot;
-    const TransformHelper helper(bp, make_transform<cdi>(bp, slot, transform_words(p)));
-    const Float::Transform Y0(y0, helper.scratch, helper.algorithm, helper.T2, h);
+    const TransformHelper helper(bp, algorithm);
+    const Float::Transform Y0(y0, helper.scratch, algorithm, helper.T2, h);
     FloatR& T = y;
     ProductCheck product(x.top_words(p), y0);
     {
-        Float::Transform X(x, helper.scratch, helper.algorithm, helper.T1, p);
+        Float::Transform X(x, helper.scratch, algorithm, helper.T1, p);
         product.whole = T.set_checked_fmul(helper.scratch, X, Y0, te, p);
     }
     const cdi top = T.word_at(te - 1);
     const bool under = top >= ~cdi{0} - 1;
-    const u64_t known = near_one_residue(product.wrap_position(helper.algorithm), under);
-    const bool right = product.holds(helper.algorithm, known);
+    const bool right = product.holds(algorithm, near_one_residue(product.wrap_position(algorithm), under));
     if (under) {
         complement(T, te, h, "zlp_rcp_B(): strip_l1s() resulted in zero.",
                    "zlp_rcp_B(): Under-Estimate -> Convergence Failure", failed);
@@ -136,18 +128,28 @@ void zlp_rcp_B(const BasicParameters& bp, FloatR& y, const Float& x, upL_t p, Sc
     if (T.is_zero()) return y.set_gfp(y0, p);
 
     show_step(status, under ? " - U1M - " : " - O1M - ", h);
-    {
-        Float::Transform E(T, helper.scratch, helper.algorithm, helper.T1, h + 1);
-        product = ProductCheck(T.top_words(h + 1), y0);
-        product.whole = c.set_checked_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
-        if (!product.holds(helper.algorithm)) fail_residue(residue_text, failed);
-    }
+    product = ProductCheck(T.top_words(h + 1), y0);
+    Float::Transform E(T, helper.scratch, algorithm, helper.T1, h + 1);
+    product.whole = c.set_checked_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
+    if (!product.holds(algorithm)) fail_residue(residue_text, failed);
     if (under) {
         y.set_add(y0, c, p + 1);
     } else {
         y.set_sub(y0, c, p + 1);
     }
     perturb(y, p);
+}
+
+void zlp_rcp_B(const BasicParameters& bp, FloatR& y, const Float& x, upL_t p, Scratch scratch,
+               StatusLine* status) {
+    if (p <= small_precision) return zlb_rcp_E(bp, y, x, p, scratch);
+    const upL_t h = half_precision(p);
+    require_scratch(scratch, step_words(h), "zlp_rcp_B(): Insufficient Allocated Space - PL");
+    FloatR half = scratch.take(half_words(h));
+    zlp_rcp_B(bp, half, x, h, scratch, status);
+    TransformSlot slot;
+    const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
+    rcp_step(bp, algorithm, y, x, half.top_words(h), p, scratch, status);
 }
 
 }  // namespace znp

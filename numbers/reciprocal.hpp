@@ -17,6 +17,12 @@ void zlb_rcp_E(const BasicParameters& bp, newton::FloatR& y, const newton::Float
 void zlp_rcp_B(const BasicParameters& bp, newton::FloatR& y, const newton::Float& x, upL_t p,
                newton::Scratch scratch, StatusLine* status = nullptr);
 
+// The last step of zlp_rcp_B, p above 9: from y0, 1/x to h = (p + 1) / 2 words, at most h + 2 long, by a
+// transform of at least p + 8 words. scratch: h + 3 words.
+void rcp_step(const BasicParameters& bp, const transform& algorithm, newton::FloatR& y,
+              const newton::Float& x, const newton::Float& y0, upL_t p, newton::Scratch scratch,
+              StatusLine* status = nullptr);
+
 // Words of scratch for either, exactly.
 upL_t rcp_scratch_words(upL_t p);
 // Bytes of work buffer for either.

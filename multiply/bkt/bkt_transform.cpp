@@ -62,6 +62,7 @@ void BKTTransform::forward(void* image, const c64i* A, upL_t L, void*) const {
 void BKTTransform::inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
     check_length(e);
     const Image A(T);
+    check_length(A.L);
     const upL_t n = 2 * A.L;
     e = clear_above(R, s, e, n);
     if (s == e) return;
@@ -77,6 +78,7 @@ void BKTTransform::inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void*
     check_length(e);
     const Image A(T1);
     const Image B(T2);
+    check_length(std::max(A.L, B.L));
     const upL_t n = A.L == 0 || B.L == 0 ? 0 : A.L + B.L;
     e = clear_above(R, s, e, n);
     if (s == e) return;
@@ -96,12 +98,16 @@ u64_t BKTTransform::checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void
     check_length(e);
     const Image A(T1);
     const Image B(T2);
+    check_length(std::max(A.L, B.L));
     const upL_t n = A.L == 0 || B.L == 0 ? 0 : A.L + B.L;
     auto* product = static_cast<c64i*>(scratch);
     if (n != 0) bkt::mul(A.words, A.L, B.words, B.L, product, product + n);
     e = clear_above(R, s, e, n);
-    std::copy(product + std::min(s, e), product + e, R);
-    return residue::hash_words(product, n);
+    s = std::min(s, e);
+    std::copy(product + s, product + e, R);
+    u64_t hash = residue::hash_words(product + e, n - e);
+    hash = residue::hash_words(R, e - s, hash);  // the words as they arrived
+    return residue::hash_words(product, s, hash);
 }
 
 void BKTTransform::forward(void*, const c32i*, upL_t, void*) const {

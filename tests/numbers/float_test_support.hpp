@@ -11,6 +11,7 @@
 #include <span>
 #include <vector>
 
+#include "foundation/exceptions.hpp"
 #include "foundation/guarded_alloc.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "multiply/multiply_test_support.hpp"
