@@ -34,21 +34,25 @@ ZNP_INLINE DigitBlock root_step(const double* x, upL_t quarter, __m256d scale) {
             {round(a.i, scale), round(b.i, scale), round(c.i, scale), round(d.i, scale)}};
 }
 
+// The low bytes (2, 4, 6 or 8) of a lane.
 ZNP_INLINE void put(std::byte* p, u64_t value, unsigned bytes) {
-    if (bytes == 8)
-        __builtin_memcpy(p, &value, 8);
-    else {
-        if (bytes >= 4) __builtin_memcpy(p, &value, 4);
-        if (bytes == 2) __builtin_memcpy(p, &value, 2);
-        if (bytes == 6) {
-            const u64_t top = value >> 32;
-            __builtin_memcpy(p + 4, &top, 2);
-        }
-    }
+    const u32_t low = static_cast<u32_t>(value);
+    const u32_t top = static_cast<u32_t>(value >> 32);
+    if (bytes >= 4) __builtin_memcpy(p, &low, 4);
+    if (bytes == 2) __builtin_memcpy(p, &low, 2);
+    if (bytes == 6) __builtin_memcpy(p + 4, &top, 2);
 }
 
+// One word, or the beginning of one, of each of four streams.
 ZNP_INLINE void put4(std::byte* p, upL_t stream, __m256i words, unsigned bytes) {
     const __m128i low = _mm256_castsi256_si128(words), high = _mm256_extracti128_si256(words, 1);
+    if (bytes == 8) {
+        _mm_storel_pd(reinterpret_cast<double*>(p), _mm_castsi128_pd(low));
+        _mm_storeh_pd(reinterpret_cast<double*>(p + stream), _mm_castsi128_pd(low));
+        _mm_storel_pd(reinterpret_cast<double*>(p + 2 * stream), _mm_castsi128_pd(high));
+        _mm_storeh_pd(reinterpret_cast<double*>(p + 3 * stream), _mm_castsi128_pd(high));
+        return;
+    }
     put(p, static_cast<u64_t>(_mm_cvtsi128_si64(low)), bytes);
     put(p + stream, static_cast<u64_t>(_mm_extract_epi64(low, 1)), bytes);
     put(p + 2 * stream, static_cast<u64_t>(_mm_cvtsi128_si64(high)), bytes);
