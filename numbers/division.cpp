@@ -23,7 +23,7 @@ constexpr upL_t quotient_words(upL_t h) {
     return h + 2;
 }
 constexpr upL_t remainder_words(upL_t h) {
-    return h + 5;
+    return h + 6;
 }
 constexpr upL_t correction_words(upL_t h) {
     return h + 3;
@@ -46,11 +46,11 @@ u64_t residue_from(const Float& A, s64_t position) {
     return residue::mul(words, residue::word_power64(low - position));
 }
 
-// d = A - y0 B from A's words and the product's below te. The two agree there but for a borrow from below.
-void remainder(FloatR& d, const Float& A, const Float& T, s64_t te, upL_t h) {
+// d = A - y0 B from the words below te of A, whose sign is given, and of the product. The two agree above but
+// for a borrow from below.
+void remainder(FloatR& d, const Float& A, const Float& T, bool positive, s64_t te, upL_t h) {
     const cdi topA = T.word_at(te - 1);
     const cdi topB = A.word_at(te - 1);
-    const bool positive = A.raw_sign();
     if (topB == 0 && topA == ~cdi{0}) {
         d.set_rsub(A, T, te, h + 4, positive);
     } else if (topB == ~cdi{0} && topA == 0) {
@@ -101,7 +101,7 @@ void div_step(const BasicParameters& bp, const transform& algorithm, FloatR& Q, 
     }
     Float low_A = A;
     low_A.truncate_top(te);
-    remainder(d, low_A, T, te, h);
+    remainder(d, low_A, T, A.raw_sign(), te, h);
     // A and the product differ below te only, but for a carry into what lies above.
     const u64_t known = residue_from(A, product.wrap_position(algorithm));
     if (!product.holds(algorithm, known, 1)) fail_residue(residue_text, failed);
@@ -109,7 +109,7 @@ void div_step(const BasicParameters& bp, const transform& algorithm, FloatR& Q, 
     show_step(status, " - 2M - ", h);
     if (!d.is_zero()) {
         product = ProductCheck(d, r);
-        Float::Transform D(d, helper.scratch, algorithm, helper.T2, h + 3);
+        Float::Transform D(d, helper.scratch, algorithm, helper.T2, h + 4);
         const Float::Transform R(r, helper.scratch, algorithm, helper.T1, h);
         product.whole = c.set_checked_fmul(helper.scratch, D, R, D.mag + R.mag, h + 1);
         if (!product.holds(algorithm)) fail_residue(residue_text, failed);

@@ -17,7 +17,7 @@ void zlp_div_t9_B(const BasicParameters& bp, newton::FloatR& Q, const newton::Fl
                   const newton::Float& B, upL_t p, newton::Scratch scratch, StatusLine* status = nullptr);
 
 // What follows the reciprocal in a division, p above 9: r is 1/B to h = (p + 1) / 2 words, at most h + 2
-// long; a transform of at least p + 9 words. scratch: 3 h + 10 words.
+// long; a transform of at least p + 9 words. scratch: 3 h + 11 words.
 void div_step(const BasicParameters& bp, const transform& algorithm, newton::FloatR& Q,
               const newton::Float& A, const newton::Float& B, const newton::Float& r, upL_t p,
               newton::Scratch scratch, StatusLine* status = nullptr);
