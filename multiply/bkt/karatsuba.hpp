@@ -8,7 +8,8 @@
 
 namespace znp::bkt {
 
-// Lengths in words from which an operation splits. Read on each call; settable.
+// Lengths in words from which an operation splits, at least 2. Read on each call; settable. A 64-bit square
+// also looks at kar_mul_c64i: it splits further only if its upper half has that length.
 extern upL_t kar_sqr_c32i;
 extern upL_t kar_mul_c32i;
 extern upL_t kar_sqr_c64i;
@@ -21,7 +22,8 @@ void elm(const c64i* A, const c64i* B, upL_t n, c64i* T, c64i* S);
 void mul(const c32i* A, upL_t La, const c32i* B, upL_t Lb, c32i* T, c32i* S);
 void mul(const c64i* A, upL_t La, const c64i* B, upL_t Lb, c64i* T, c64i* S);
 
-// Bytes of scratch of the three above.
+// Bytes of scratch of the three above, at the present thresholds: for every level the product of the
+// differences, and in mul besides a product of twice the shorter length.
 template <class word>
 upL_t sqr_bytes(upL_t n);
 template <class word>
