@@ -1,5 +1,6 @@
 #include "foundation/strings.hpp"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "shell/console.hpp"
@@ -63,27 +64,30 @@ std::string format_printf(upL_t size, const char* format, ...) {
     return text;
 }
 
-u64_t parse_u64(std::string_view text) {
+u64_t take_u64(std::string_view& text) {
     u64_t value = 0;
-    for (const char c : text) {
-        if (!is_decimal_digit(c)) break;
-        value = value * 10 + static_cast<u64_t>(c - '0');
+    upL_t i = 0;
+    for (; i < text.size() && is_decimal_digit(text[i]); ++i) {
+        value = value * 10 + static_cast<u64_t>(text[i] - '0');
     }
+    text.remove_prefix(i);
     return value;
 }
 
+u64_t parse_u64(std::string_view text) {
+    return take_u64(text);
+}
+
 bool parse_i64_line(std::string_view text, s64_t& value) {
-    upL_t i = 0;
-    while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
-    const bool negative = i < text.size() && text[i] == '-';
-    if (negative) ++i;
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    const bool negative = text.starts_with('-');
+    if (negative) text.remove_prefix(1);
 
-    const upL_t first = i;
-    while (i < text.size() && is_decimal_digit(text[i])) ++i;
-    const bool at_line_end = i == text.size() || text[i] == '\r' || text[i] == '\n';
-    if (i == first || !at_line_end) return false;
-
-    const u64_t magnitude = parse_u64(text.substr(first));
+    const upL_t before = text.size();
+    const u64_t magnitude = take_u64(text);
+    const bool has_digits = text.size() != before;
+    const bool at_line_end = text.empty() || text.front() == '\r' || text.front() == '\n';
+    if (!has_digits || !at_line_end) return false;
     value = static_cast<s64_t>(negative ? 0 - magnitude : magnitude);
     return true;
 }

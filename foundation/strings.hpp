@@ -23,7 +23,14 @@ std::string zero_padded_20(u64_t value);  // exactly 20 digits
 constexpr bool is_decimal_digit(char c) {
     return c >= '0' && c <= '9';
 }
-u64_t parse_u64(std::string_view text);  // leading digits; no overflow check
+constexpr char to_lower_ascii(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// The leading digits as a number, 0 if there are none; no overflow check. take_u64 moves the text behind
+// them.
+u64_t take_u64(std::string_view& text);
+u64_t parse_u64(std::string_view text);
 
 // The number of a value line: blanks and tabs, an optional "-", decimal digits up to CR, LF or the end of the
 // text. False, with the value unchanged, for anything else. No overflow check.

@@ -1,11 +1,11 @@
 // The console's input side: lines, pauses, and the numbers and sizes that a user types.
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cwchar>
 #include <iostream>
 #include <string>
 
+#include "foundation/byte_size.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
@@ -70,19 +70,6 @@ bool wait_for_enter(char color) {
     return pressed;
 }
 
-// The power of two behind a unit letter of either case; 0 where the letter is none.
-unsigned unit_exponent(char letter) {
-    constexpr std::string_view units = "KMGTPE";
-    const char upper = static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
-    const upL_t index = units.find(upper);
-    return index == std::string_view::npos ? 0 : 10 * (static_cast<unsigned>(index) + 1);
-}
-
-// Rounds half away from zero. The value is below 2^60: a fraction times the largest unit.
-u64_t round_to_u64(double value) {
-    return static_cast<u64_t>(std::llround(value));
-}
-
 }  // namespace
 
 std::string read_line(char color) {
@@ -123,23 +110,8 @@ s64_t ask_int_range(const std::string& prompt, s64_t low, s64_t high, char color
 }
 
 u64_t parse_size(std::string_view line) {
-    const u64_t whole = parse_u64(line);
-    upL_t i = 0;
-    while (i < line.size() && is_decimal_digit(line[i])) ++i;
-
-    double fraction = 0;
-    if (i < line.size() && line[i] == '.') {
-        double place = 0.1;
-        for (++i; i < line.size() && is_decimal_digit(line[i]); ++i) {
-            fraction += place * (line[i] - '0');
-            place *= 0.1;
-        }
-    }
-    while (i < line.size() && line[i] == ' ') ++i;
-
-    const unsigned exponent = i < line.size() ? unit_exponent(line[i]) : 0;
-    if (exponent == 0) return whole;
-    return (whole << exponent) + round_to_u64(std::ldexp(fraction, static_cast<int>(exponent)));
+    const ByteSize size = scan_byte_size(line);
+    return size.whole + static_cast<u64_t>(std::llround(size.fraction));
 }
 
 u64_t read_size(char color) {

@@ -12,8 +12,7 @@ namespace znp {
 // it is; there is no fraction: "2.5b" is 2.
 u64_t parse_digit_count(std::string_view text);
 
-// Digits, an optional fraction, blanks, and one letter in either case: K 2^10, M 2^20, G 2^30, T 2^40, P
-// 2^50, E 2^60. The scaled fraction is truncated. Without a letter the fraction is dropped.
+// A size in bytes (foundation/byte_size.hpp); the scaled fraction is truncated, unlike at a prompt.
 u64_t parse_byte_size(std::string_view text);
 
 }  // namespace znp
