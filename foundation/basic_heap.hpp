@@ -29,7 +29,8 @@ struct BasicHeap {
     std::byte* peak_top;
 };
 
-// An empty heap over a block of the caller's. A block that is not 8-byte aligned ends the program.
+// An empty heap over a block of the caller's. A block that is not 8-byte aligned ends the program. Such a
+// heap is not destroyed, unless the block came from malloc and shall go with it.
 void heap_init(BasicHeap& heap, void* block, upL_t size_bytes);
 
 // From a parent heap, or (parent null) from the system: then every page is touched before this returns, on
@@ -44,7 +45,7 @@ void heap_create(BasicHeap& heap, BasicHeap* parent, upL_t size_bytes);
 void heap_free(void* block);
 
 // Gives the block back. Allocations that are still active pass to the parent, in place; without a parent they
-// are reported and lost. The heap must have no pair.
+// are reported and lost, and the block goes to free(). The heap must have no pair.
 void heap_destroy(BasicHeap& heap);
 
 // Moves a guarded allocation down into the gap before it, by a multiple of alignment (a power of two, below 8

@@ -7,6 +7,7 @@
 #include "foundation/basic_heap.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/heap_words.hpp"
+#include "foundation/memory.hpp"
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
 
@@ -59,6 +60,7 @@ void* guarded_alloc(BasicHeap* heap, upL_t size_bytes, upL_t alignment) {
 
     void* const raw = heap != nullptr ? heap_alloc(*heap, raw_bytes) : std::malloc(raw_bytes);
     if (raw == nullptr) fatal_exit(out_of_memory);
+    if (heap == nullptr) advise_huge_pages(raw, raw_bytes);  // twiddle tables and the like
     block_owner(raw) = heap;
 
     auto* const block = static_cast<std::byte*>(raw);

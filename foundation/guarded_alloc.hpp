@@ -33,7 +33,7 @@ inline constexpr u64_t guard_word = 0x5451234810025523;
 inline void* const all_ones_marker = reinterpret_cast<void*>(~std::uintptr_t{0});
 
 // size in bytes; alignment a power of two, below 8 counts as 8. heap null: from the general allocator. The
-// payload is not cleared.
+// payload is not cleared; large blocks of the general allocator are advised to be huge pages.
 [[nodiscard]] void* guarded_alloc(BasicHeap* heap, upL_t size_bytes, upL_t alignment);
 [[nodiscard]] void* guarded_alloc_or_marker(BasicHeap* heap, upL_t size_bytes, upL_t alignment);
 

@@ -18,17 +18,6 @@ u64_t memory_of(int pages_name) {
     return memory_of_pages(sysconf(pages_name), sysconf(_SC_PAGESIZE));
 }
 
-// Advice only: a kernel without huge pages refuses it, and nothing changes.
-void advise_huge_pages(void* block, upL_t size_bytes) {
-    const s64_t reported = sysconf(_SC_PAGESIZE);
-    if (reported <= 0) return;
-    const auto page = static_cast<upL_t>(reported);
-    const upL_t head = -address_of(block) & (page - 1);
-    if (size_bytes < head + page) return;
-    const upL_t inside = (size_bytes - head) & ~(page - 1);
-    static_cast<void>(madvise(static_cast<std::byte*>(block) + head, inside, MADV_HUGEPAGE));
-}
-
 // Where share index of a block begins: the block's own ends outside, multiples of a huge page inside.
 upL_t share_start(const void* block, upL_t size_bytes, u64_t index, u64_t shares) {
     if (index == 0) return 0;
@@ -66,6 +55,17 @@ void check_available_memory(u64_t needed_bytes, u64_t available_bytes) {
         'R');
     Console::pause();
     Console::print_newline();
+}
+
+void advise_huge_pages(void* block, upL_t size_bytes) {
+    if (size_bytes < 2 * huge_page_bytes) return;
+    const s64_t reported = sysconf(_SC_PAGESIZE);
+    if (reported <= 0) return;
+    const auto page = static_cast<upL_t>(reported);
+    const upL_t head = -address_of(block) & (page - 1);
+    const upL_t inside = (size_bytes - head) & ~(page - 1);
+    // A kernel without huge pages refuses, and nothing changes.
+    static_cast<void>(madvise(static_cast<std::byte*>(block) + head, inside, MADV_HUGEPAGE));
 }
 
 void first_touch(void* block, upL_t size_bytes, u64_t threads) {

@@ -19,12 +19,17 @@ u64_t memory_of_pages(s64_t pages, s64_t page_bytes);
 void check_available_memory(u64_t needed_bytes);
 void check_available_memory(u64_t needed_bytes, u64_t available_bytes);
 
-// Makes fresh memory real: advises huge pages for the page-aligned inside of the block, then stores zeros
-// into all of it on at most `threads` threads. The block has any alignment and size. A thread gets at least
+inline constexpr upL_t huge_page_bytes = upL_t{1} << 21;
+
+// Asks the system for huge pages in the page-aligned inside of a block, if the block is large enough to gain
+// from them: at least two huge pages. Contents and failures: untouched and none, it is advice only.
+void advise_huge_pages(void* block, upL_t size_bytes);
+
+// Makes fresh memory real: advises huge pages, then stores zeros into the whole block on at most `threads`
+// threads. The block has any alignment and size. A thread gets at least
 // first_touch_min_share, and the shares meet at addresses that are multiples of a huge page, so that no page
 // is touched by two threads. The first touch of memory by 4 KiB pages can be the slowest thing on a machine
 // (bench/first_touch_bench.cpp).
-inline constexpr upL_t huge_page_bytes = upL_t{1} << 21;
 inline constexpr upL_t first_touch_min_share = 4 * huge_page_bytes;
 void first_touch(void* block, upL_t size_bytes, u64_t threads);
 
