@@ -97,13 +97,23 @@ s64_t parse_int(std::string_view line);
 s64_t ask_int(const std::string& prompt, char color = 'G');
 s64_t ask_int_range(const std::string& prompt, s64_t low, s64_t high, char color = 'G');
 
-// A size in bytes: digits, optional fraction, blanks, one unit letter K M G T P E of either case.
+// A size in bytes (foundation/byte_size.hpp); the scaled fraction is rounded, half away from zero.
 u64_t parse_size(std::string_view line);
 u64_t read_size(char color = ' ');
 u64_t ask_size(const std::string& prompt, char color = 'G');
 
 // Says that the input ended, resets the colour and exits with code 1.
 [[noreturn]] void end_of_input();
+
+// ---- Breaks
+// -------------------------------------------------------------------------------------------------
+
+// From now on SIGINT and SIGTERM reset the colours before they end the process; one that is ignored stays
+// ignored.
+void reset_color_on_break();
+
+// For signal handlers: resets the colours, and ends the process by the signal once the handler returns.
+void end_by_signal(int signal_number);
 
 // ---- Numbers and times as text
 // ------------------------------------------------------------------------------

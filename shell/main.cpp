@@ -5,6 +5,7 @@
 #include "foundation/basic_file.hpp"
 #include "foundation/exceptions.hpp"
 #include "foundation/fatal.hpp"
+#include "foundation/standard_streams.hpp"
 #include "shell/command_line.hpp"
 #include "shell/console.hpp"
 #include "shell/cpu_features.hpp"
@@ -31,6 +32,9 @@ int run_program(int argc, const char* const* argv) {
         print_exception(exception);
     } catch (const std::exception& exception) {
         Console::print_labelled_line("Uncaught std exception", exception.what(), 'R');
+    } catch (...) {
+        Console::reset_color();
+        throw;
     }
     return 0;
 }
@@ -39,6 +43,8 @@ int run_program(int argc, const char* const* argv) {
 }  // namespace znp
 
 int main(int argc, char** argv) {
+    znp::open_missing_standard_streams();
+    znp::Console::reset_color_on_break();
     znp::Console::print_newline();
     const int status = znp::run_program(argc, argv);
     znp::Console::reset_color();

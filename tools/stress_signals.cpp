@@ -1,9 +1,6 @@
 #include "tools/stress_signals.hpp"
 
-#include <unistd.h>
-
 #include <atomic>
-#include <cstring>
 
 #include "shell/console.hpp"
 
@@ -15,12 +12,7 @@ constinit std::atomic<bool> stop_requested{false};
 static_assert(std::atomic<bool>::is_always_lock_free);  // a signal handler may use it
 
 extern "C" void note_stop_request(int signal_number) {
-    if (!stop_requested.exchange(true, std::memory_order_relaxed)) return;
-    // The console may be in the middle of a line, on a stream that a handler must not touch.
-    [[maybe_unused]] const ssize_t written =
-        write(STDOUT_FILENO, Console::reset_sequence, std::strlen(Console::reset_sequence));
-    signal(signal_number, SIG_DFL);
-    raise(signal_number);  // delivered when this handler returns
+    if (stop_requested.exchange(true, std::memory_order_relaxed)) Console::end_by_signal(signal_number);
 }
 
 }  // namespace

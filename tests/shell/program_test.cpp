@@ -259,6 +259,7 @@ TEST_F(Program, APathThatIsNotAsciiEndsTheProcessThroughTheRuntime) {
     EXPECT_FALSE(result.timed_out);
     EXPECT_NE(result.output.find("a_to_w_direct(): Direct Conversion of > 127 char to wchar_t."),
               std::string::npos);
+    EXPECT_NE(result.output.find(testing::sent::reset), std::string::npos);
 }
 
 TEST_F(Program, CustomAloneOpensItsScreen) {
