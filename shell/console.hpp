@@ -30,8 +30,7 @@ inline constexpr const char* reset_sequence = "\033[39;49m";
 // The terminal sequence of a colour letter; letters outside the table give bright white.
 const char* color_sequence(char color);
 
-// ---- Output
-// -------------------------------------------------------------------------------------------------
+// ---- Output ----------------------------------------------------------------------------------------------
 
 upL_t print(const char* text, char color = ' ');
 upL_t print(const std::string& text, char color = ' ');
@@ -78,8 +77,7 @@ void print_error(const std::string& text, bool stay_red = false);
 // with the text in yellow, a blank line, and gives 1.
 int print_entry_error(const char* text);
 
-// ---- Input
-// --------------------------------------------------------------------------------------------------
+// ---- Input -----------------------------------------------------------------------------------------------
 
 std::string read_line(char color = ' ');
 std::wstring read_line_wide(char color = ' ');
@@ -105,8 +103,7 @@ u64_t ask_size(const std::string& prompt, char color = 'G');
 // Says that the input ended, resets the colour and exits with code 1.
 [[noreturn]] void end_of_input();
 
-// ---- Breaks
-// -------------------------------------------------------------------------------------------------
+// ---- Breaks ----------------------------------------------------------------------------------------------
 
 // From now on SIGINT and SIGTERM reset the colours before they end the process; one that is ignored stays
 // ignored.
@@ -115,8 +112,7 @@ void reset_color_on_break();
 // For signal handlers: resets the colours, and ends the process by the signal once the handler returns.
 void end_by_signal(int signal_number);
 
-// ---- Numbers and times as text
-// ------------------------------------------------------------------------------
+// ---- Numbers and times as text ---------------------------------------------------------------------------
 
 enum class IntFormat { plain = 0, commas = 1, bytes = 2, commas_and_bytes = 3 };
 std::string format_int(u64_t value, IntFormat mode);
