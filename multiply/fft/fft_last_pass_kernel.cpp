@@ -43,14 +43,21 @@ ZNP_INLINE void put(std::byte* p, u64_t value, unsigned bytes) {
     if (bytes == 6) __builtin_memcpy(p + 4, &top, 2);
 }
 
+// The low lane, to any address; of an upper lane moved down, one store without the move.
+ZNP_INLINE void put_double(std::byte* p, __m128d value) {
+    const double low = _mm_cvtsd_f64(value);
+    __builtin_memcpy(p, &low, 8);
+}
+
 // One word, or the beginning of one, of each of four streams.
 ZNP_INLINE void put4(std::byte* p, upL_t stream, __m256i words, unsigned bytes) {
     const __m128i low = _mm256_castsi256_si128(words), high = _mm256_extracti128_si256(words, 1);
     if (bytes == 8) {
-        _mm_storel_pd(reinterpret_cast<double*>(p), _mm_castsi128_pd(low));
-        _mm_storeh_pd(reinterpret_cast<double*>(p + stream), _mm_castsi128_pd(low));
-        _mm_storel_pd(reinterpret_cast<double*>(p + 2 * stream), _mm_castsi128_pd(high));
-        _mm_storeh_pd(reinterpret_cast<double*>(p + 3 * stream), _mm_castsi128_pd(high));
+        const __m128d words01 = _mm_castsi128_pd(low), words23 = _mm_castsi128_pd(high);
+        put_double(p, words01);
+        put_double(p + stream, _mm_unpackhi_pd(words01, words01));
+        put_double(p + 2 * stream, words23);
+        put_double(p + 3 * stream, _mm_unpackhi_pd(words23, words23));
         return;
     }
     put(p, static_cast<u64_t>(_mm_cvtsi128_si64(low)), bytes);

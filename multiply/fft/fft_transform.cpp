@@ -101,7 +101,7 @@ u32_t FFT::inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, voi
     if (s > e || 32 * e > bits) invalid(L"window");
     auto* const words = static_cast<std::byte*>(scratch);
     const u32_t top = inverse(words, T, B);
-    std::memcpy(R, words + 4 * s, 4 * (e - s));
+    std::copy(words + 4 * s, words + 4 * e, reinterpret_cast<std::byte*>(R));
     return top;
 }
 

@@ -259,7 +259,7 @@ TEST(Fft, WindowsOfProductsInBothWordFamilies) {
         const Words whole = ring_product(A, B, t.bits, flag);
         t.forward(machine.T2, B.data(), B.size(), machine.scratch);
         for (unsigned round = 0; round < 5; ++round) {
-            const upL_t s = rng() % (words / 2), e = s + rng() % (words / 2 - s + 1);  // 64-bit words
+            const upL_t s = rng() % (words / 2), e = s + 1 + rng() % (words / 2 - s);  // 64-bit words
             std::vector<c64i> R(e - s), A64(A.size() / 2);
             std::memcpy(A64.data(), A.data(), 4 * A.size());
             t.forward(machine.T1, A64.data(), A64.size(), machine.scratch);
