@@ -40,7 +40,7 @@ ZNP_INLINE c64i mul_chain(c64i* T, const c64i* A, upL_t L, c64i w, c64i carry) {
         "jnz 3b\n"
         "4:\n\t"
         "adc $0, %[carry]\n\t"
-        : [i] "+r"(i), [count] "+r"(count), [fours] "+c"(fours), [carry] "+r"(carry), [high] "=&r"(high),
+        : [i] "+&r"(i), [count] "+&r"(count), [fours] "+&c"(fours), [carry] "+&r"(carry), [high] "=&r"(high),
           [low] "=&r"(low)
         : [T] "r"(T), [A] "r"(A), "d"(w)
         : "cc", "memory");
