@@ -28,7 +28,6 @@ using testing::random_mantissa;
 using testing::value;
 using testing::Work;
 
-constexpr s64_t low = -300;
 
 template <class word>
 class BigFloats : public ::testing::Test {
