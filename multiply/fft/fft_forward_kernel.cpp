@@ -5,28 +5,12 @@
 namespace znp::fft {
 namespace {
 
-// One step over a block of 4 quarter groups.
-ZNP_INLINE void pass(double* x, upL_t quarter, const BlockTwiddles& twiddles) {
-    const Powers e = {broadcast(twiddles.c, twiddles.s), broadcast(twiddles.c + 1, twiddles.s + 1),
-                      broadcast(twiddles.c + 2, twiddles.s + 2)};
-    const upL_t q = 8 * quarter;
-    for (double* end = x + q; x != end; x += 8) {
-        CV a = load(x), b = load(x + q), c = load(x + 2 * q), d = load(x + 3 * q);
-        forward_step(a, b, c, d, e);
-        store(x, a);
-        store(x + q, b);
-        store(x + 2 * q, c);
-        store(x + 3 * q, d);
-    }
-}
-
 // Four levels on a bottom block: a step between the block's quarters, lanes and groups transposed so that the
 // lanes are the four children, and a step within each child.
 template <unsigned C>
 ZNP_INLINE void bottom(double* x, const BlockTwiddles& twiddles) {
     alignas(32) double coefficients[32 * C];
-    const Powers e = {broadcast(twiddles.c, twiddles.s), broadcast(twiddles.c + 1, twiddles.s + 1),
-                      broadcast(twiddles.c + 2, twiddles.s + 2)};
+    const Powers e = block_powers(twiddles);
     for (unsigned i = 0; i < C; ++i) {
         CV a = load(x + 8 * i), b = load(x + 8 * (C + i)), c = load(x + 8 * (2 * C + i)),
            d = load(x + 8 * (3 * C + i));
@@ -37,9 +21,7 @@ ZNP_INLINE void bottom(double* x, const BlockTwiddles& twiddles) {
         store(coefficients + 32 * i + 16, c);
         store(coefficients + 32 * i + 24, d);
     }
-    const Powers u = {{_mm256_load_pd(twiddles.child_c[0]), _mm256_load_pd(twiddles.child_s[0])},
-                      {_mm256_load_pd(twiddles.child_c[1]), _mm256_load_pd(twiddles.child_s[1])},
-                      {_mm256_load_pd(twiddles.child_c[2]), _mm256_load_pd(twiddles.child_s[2])}};
+    const Powers u = child_powers(twiddles);
     for (unsigned t = 0; t < C; ++t) {
         CV a = load(coefficients + 8 * t), b = load(coefficients + 8 * (C + t)),
            c = load(coefficients + 8 * (2 * C + t)), d = load(coefficients + 8 * (3 * C + t));
@@ -55,7 +37,7 @@ ZNP_INLINE void bottom(double* x, const BlockTwiddles& twiddles) {
 template <unsigned C>
 void blocks(double* x, upL_t groups, unsigned d, upL_t j, const FFTTables& tables) {
     const upL_t quarter = groups / 4;
-    pass(x, quarter, tables.level[d][j]);
+    pass<forward_step>(x, quarter, tables.level[d][j]);
     if (quarter == 4 * C) {
         for (unsigned l = 0; l < 4; ++l) bottom<C>(x + 32 * C * l, tables.level[d + 2][4 * j + l]);
     } else {

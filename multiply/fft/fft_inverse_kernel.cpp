@@ -7,20 +7,6 @@ namespace {
 
 enum class Pointwise { none, square, product };
 
-ZNP_INLINE void pass(double* x, upL_t quarter, const BlockTwiddles& twiddles) {
-    const Powers e = {broadcast(twiddles.c, twiddles.s), broadcast(twiddles.c + 1, twiddles.s + 1),
-                      broadcast(twiddles.c + 2, twiddles.s + 2)};
-    const upL_t q = 8 * quarter;
-    for (double* end = x + q; x != end; x += 8) {
-        CV a = load(x), b = load(x + q), c = load(x + 2 * q), d = load(x + 3 * q);
-        inverse_step(a, b, c, d, e);
-        store(x, a);
-        store(x + q, b);
-        store(x + 2 * q, c);
-        store(x + 3 * q, d);
-    }
-}
-
 // The product of two leaves modulo X^C - rho, where rho is u, -u, iu, -iu for r = 0 .. 3.
 template <unsigned C, unsigned r>
 ZNP_INLINE void leaf_product(double* out, const double* A, const double* B, CV u) {
@@ -45,9 +31,7 @@ ZNP_INLINE void leaf_product(double* out, const double* A, const double* B, CV u
 template <unsigned C, Pointwise mode>
 ZNP_INLINE void bottom(double* x, const double* y, const BlockTwiddles& twiddles) {
     alignas(32) double leaves[32 * C];
-    const Powers u = {{_mm256_load_pd(twiddles.child_c[0]), _mm256_load_pd(twiddles.child_s[0])},
-                      {_mm256_load_pd(twiddles.child_c[1]), _mm256_load_pd(twiddles.child_s[1])},
-                      {_mm256_load_pd(twiddles.child_c[2]), _mm256_load_pd(twiddles.child_s[2])}};
+    const Powers u = child_powers(twiddles);
     const double* from = x;
     if (mode != Pointwise::none) {
         const double* B = mode == Pointwise::square ? x : y;
@@ -66,8 +50,7 @@ ZNP_INLINE void bottom(double* x, const double* y, const BlockTwiddles& twiddles
         store(leaves + 8 * (2 * C + t), c);
         store(leaves + 8 * (3 * C + t), d);
     }
-    const Powers e = {broadcast(twiddles.c, twiddles.s), broadcast(twiddles.c + 1, twiddles.s + 1),
-                      broadcast(twiddles.c + 2, twiddles.s + 2)};
+    const Powers e = block_powers(twiddles);
     for (unsigned i = 0; i < C; ++i) {
         CV a = load(leaves + 32 * i), b = load(leaves + 32 * i + 8), c = load(leaves + 32 * i + 16),
            d = load(leaves + 32 * i + 24);
@@ -90,7 +73,7 @@ void blocks(double* x, const double* y, upL_t groups, unsigned d, upL_t j, const
         for (unsigned l = 0; l < 4; ++l)
             blocks<C, mode>(x + 8 * quarter * l, y + 8 * quarter * l, quarter, d + 2, 4 * j + l, tables);
     }
-    pass(x, quarter, tables.level[d][j]);
+    pass<inverse_step>(x, quarter, tables.level[d][j]);
 }
 
 template <unsigned C, Pointwise mode>

@@ -3,7 +3,7 @@
 
 #include <immintrin.h>
 
-#include "foundation/types.hpp"
+#include "multiply/fft/fft_tables.hpp"
 
 namespace znp::fft {
 
@@ -55,8 +55,17 @@ ZNP_INLINE CV twice_minus(CV a, CV b) {
 struct Powers {
     CV e1, e2, e3;
 };
-ZNP_INLINE CV broadcast(const double* c, const double* s) {
-    return {_mm256_broadcast_sd(c), _mm256_broadcast_sd(s)};
+// Those of a block, in all lanes.
+ZNP_INLINE Powers block_powers(const BlockTwiddles& t) {
+    return {{_mm256_broadcast_sd(t.c), _mm256_broadcast_sd(t.s)},
+            {_mm256_broadcast_sd(t.c + 1), _mm256_broadcast_sd(t.s + 1)},
+            {_mm256_broadcast_sd(t.c + 2), _mm256_broadcast_sd(t.s + 2)}};
+}
+// Those of its children, one in each lane.
+ZNP_INLINE Powers child_powers(const BlockTwiddles& t) {
+    return {{_mm256_load_pd(t.child_c[0]), _mm256_load_pd(t.child_s[0])},
+            {_mm256_load_pd(t.child_c[1]), _mm256_load_pd(t.child_s[1])},
+            {_mm256_load_pd(t.child_c[2]), _mm256_load_pd(t.child_s[2])}};
 }
 
 // (x0, x1, x2, x3), coefficients of Y^0 .. Y^3, to the values at Y = e, -e, i e, -i e. Twelve of the
@@ -85,6 +94,21 @@ ZNP_INLINE void inverse_step(CV& x0, CV& x1, CV& x2, CV& x3, const Powers& e) {
     x2 = mul_conj(sub(even, diff), e.e2);
     x1 = mul_conj(sub_i(p, q), e.e1);
     x3 = mul_conj(add_i(p, q), e.e3);
+}
+
+// One step, forward or inverse, over a block of 4 quarter groups.
+template <void (*step)(CV&, CV&, CV&, CV&, const Powers&)>
+ZNP_INLINE void pass(double* x, upL_t quarter, const BlockTwiddles& twiddles) {
+    const Powers e = block_powers(twiddles);
+    const upL_t q = 8 * quarter;
+    for (double* end = x + q; x != end; x += 8) {
+        CV a = load(x), b = load(x + q), c = load(x + 2 * q), d = load(x + 3 * q);
+        step(a, b, c, d, e);
+        store(x, a);
+        store(x + q, b);
+        store(x + 2 * q, c);
+        store(x + 3 * q, d);
+    }
 }
 
 ZNP_INLINE void transpose(__m256d& a, __m256d& b, __m256d& c, __m256d& d) {
