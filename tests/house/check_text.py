@@ -18,11 +18,15 @@ FORBIDDEN = [
     (re.compile(r"\b(TOD" r"O|FIXM" r"E|XX" r"X)\b"), "unfinished work"),
 ]
 
-tracked = subprocess.run(["git", "-C", root, "ls-files", "-co", "--exclude-standard"], capture_output=True, text=True)
-names = tracked.stdout.split("\n") if tracked.returncode == 0 else []
-if not [n for n in names if n]:  # an unpacked archive
-    names = [os.path.relpath(os.path.join(p, n), root) for p, d, f in os.walk(root) for n in f
-             if "/build" not in p and "/.git" not in p]
+try:
+    tracked = subprocess.run(["git", "-C", root, "ls-files", "-co", "--exclude-standard"], capture_output=True, text=True)
+    names = [name for name in tracked.stdout.split("\n") if name]
+except FileNotFoundError:
+    names = []
+if not names:  # no git here, or an unpacked archive
+    for path, folders, files_here in os.walk(root):
+        folders[:] = [f for f in folders if f not in ("build", ".git")]
+        names += [os.path.relpath(os.path.join(path, f), root) for f in files_here]
 faults, files = [], 0
 for name in names:
     if not name or os.path.basename(name) == me:
