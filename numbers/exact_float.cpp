@@ -25,6 +25,42 @@ upL_t distance(s64_t from, s64_t to) {
     return static_cast<upL_t>(to - from);
 }
 
+// Two operands laid over the words of their sum or difference, a's magnitude not below b's. Fills the
+// positions that only the lower-reaching one has, b's negated in a difference; what is left is b over the low
+// words of a.
+template <class word>
+struct Overlay {
+    word* T;
+    const word* A;
+    upL_t La;
+    const word* B;
+    upL_t Lb;
+    bool borrow = false;
+
+    Overlay(word* T_, const ExactFloat<word>& a, const ExactFloat<word>& b, bool difference)
+        : T(T_), A(a.get_T()), La(a.get_L()), B(b.get_T()), Lb(b.get_L()) {
+        if (b.get_exp() < a.get_exp()) {
+            const upL_t below = distance(b.get_exp(), a.get_exp());
+            const upL_t taken = std::min(below, Lb);
+            if (difference) {
+                borrow = negate_words(T, B, taken);
+            } else {
+                std::copy_n(B, taken, T);
+            }
+            std::fill_n(T + taken, below - taken, borrow ? static_cast<word>(~word{0}) : word{0});
+            T += below;
+            B += taken;
+            Lb -= taken;
+        } else {
+            const upL_t below = distance(a.get_exp(), b.get_exp());
+            std::copy_n(A, below, T);
+            T += below;
+            A += below;
+            La -= below;
+        }
+    }
+};
+
 [[noreturn]] void misuse(const char* message) {
     fail(zn_exception(error_code::unspecified, message));
 }
@@ -248,35 +284,15 @@ void ExactFloatR<word>::set_add(const ExactFloat<word>& x, const ExactFloat<word
     const bool swapped = x.get_mag() < y.get_mag();
     const ExactFloat<word>& a = swapped ? y : x;
     const ExactFloat<word>& b = swapped ? x : y;
-    const word* A = a.get_T();
-    const word* B = b.get_T();
-    upL_t La = a.get_L();
-    upL_t Lb = b.get_L();
-
     reset_T();
     const s64_t exp = std::min(a.get_exp(), b.get_exp());
     const upL_t L = distance(exp, a.get_mag());
     require(L + 1, "ExactFloat::set_add()");
 
-    // The positions that only the lower-reaching operand has, then those of both, then a's alone.
-    word* T = base_;
-    if (b.get_exp() < a.get_exp()) {
-        const upL_t below = distance(b.get_exp(), a.get_exp());
-        const upL_t copied = std::min(below, Lb);
-        std::copy_n(B, copied, T);
-        std::fill_n(T + copied, below - copied, word{0});
-        T += below;
-        B += copied;
-        Lb -= copied;
-    } else {
-        const upL_t below = distance(a.get_exp(), b.get_exp());
-        std::copy_n(A, below, T);
-        T += below;
-        A += below;
-        La -= below;
-    }
-    const bool carry = copy_add_carry(T + Lb, A + Lb, La - Lb, add_words(T, A, B, Lb));
-    T[La] = carry ? 1 : 0;
+    const Overlay<word> over(base_, a, b, false);
+    const bool carry = copy_add_carry(over.T + over.Lb, over.A + over.Lb, over.La - over.Lb,
+                                      add_words(over.T, over.A, over.B, over.Lb));
+    base_[L] = carry ? 1 : 0;
 
     this->L_ = L + (carry ? 1 : 0);
     this->exp_ = exp;
@@ -287,34 +303,14 @@ template <class word>
 void ExactFloatR<word>::set_sub(const ExactFloat<word>& a, const ExactFloat<word>& b) {
     constexpr const char* location = "ExactFloat::set_sub()";
     if (a.get_mag() < b.get_mag()) fail(UnsupportedValueException::negative(location));
-    const word* A = a.get_T();
-    const word* B = b.get_T();
-    upL_t La = a.get_L();
-    upL_t Lb = b.get_L();
-
     reset_T();
     const s64_t exp = std::min(a.get_exp(), b.get_exp());
     const upL_t L = distance(exp, a.get_mag());
     require(L + 1, b.get_exp() < a.get_exp() ? location : "ExactFloat::set_add()");
 
-    word* T = base_;
-    bool borrow = false;
-    if (b.get_exp() < a.get_exp()) {
-        const upL_t below = distance(b.get_exp(), a.get_exp());
-        const upL_t negated = std::min(below, Lb);
-        borrow = negate_words(T, B, negated);
-        std::fill_n(T + negated, below - negated, borrow ? static_cast<word>(~word{0}) : word{0});
-        T += below;
-        B += negated;
-        Lb -= negated;
-    } else {
-        const upL_t below = distance(a.get_exp(), b.get_exp());
-        std::copy_n(A, below, T);
-        T += below;
-        A += below;
-        La -= below;
-    }
-    borrow = copy_sub_borrow(T + Lb, A + Lb, La - Lb, sub_words(T, A, B, Lb, borrow));
+    const Overlay<word> over(base_, a, b, true);
+    const bool borrow = copy_sub_borrow(over.T + over.Lb, over.A + over.Lb, over.La - over.Lb,
+                                        sub_words(over.T, over.A, over.B, over.Lb, over.borrow));
     if (borrow) fail(UnsupportedValueException::negative(location));
 
     this->L_ = normalised_length(base_, L);

@@ -14,6 +14,7 @@
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
 #include "foundation/strings.hpp"
+#include "temporary_folder.hpp"
 
 namespace znp {
 namespace {
@@ -26,13 +27,6 @@ using ::testing::ExitedWithCode;
 
 class BasicFileTest : public ::testing::Test {
   protected:
-    BasicFileTest() {
-        std::string name = (std::filesystem::temp_directory_path() / "zelmar_test_XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) std::abort();
-        folder_ = a_to_w_direct(name);
-    }
-    ~BasicFileTest() override { std::filesystem::remove_all(w_to_a_direct(folder_)); }
-
     std::wstring path(const wchar_t* name) const { return join_path(folder_, name); }
 
     static void write_text(const std::wstring& path, const std::string& text) {
@@ -48,7 +42,8 @@ class BasicFileTest : public ::testing::Test {
         return std::string(buffer, file.read(buffer, sizeof buffer));
     }
 
-    std::wstring folder_;
+    const testing::TemporaryFolder temporary_;
+    const std::wstring folder_ = temporary_.wide_path();
 };
 
 using BasicFileDeathTest = BasicFileTest;
