@@ -49,6 +49,14 @@ class ComputeParameters {
     SwapConfiguration swap;
     u64_t memory_limit;  // bytes that the user allows in all
 
+    // The estimates, in bytes, made by update_memory after each change.
+    u64_t ML = 0;     // working memory
+    u64_t memTW = 0;  // twiddle tables
+    u64_t memIO = 0;  // I/O buffers
+    u64_t Osize = 0;  // memTW + memIO
+    u64_t Msize = 0;  // smallest working memory that works
+    u64_t Fsize = 0;  // logical disk
+
     ComputeParameters();  // 50 million digits of Pi in memory, on all logical cores
 
     // The factory: no check of the parameter; an unknown id is a fatal error. Corrects an algorithm, digits

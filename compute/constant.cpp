@@ -6,6 +6,7 @@
 
 #include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
+#include "shell/console.hpp"
 
 namespace znp {
 namespace {
@@ -252,6 +253,24 @@ std::string zlr_Constant::get_algorithm_name(s32_t algorithm, upL_t p) const {
 std::string zlr_Constant::get_algorithm_menu(s32_t algorithm, upL_t p) const {
     return get_algorithm_name(algorithm, p);
 }
+bool zlr_Constant::get_memory_B(s32_t, upL_t, u64_t, u64_t, upL_t&) const {
+    Console::print_error("zlr_Constant::get_memory_B() - Function not implemented");
+    return false;
+}
+
+bool zlr_Constant::get_memory_S(s32_t, upL_t, u64_t, upL_t, upL_t, u64_t, u64_t&, upL_t&) const {
+    Console::print_error("zlr_Constant::get_memory_S() - Function not implemented");
+    return false;
+}
+
+void zlr_Constant::run_B(s32_t, RunTimeParameters&) const {
+    fatal_exit("zlr_Constant::run_B() - Function not implemented");
+}
+
+void zlr_Constant::run_S(s32_t, RunTimeParameters&) const {
+    fatal_exit("zlr_Constant::run_S() - Function not implemented");
+}
+
 void zlr_Constant::set_precision(upL_t) {}
 
 std::unique_ptr<zlr_Constant> make_constant(u32_t id, u64_t parameter, upL_t p) {

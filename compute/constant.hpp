@@ -12,6 +12,8 @@
 
 namespace znp {
 
+struct RunTimeParameters;
+
 namespace constant_id {
 inline constexpr u32_t sqrt = 0;
 inline constexpr u32_t golden_ratio = 1;
@@ -51,6 +53,18 @@ class zlr_Constant {
     bool knows_algorithm(s32_t algorithm, upL_t p) const {
         return !get_algorithm_short(algorithm, p).empty();
     }
+
+    // Bytes of working memory of a run in memory, before anything is allocated; false for a number that the
+    // class does not know. The run takes one block of this size (and a fixed margin) and never asks for more.
+    virtual bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const;
+    // Bytes of logical disk and working memory of a run in swap mode.
+    virtual bool get_memory_S(s32_t algorithm, upL_t p, u64_t digits, upL_t ML, upL_t minIO, u64_t threads,
+                              u64_t& disk_bytes, upL_t& memory_bytes) const;
+
+    // The computation: sums, divides and multiplies in the run's memory, and hands the result to the output
+    // stages. In memory and on disk.
+    virtual void run_B(s32_t algorithm, RunTimeParameters& run) const;
+    virtual void run_S(s32_t algorithm, RunTimeParameters& run) const;
 
     // Called whenever the precision changes.
     virtual void set_precision(upL_t p);

@@ -1,0 +1,112 @@
+// The series that the system sums, one class each. Formulas of the terms: with each class's source file.
+//
+// The closing formulas around a sum stand with the drivers of the constants.
+#pragma once
+
+#include "series/bss.hpp"
+
+namespace znp {
+
+// e = 2 + sum, or 1/e = sum when alternating, over the terms from 1: sums of reciprocal partial factorials.
+// P and Q in a node: P = Pl Qr +- Pr, Q = Ql Qr. Ends at ranges of at most 15 terms.
+class Series_E_Taylor final : public zl_BSS {
+  public:
+    explicit Series_E_Taylor(bool alternating_) : zl_BSS(alternating_, 6, 16) {}
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    // P and Q of a range of 1 to 15 terms.
+    void BSR_End(BasicIntR<cdi>& P, BasicIntR<cdi>& Q, u64_t a, u64_t b) const;
+};
+
+class Pi_Chudnovsky final : public zl_BSS_P2B3_Type0 {
+  public:
+    Pi_Chudnovsky() : zl_BSS_P2B3_Type0(true, 19, 8) {}
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+class Pi_Ramanujan final : public zl_BSS_P2B3_Type0 {
+  public:
+    Pi_Ramanujan() : zl_BSS_P2B3_Type0(false, 19, 12) {}
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+class Zeta3_AZ1 final : public zl_BSS_P2B3_Type0 {
+  public:
+    Zeta3_AZ1() : zl_BSS_P2B3_Type0(true, 24, 12) {}
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+class Zeta3_AZ2 final : public zl_BSS_P2B3_Type0 {
+  public:
+    Zeta3_AZ2() : zl_BSS_P2B3_Type0(true, 37, 6) {}
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+class Catalan_Lupas final : public zl_BSS_P2B3_Type0 {
+  public:
+    Catalan_Lupas() : zl_BSS_P2B3_Type0(true, 21, 10) {}
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+class Catalan_Huvent final : public zl_BSS_P2B2_BBP {
+  public:
+    Catalan_Huvent() : zl_BSS_P2B2_BBP(true, 60, 2) {}
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const override;
+};
+
+// Of an argument x: x2 = x^2.
+class ArcCoth final : public zl_BSS_P2B3_Type0 {
+  public:
+    explicit ArcCoth(u64_t x);  // 2 to 4294967295
+    const u64_t x2;
+    const double log_x2;  // ln(x2)
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+// Of an argument n/d.
+class ArcSinlemn final : public zl_BSS_P2B3_Type0 {
+  public:
+    ArcSinlemn(u64_t n, u64_t d);
+    const u64_t n, d, n4, d4;                // n^4, d^4
+    const double log_n4, log_d4, log_ratio;  // ln(n^4), ln(d^4), ln(d^4 / n^4)
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+// The asymptotic series C of the refined Brent-McMillan formula; n = 2^m.
+class EulerGamma_BM_C final : public zl_BSS_P2B3_Type0 {
+  public:
+    explicit EulerGamma_BM_C(u32_t m_) : zl_BSS_P2B3_Type0(false, 17, 8), m(m_) {}
+    const u32_t m;
+    u64_t terms(upL_t words) const override;
+    double size_at(double x) const override;
+    double precision_of(u64_t a, u64_t b) const override;
+    upL_t PrecisionAtIndex(u64_t a, u64_t b) const override;
+    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+};
+
+}  // namespace znp
