@@ -35,12 +35,18 @@ class ColoredWriter {
 StatusLine::StatusLine(upL_t width, double interval_seconds, bool end_with_newline)
     : width_(width), end_with_newline_(end_with_newline), interval_(interval_seconds), start_(Time::now()) {}
 
+void StatusLine::set_label(std::string text) {
+    segments_.clear();
+    add(start_color, std::move(text));
+    label_segments_ = segments_.size();
+}
+
 void StatusLine::add(char color, std::string text) {
     segments_.emplace_back(color, std::move(text));
 }
 
 void StatusLine::clear() {
-    segments_.clear();
+    segments_.resize(label_segments_);
 }
 
 void StatusLine::restart() {

@@ -2,7 +2,8 @@
 //
 // The line is made of coloured segments (the colour letters of the console). A draw erases the line and
 // prints the segments in order; a segment that would pass the width is dropped with all behind it, and " ..."
-// stands in its place if it fits. The colour is white before and after a draw.
+// stands in its place if it fits. The colour is white before and after a draw. A label set by the line's
+// maker stays in front while the routines at work replace what follows.
 #pragma once
 
 #include <string>
@@ -17,8 +18,9 @@ class StatusLine {
   public:
     explicit StatusLine(upL_t width = 79, double interval_seconds = 0.1, bool end_with_newline = false);
 
+    void set_label(std::string text);  // white; drops what was there
     void add(char color, std::string text);
-    void clear();    // drops the segments
+    void clear();    // drops the segments behind the label
     void restart();  // stamps the start and the last draw
     void erase();
 
@@ -38,6 +40,7 @@ class StatusLine {
     Time start_{};
     Time last_draw_{};
     bool drawn_ = false;
+    upL_t label_segments_ = 0;
     std::vector<std::pair<char, std::string>> segments_;
 };
 

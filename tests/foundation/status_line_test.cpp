@@ -40,6 +40,18 @@ TEST(StatusLine, EmptyLineIsJustErased) {
     EXPECT_EQ(drawn(line), erased(4));
 }
 
+TEST(StatusLine, LabelStaysInFrontOfWhatIsReplaced) {
+    StatusLine line(30);
+    line.set_label("Summing: ");
+    line.add('G', "1");
+    EXPECT_EQ(drawn(line), erased(30) + "Summing: " + G + "1" + W);
+    line.clear();
+    line.add('G', "2");
+    EXPECT_EQ(drawn(line), erased(30) + "Summing: " + G + "2" + W);
+    line.set_label("Iterating: ");
+    EXPECT_EQ(drawn(line), erased(30) + "Iterating: ");
+}
+
 TEST(StatusLine, LineFeedEndsTheDrawWhereAskedFor) {
     StatusLine line(10, 0, true);
     line.add('G', "ok");
