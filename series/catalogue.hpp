@@ -1,11 +1,20 @@
 // The series that the system sums, one class each. Formulas of the terms: with each class's source file.
 //
 // The closing formulas around a sum stand with the drivers of the constants.
+//
+// What an end routine takes, for a range of k terms: in the classes with P, Q, R all five objects
+// end_words(Class::term_words, k) words; in Series_E_Taylor, P and Q k words, one more from 8 terms on. The
+// word that an in-place sum writes above its value is counted.
 #pragma once
 
 #include "series/bss.hpp"
 
 namespace znp {
+
+// term_words is what the largest of a term's P, Q and R takes.
+constexpr upL_t end_words(upL_t term_words, u64_t k) {
+    return 2 * term_words * k;
+}
 
 // e = 2 + sum, or 1/e = sum when alternating, over the terms from 1: sums of reciprocal partial factorials.
 // P and Q in a node: P = Pl Qr +- Pr, Q = Ql Qr. Ends at ranges of at most 15 terms.
@@ -21,6 +30,7 @@ class Series_E_Taylor final : public zl_BSS {
 
 class Pi_Chudnovsky final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 5;
     Pi_Chudnovsky() : zl_BSS_P2B3_Type0(true, 19, 8) {}
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;
@@ -30,6 +40,7 @@ class Pi_Chudnovsky final : public zl_BSS_P2B3_Type0 {
 
 class Pi_Ramanujan final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 5;
     Pi_Ramanujan() : zl_BSS_P2B3_Type0(false, 19, 12) {}
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;
@@ -39,6 +50,7 @@ class Pi_Ramanujan final : public zl_BSS_P2B3_Type0 {
 
 class Zeta3_AZ1 final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 8;
     Zeta3_AZ1() : zl_BSS_P2B3_Type0(true, 24, 12) {}
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;
@@ -48,6 +60,7 @@ class Zeta3_AZ1 final : public zl_BSS_P2B3_Type0 {
 
 class Zeta3_AZ2 final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 14;
     Zeta3_AZ2() : zl_BSS_P2B3_Type0(true, 37, 6) {}
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;
@@ -57,6 +70,7 @@ class Zeta3_AZ2 final : public zl_BSS_P2B3_Type0 {
 
 class Catalan_Lupas final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 7;
     Catalan_Lupas() : zl_BSS_P2B3_Type0(true, 21, 10) {}
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;
@@ -76,6 +90,7 @@ class Catalan_Huvent final : public zl_BSS_P2B2_BBP {
 // Of an argument x: x2 = x^2.
 class ArcCoth final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 2;
     explicit ArcCoth(u64_t x);  // 2 to 4294967295
     const u64_t x2;
     const double log_x2;  // ln(x2)
@@ -88,6 +103,7 @@ class ArcCoth final : public zl_BSS_P2B3_Type0 {
 // Of an argument n/d.
 class ArcSinlemn final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 3;
     ArcSinlemn(u64_t n, u64_t d);
     const u64_t n, d, n4, d4;                // n^4, d^4
     const double log_n4, log_d4, log_ratio;  // ln(n^4), ln(d^4), ln(d^4 / n^4)
@@ -100,6 +116,7 @@ class ArcSinlemn final : public zl_BSS_P2B3_Type0 {
 // The asymptotic series C of the refined Brent-McMillan formula; n = 2^m.
 class EulerGamma_BM_C final : public zl_BSS_P2B3_Type0 {
   public:
+    static constexpr upL_t term_words = 6;
     explicit EulerGamma_BM_C(u32_t m_) : zl_BSS_P2B3_Type0(false, 17, 8), m(m_) {}
     const u32_t m;
     u64_t terms(upL_t words) const override;

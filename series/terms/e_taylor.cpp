@@ -1,0 +1,108 @@
+// e and 1/e: 1/(a+1) + 1/((a+1)(a+2)) + ... over [a, b), with the signs +, -, +, ... when alternating.
+#include <array>
+
+#include "multiply/kernels/word_multiply.hpp"
+#include "series/catalogue.hpp"
+#include "series/terms/term_words.hpp"
+
+namespace znp {
+
+using namespace terms;
+using IntR = BasicIntR<cdi>;
+
+namespace {
+
+constexpr upL_t stack_words = 17;
+
+// x = (a + 1)(a + 2) (a + 3) ... b in the b - a words that it may take: the denominator of both forms.
+void set_Q(IntR& Q, u64_t a, u64_t b) {
+    const Words<2> start = product(a + 1, a + 2);
+    std::copy(start.begin(), start.end(), Q.get_T());
+    upL_t L = 2;
+    for (u64_t i = a + 3; i <= b; i++, L++) Q.get_T()[L] = MulW(Q.get_T(), L, i);
+    Q.set_LN(L);
+}
+
+void set_one_term(IntR& P, IntR& Q, u64_t a) {
+    P.set_uW(1);
+    Q.set_uW(a + 1);
+}
+
+void E_Taylor1_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
+    constexpr const char* location = "E_Taylor1_BSR_End_PQ1()";
+    P.check_size(location, b - a);
+    Q.check_size(location, b - a);
+    if (b - a == 1) return set_one_term(P, Q, a);
+    set_Q(Q, a, b);
+
+    cdi* T = P.get_T();
+    T[0] = a + 3;
+    upL_t L = 1;
+    for (u64_t i = a + 3; i <= b; i++, L++) T[L] = MulW(T, L, i, 1);
+    P.set_LN(L);
+}
+
+void E_Taylor2_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
+    constexpr const char* location = "E_Taylor2_BSR_End_PQ1()";
+    P.check_size(location, b - a);
+    Q.check_size(location, b - a);
+    if (b - a == 1) return set_one_term(P, Q, a);
+    set_Q(Q, a, b);
+
+    // Two steps at a time, which needs no subtraction: (P i + 1)(i + 1) - 1 = P i (i + 1) + i.
+    cdi* T = P.get_T();
+    T[0] = a + 1;
+    upL_t L = 1;
+    u64_t i = a + 3;
+    for (; i < b; i += 2, L += 2) {
+        T[L] = MulW(T, L, i);
+        T[L + 1] = MulW(T, L + 1, i + 1, i);
+    }
+    if (i == b) {
+        T[L] = MulW(T, L, i, 1);
+        L++;
+    }
+    P.set_LN(L);
+}
+
+}  // namespace
+
+u64_t Series_E_Taylor::terms(upL_t words) const {
+    const double target = nats_per_word * static_cast<double>(words) + 1;
+    u64_t high = 2;
+    while (log_factorial(static_cast<double>(high)) < target) high *= 2;
+    u64_t low = high / 2;  // below the target, high is not
+    while (high - low > 1) {
+        const u64_t m = low + (high - low) / 2;
+        (log_factorial(static_cast<double>(m)) < target ? low : high) = m;
+    }
+    return high + 2;
+}
+
+double Series_E_Taylor::size_at(double x) const {
+    return log_factorial(x);
+}
+
+double Series_E_Taylor::precision_of(u64_t a, u64_t b) const {
+    return log_factorial(static_cast<double>(b)) - log_factorial(static_cast<double>(a));
+}
+
+void Series_E_Taylor::BSR_End(IntR& P, IntR& Q, u64_t a, u64_t b) const {
+    if (b - a < 8) return alternating ? E_Taylor2_BSR_End_PQ1(P, Q, a, b) : E_Taylor1_BSR_End_PQ1(P, Q, a, b);
+
+    const u64_t m = (a + b) >> 1;
+    std::array<std::array<cdi, stack_words>, 4> words;
+    IntR Pl(words[0].data(), stack_words), Ql(words[1].data(), stack_words);
+    IntR Pr(words[2].data(), stack_words), Qr(words[3].data(), stack_words);
+    BSR_End(Pl, Ql, a, m);
+    BSR_End(Pr, Qr, m, b);
+    Q.set_mulB(Ql, Qr);
+    P.set_mulB(Pl, Qr);
+    if (alternating && ((a ^ m) & 1) != 0) {
+        P -= Pr;
+    } else {
+        P += Pr;
+    }
+}
+
+}  // namespace znp

@@ -1,0 +1,14 @@
+// The recursion below a series' end threshold, in integers: halves, products, sum.
+#pragma once
+
+#include "series/bss.hpp"
+
+namespace znp::terms {
+
+// P, Q, R of a range of two or more terms from its halves, each by the virtual series.BSR_End. All five
+// objects have end_words() of the series' term and b - a (series/catalogue.hpp). Results are at the start of
+// P, Q and R. No two objects overlap.
+void end_recursion(const zl_BSS_P2B3_Type0& series, BasicIntR<cdi>& P, BasicIntR<cdi>& Q, BasicIntR<cdi>& R,
+                   BasicIntR<cdi>& t0, BasicIntR<cdi>& t1, u64_t a, u64_t b);
+
+}  // namespace znp::terms

@@ -1,0 +1,33 @@
+// Pi by Chudnovsky: R(b) = (6b - 5)(2b - 1)(6b - 1), P(b) = R(b) (545140134 b + 13591409),
+// Q(b) = 640320^3 / 24 b^3. Source: D. and G. Chudnovsky, "Approximations and complex multiplication
+// according to Ramanujan", 1988.
+#include "series/catalogue.hpp"
+#include "series/terms/end_recursion.hpp"
+#include "series/terms/term_words.hpp"
+
+namespace znp {
+
+using namespace terms;
+
+u64_t Pi_Chudnovsky::terms(upL_t words) const {
+    return static_cast<u64_t>(static_cast<double>(words) * 1.3585106930018276 + 2);
+}
+
+double Pi_Chudnovsky::size_at(double x) const {
+    return 36.93111616078457 * x + 3 * log_factorial(x);
+}
+
+double Pi_Chudnovsky::precision_of(u64_t a, u64_t b) const {
+    return static_cast<double>(b - a) * 32.65445004176851;
+}
+
+void Pi_Chudnovsky::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+    if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
+
+    const Words<3> r = product(6 * b - 5, 2 * b - 1, 6 * b - 1);
+    store(R, "Pi_Chudnovsky_BSR_End_PR1()", r);
+    store(P, "Pi_Chudnovsky_BSR_End_PR1()", times(r, two_words(u128_t{545140134} * b + 13591409)));
+    store(Q, "Pi_Chudnovsky_BSR_End_Q1()", product(10939058860032000, b, b, b));
+}
+
+}  // namespace znp
