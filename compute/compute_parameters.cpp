@@ -3,13 +3,17 @@
 #include <algorithm>
 
 #include "foundation/basic_file.hpp"
+#include "foundation/exceptions.hpp"
 #include "foundation/memory.hpp"
 #include "foundation/threads.hpp"
+#include "multiply/table_holder.hpp"
 
 namespace znp {
 namespace {
 
 constexpr double log16_of_10 = 0.8304820237218407;
+constexpr upL_t guard_words = 100;  // by which the longest operands exceed the precision, at most
+constexpr u64_t bits_per_word = WordTraits<c64i>::bits;
 
 }  // namespace
 
@@ -32,16 +36,15 @@ ComputeParameters::ComputeParameters()
       param(2),
       algorithm(0),
       mode(ComputeMode::ram_only),
-      p(0),
-      dec(0),
-      hex(0),
+      p(precision_for(hex_digits_for(default_digits))),
+      dec(default_digits),
+      hex(hex_digits_for(default_digits)),
       digits_per_file(0),
       tds(1),
       minIO(SwapConfiguration::default_min_io),
       memory_limit(physical_memory() / 32 * 31) {
     set_constant(id, param);
     set_threads(logical_cores());
-    set_dec(default_digits);
 }
 
 void ComputeParameters::set_constant(u32_t new_id, u64_t new_param) {
@@ -51,6 +54,7 @@ void ComputeParameters::set_constant(u32_t new_id, u64_t new_param) {
     param = new_param;
     if (dec > constant->get_max_digits()) set_dec(constant->get_max_digits());
     if (!constant->knows_algorithm(algorithm, p)) mode = ComputeMode::ram_only;
+    update_estimates();
 }
 
 const char* ComputeParameters::choose_constant(u64_t new_id, u64_t new_param) {
@@ -63,6 +67,7 @@ const char* ComputeParameters::set_algorithm(u64_t number) {
     if (number >= static_cast<u64_t>(constant->algorithm_count())) return "Invalid Algorithm";
     algorithm = static_cast<s32_t>(number);
     if (!constant->knows_algorithm(algorithm, p)) mode = ComputeMode::ram_only;
+    update_estimates();
     return nullptr;
 }
 
@@ -89,6 +94,7 @@ const char* ComputeParameters::set_digits(u64_t new_dec, u64_t new_hex) {
     constant->set_precision(p);
     if (dec < min_digits_keep_swap_mode) mode = ComputeMode::ram_only;
     if (too_few_digits_to_compress()) digits_per_file = 0;
+    update_estimates();
     return nullptr;
 }
 
@@ -98,6 +104,7 @@ bool ComputeParameters::too_few_digits_to_compress() const {
 
 void ComputeParameters::set_threads(u64_t threads) {
     tds = static_cast<u32_t>(std::clamp<u64_t>(threads, 1, max_threads));
+    update_estimates();
 }
 
 const char* ComputeParameters::set_path(const std::wstring& folder) {
@@ -124,16 +131,78 @@ const char* ComputeParameters::set_mode(u64_t number) {
         if (!constant->knows_algorithm(algorithm, p)) return invalid_mode_text;
     }
     mode = new_mode;
+    update_estimates();
     return nullptr;
 }
 
 void ComputeParameters::set_memory_limit(u64_t bytes) {
     memory_limit = bytes;
+    ML = below_memory_limit();
+    update_estimates();
 }
 
 void ComputeParameters::set_min_io(u64_t bytes) {
     minIO = bytes;
     swap.set_min_io(bytes);
+    update_estimates();
+}
+
+u64_t ComputeParameters::longest_product_bits() const {
+    return (p + guard_words) * 2 * bits_per_word;
+}
+
+void ComputeParameters::update_estimates() {
+    update_memory();
+    if (mode == ComputeMode::swap) {
+        fit_memory_limit();
+        update_memory();
+    }
+}
+
+// A size that the multipliers do not reach, or not in this version, leaves no estimate: the reason is kept
+// for whoever wants to run the record, since it may still change.
+void ComputeParameters::update_memory() {
+    estimate_refusal.clear();
+    try {
+        memTW = table_size(longest_product_bits());
+        if (mode == ComputeMode::swap) {
+            estimate_swap();
+        } else {
+            estimate_ram_only();
+        }
+    } catch (const zn_exception& exception) {
+        estimate_refusal =
+            exception.text.empty() && exception.message != nullptr ? exception.message : exception.text;
+        memTW = memIO = ML = Msize = Fsize = 0;
+    }
+    Osize = memIO + memTW;
+}
+
+void ComputeParameters::estimate_ram_only() {
+    memIO = Fsize = 0;
+    upL_t bytes = 0;
+    if (constant->runs_B(algorithm)) constant->get_memory_B(algorithm, p, dec, tds, bytes);
+    ML = Msize = bytes;
+}
+
+void ComputeParameters::estimate_swap() {
+    memIO = swap.raid.total_buffer;
+    Msize = Fsize = 0;
+    if (constant->runs_S(algorithm)) {
+        constant->get_memory_S(algorithm, p, dec, ML, minIO, tds, Fsize, Msize);
+        u64_t least_disk = 0;
+        constant->get_memory_S(algorithm, p, dec, 0, minIO, tds, least_disk, Msize);
+    }
+    ML = std::max(ML, Msize);
+}
+
+void ComputeParameters::fit_memory_limit() {
+    ML = std::max(below_memory_limit(), Msize);
+}
+
+u64_t ComputeParameters::below_memory_limit() const {
+    const u64_t outside = memIO + memTW;
+    return memory_limit > outside ? memory_limit - outside : 0;
 }
 
 }  // namespace znp

@@ -3,8 +3,9 @@
 // Setters return null, or a static text that says why the entry was refused; a refusal changes nothing. The
 // same setters serve the command line and the screens.
 //
-// What the settings cost (working memory, twiddle tables, I/O buffers, disk) is no part of the record yet:
-// the estimates are made by update_memory, after each setter, and come with the series engine that they ask.
+// What the settings cost (working memory, twiddle tables, I/O buffers, disk) is part of the record: every
+// setter that can change it ends in the estimates. The working memory is a promise of the constant, which a
+// run in memory reserves whole; the memory limit rules runs on disk only.
 #pragma once
 
 #include <memory>
@@ -49,13 +50,15 @@ class ComputeParameters {
     SwapConfiguration swap;
     u64_t memory_limit;  // bytes that the user allows in all
 
-    // The estimates, in bytes, made by update_memory after each change.
+    // The estimates, in bytes, made by update_memory after each change. 0 where this version does not have
+    // the computation, and where estimate_refusal says why there is none.
     u64_t ML = 0;     // working memory
     u64_t memTW = 0;  // twiddle tables
     u64_t memIO = 0;  // I/O buffers
     u64_t Osize = 0;  // memTW + memIO
     u64_t Msize = 0;  // smallest working memory that works
     u64_t Fsize = 0;  // logical disk
+    std::string estimate_refusal;
 
     ComputeParameters();  // 50 million digits of Pi in memory, on all logical cores
 
@@ -75,7 +78,21 @@ class ComputeParameters {
     void set_memory_limit(u64_t bytes);
     void set_min_io(u64_t bytes);
 
+    // The estimates for the record as it stands. A run on disk keeps its ML, which rises to Msize.
+    void update_memory();
+    // On disk: ML becomes all of the memory limit that the tables and buffers leave, and at least Msize.
+    void fit_memory_limit();
+    // What every setter ends in: update_memory, and on disk the limit and the estimates that follow from it.
+    // For whoever changes the swap configuration, too.
+    void update_estimates();
+
+    // The longest product of the run, which the twiddle tables must serve.
+    u64_t longest_product_bits() const;
+
   private:
+    void estimate_ram_only();
+    void estimate_swap();
+    u64_t below_memory_limit() const;
     const char* set_digits(u64_t new_dec, u64_t new_hex);
     bool too_few_digits_to_compress() const;
 };

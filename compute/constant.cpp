@@ -271,6 +271,13 @@ void zlr_Constant::run_S(s32_t, RunTimeParameters&) const {
     fatal_exit("zlr_Constant::run_S() - Function not implemented");
 }
 
+bool zlr_Constant::runs_B(s32_t) const {
+    return false;
+}
+bool zlr_Constant::runs_S(s32_t) const {
+    return false;
+}
+
 void zlr_Constant::set_precision(upL_t) {}
 
 std::unique_ptr<zlr_Constant> make_constant(u32_t id, u64_t parameter, upL_t p) {

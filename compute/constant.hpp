@@ -66,6 +66,10 @@ class zlr_Constant {
     virtual void run_B(s32_t algorithm, RunTimeParameters& run) const;
     virtual void run_S(s32_t algorithm, RunTimeParameters& run) const;
 
+    // Whether this version has the computation and its estimates, asked before anything is reserved.
+    virtual bool runs_B(s32_t algorithm) const;
+    virtual bool runs_S(s32_t algorithm) const;
+
     // Called whenever the precision changes.
     virtual void set_precision(upL_t p);
 

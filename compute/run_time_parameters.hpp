@@ -49,6 +49,7 @@ struct RunTimeParameters {
     u64_t binary_hash = 0;        // floor(value * 10^dec) modulo 2^61 - 1
 
     std::string start_time, end_time;
+    upL_t peak_working_bytes = 0;  // of the block, known at the end
 
     // The arguments of arithmetic on a work buffer of bytes at M.
     BasicParameters arithmetic(std::byte* M, upL_t bytes) const { return {&tables, M, bytes, tds}; }

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "compute/run.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
@@ -85,7 +86,9 @@ int set_min_io(ComputeParameters& settings, CommandLine& line) {
 }
 
 int set_swap(ComputeParameters& settings, CommandLine& line) {
-    return set_swap_paths(settings.swap, line);
+    const int refused = set_swap_paths(settings.swap, line);
+    settings.update_estimates();
+    return refused;
 }
 
 constexpr std::array<OptionRow<ComputeParameters>, 10> custom_options{{
@@ -126,7 +129,8 @@ int custom_command(CommandLine& line) {
     line.advance();
     if (choose_constant_by_keyword(settings, line) != 0) return 1;
     apply_custom_options(settings, line);
-    not_available_yet("The computation of " + settings.constant->get_short_name());
+    run(settings);
+    return 0;
 }
 
 void custom_menu(ComputeParameters&) {
