@@ -73,12 +73,15 @@ void BasicFile::create(const std::wstring& path, bool retry) {
 }
 
 void BasicFile::close() {
-    if (path_.empty()) return;
-    if (std::fclose(std::exchange(handle_, nullptr)) != 0) {
-        Console::set_color('R');
-        fatal_exit("Unable to close file.");
-    }
+    if (try_close()) return;
+    Console::set_color('R');
+    fatal_exit(unable_to_close_text);
+}
+
+bool BasicFile::try_close() {
+    if (path_.empty()) return true;
     path_.clear();
+    return std::fclose(std::exchange(handle_, nullptr)) == 0;
 }
 
 void BasicFile::delete_and_close() {

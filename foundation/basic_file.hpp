@@ -23,7 +23,9 @@ class BasicFile {
     void open(const std::wstring& path, bool retry);
     void create(const std::wstring& path, bool retry);
 
-    void close();
+    void close();  // a failure is fatal
+    // The same with the failure, which errno tells, as the result; the file is closed either way.
+    [[nodiscard]] bool try_close();
     void delete_and_close();
     upL_t read(void* buffer, upL_t bytes);
     upL_t write(const void* buffer, upL_t bytes);
@@ -43,6 +45,7 @@ void make_directory(const std::wstring& path);
 void rename_file(const std::wstring& from, const std::wstring& to);  // retries with the user
 std::wstring join_path(const std::wstring& folder, const std::wstring& name);
 
+inline constexpr const char* unable_to_close_text = "Unable to close file.";
 inline constexpr const char* unable_to_write_text = "Unable to write to path.";
 int path_is_writable(const std::wstring& path);  // 0: yes; 1: no
 

@@ -1,0 +1,36 @@
+// What the output stages take from the run's heap.
+#include <algorithm>
+
+#include "compute/digit_output.hpp"
+#include "compute/stages.hpp"
+#include "foundation/heap_words.hpp"
+#include "multiply/kernels/digit_conversion.hpp"
+
+namespace znp {
+
+upL_t heap_bytes(upL_t bytes) {
+    constexpr upL_t alignment = 32;
+    constexpr upL_t guarded_overhead = 40;  // five words around the payload
+    constexpr upL_t table_entry = 16;
+    return round_up_to_word(bytes) + alignment + guarded_overhead + table_entry;
+}
+
+upL_t write_hex_bytes(u64_t hex) {
+    return hex == 0 ? 0 : heap_bytes(CVN::hexadecimal_digits * hexadecimal_words(hex));
+}
+
+// Work buffer and digits come one after the other beside the decimal words, the verification alone.
+upL_t conversion_bytes(upL_t p, u64_t dec, u64_t threads) {
+    const upL_t w = decimal_words(dec);
+    const upL_t work = cbr_table_size(CVN::decimal_base, w, threads);
+    const upL_t digits = CVN::decimal_digits * w;
+    const upL_t conversion = heap_bytes(sizeof(cdi) * w) + heap_bytes(std::max(work, digits));
+
+    upL_t verification = 0;
+    for (upL_t L = least_fraction(p); L <= most_fraction(p); ++L) {
+        verification = std::max(verification, power_check_size(10, dec, L, threads));
+    }
+    return std::max(conversion, heap_bytes(verification));
+}
+
+}  // namespace znp
