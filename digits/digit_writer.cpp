@@ -17,10 +17,6 @@ const wchar_t* radix_part(u64_t radix) {
 
 }  // namespace
 
-void check_digit_files(u64_t digits_per_file) {
-    if (digits_per_file != 0) not_available_yet("The output of compressed digit files");
-}
-
 std::wstring digit_file_stem(const DigitFileParameters& parameters, u64_t radix) {
     return join_path(parameters.path, a_to_w_direct(parameters.constant) + radix_part(radix) +
                                           a_to_w_direct(parameters.algorithm));
@@ -29,7 +25,7 @@ std::wstring digit_file_stem(const DigitFileParameters& parameters, u64_t radix)
 std::unique_ptr<DigitWriter> open_digit_writer(const DigitFileParameters& parameters, u64_t radix,
                                                const std::string& first_digits) {
     const std::wstring stem = digit_file_stem(parameters, radix);
-    check_digit_files(parameters.digits_per_file);
+    if (parameters.digits_per_file != 0) not_available_yet("Compressed output");
     return std::make_unique<BasicTextWriter>(stem + L".txt", first_digits, true, radix);
 }
 

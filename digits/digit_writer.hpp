@@ -34,10 +34,8 @@ struct DigitFileParameters {
     BasicHeap* heap = nullptr;
 };
 
-// Ends the program where files of this setting cannot be written. The run asks before it computes anything.
-void check_digit_files(u64_t digits_per_file);
-
 // Radix 10 or 16, otherwise a fatal error. first_digits: "3.14..." up to its point goes before the digits.
+// Compressed files are not available yet: a fatal error, which the run gives before it computes anything.
 std::unique_ptr<DigitWriter> open_digit_writer(const DigitFileParameters& parameters, u64_t radix,
                                                const std::string& first_digits);
 

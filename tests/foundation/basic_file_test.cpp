@@ -209,6 +209,20 @@ TEST_F(BasicFileTest, RetrySucceedsOnceTheUserHasMendedTheCause) {
     EXPECT_FALSE(file_exists(inside));
 }
 
+TEST_F(BasicFileTest, CloseThatFailsCanBeTried) {
+    BasicFile file;
+    EXPECT_TRUE(file.try_close());
+    file.create(path(L"a"), false);
+    EXPECT_TRUE(file.try_close());
+
+    file.create(L"/dev/full", false);
+    file.write("x", 1);
+    errno = 0;
+    EXPECT_FALSE(file.try_close());
+    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_FALSE(file.is_open());
+}
+
 TEST_F(BasicFileDeathTest, CloseThatFailsIsFatal) {
     EXPECT_EXIT(dying([] {
                     BasicFile file;
