@@ -1,8 +1,10 @@
 // e and 1/e: 1/(a+1) + 1/((a+1)(a+2)) + ... over [a, b), with the signs +, -, +, ... when alternating.
+#include <algorithm>
 #include <array>
 
 #include "multiply/kernels/word_multiply.hpp"
 #include "series/catalogue.hpp"
+#include "series/terms/bisection.hpp"
 #include "series/terms/term_words.hpp"
 
 namespace znp {
@@ -69,14 +71,8 @@ void E_Taylor2_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
 
 u64_t Series_E_Taylor::terms(upL_t words) const {
     const double target = nats_per_word * static_cast<double>(words) + 1;
-    u64_t high = 2;
-    while (log_factorial(static_cast<double>(high)) < target) high *= 2;
-    u64_t low = high / 2;  // below the target, high is not
-    while (high - low > 1) {
-        const u64_t m = low + (high - low) / 2;
-        (log_factorial(static_cast<double>(m)) < target ? low : high) = m;
-    }
-    return high + 2;
+    const auto size = [](u64_t x) { return log_factorial(static_cast<double>(x)); };
+    return first_at_least(2, doubling_bound(2, target, size), target, size) + 2;
 }
 
 double Series_E_Taylor::size_at(double x) const {

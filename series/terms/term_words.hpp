@@ -57,6 +57,20 @@ constexpr auto product(u64_t a, u64_t b, u64_t c, Rest... rest) {
     return times(product(b, c, rest...), a);
 }
 
+// The polynomial with these coefficients, from the highest power down, at b.
+template <upL_t N>
+constexpr Words<N> horner_from(const Words<N>& value, u64_t) {
+    return value;
+}
+template <upL_t N, class... Rest>
+constexpr auto horner_from(const Words<N>& value, u64_t b, u64_t c, Rest... rest) {
+    return horner_from(times(value, b, c), b, rest...);
+}
+template <class... Rest>
+constexpr auto horner(u64_t b, u64_t highest, Rest... rest) {
+    return horner_from(Words<1>{highest}, b, static_cast<u64_t>(rest)...);
+}
+
 // x = value, in the N words that it may take.
 template <upL_t N>
 void store(BasicIntR<cdi>& x, const char* location, const Words<N>& value) {
