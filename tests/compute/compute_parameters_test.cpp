@@ -2,14 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/exceptions.hpp"
 #include "foundation/memory.hpp"
 #include "foundation/threads.hpp"
+#include "multiply/table_holder.hpp"
 #include "temporary_folder.hpp"
+#include "test_constant.hpp"
 
 namespace znp {
 namespace {
 
 using testing::TemporaryFolder;
+using testing::TestSettings;
 
 constexpr const char* digits_out_of_range = "# of digits is out of range";
 
@@ -237,6 +241,163 @@ TEST(ComputeParameters, MemoryLimitIsStored) {
     ComputeParameters settings;
     settings.set_memory_limit(2'684'354'560);
     EXPECT_EQ(settings.memory_limit, 2'684'354'560u);
+}
+
+// ---- The estimates ----------------------------------------------------------------------------------------
+
+// Estimates that can be told from each other: 1000 bytes a thread, a byte a digit, and the algorithm.
+bool distinct_memory(s32_t algorithm, upL_t, u64_t digits, u64_t threads, upL_t& bytes) {
+    bytes = digits + 1000 * threads + 100 * static_cast<upL_t>(algorithm);
+    return true;
+}
+
+TEST(Estimates, InMemoryAreTheConstantsAndTheTables) {
+    TestSettings test;
+    ComputeParameters& settings = test.settings;
+    test.constant->memory_B = distinct_memory;
+    settings.update_memory();
+    EXPECT_EQ(settings.ML, 2000u);
+    EXPECT_EQ(settings.Msize, 2000u);
+    EXPECT_EQ(settings.memTW, table_size((settings.p + 100) * 128));
+    EXPECT_EQ(settings.memIO, 0u);
+    EXPECT_EQ(settings.Fsize, 0u);
+    EXPECT_EQ(settings.Osize, settings.memTW);
+    EXPECT_EQ(settings.longest_product_bits(), (settings.p + 100) * 128);
+}
+
+TEST(Estimates, FollowEverySetter) {
+    TestSettings test;
+    ComputeParameters& settings = test.settings;
+    test.constant->memory_B = distinct_memory;
+    settings.set_threads(2);
+    EXPECT_EQ(settings.ML, 3000u);
+    ASSERT_EQ(settings.set_dec(5000), nullptr);
+    EXPECT_EQ(settings.ML, 7000u);
+    EXPECT_EQ(settings.memTW, table_size((settings.p + 100) * 128));
+    ASSERT_EQ(settings.set_hex(5000), nullptr);  // 6020 decimal digits
+    EXPECT_EQ(settings.ML, 8020u);
+    ASSERT_EQ(settings.set_algorithm(1), nullptr);
+    EXPECT_EQ(settings.ML, 8120u);
+    ASSERT_EQ(settings.choose_constant(constant_id::sqrt, 2), nullptr);
+    upL_t bytes = 0;
+    if (settings.constant->runs_B(0)) settings.constant->get_memory_B(0, settings.p, settings.dec, 2, bytes);
+    EXPECT_EQ(settings.ML, bytes);
+}
+
+TEST(Estimates, ARefusedEntryLeavesThem) {
+    TestSettings test;
+    ComputeParameters& settings = test.settings;
+    test.constant->memory_B = distinct_memory;
+    settings.update_memory();
+    EXPECT_NE(settings.set_dec(99), nullptr);
+    EXPECT_NE(settings.set_hex(3), nullptr);
+    EXPECT_NE(settings.set_algorithm(2), nullptr);
+    EXPECT_EQ(settings.ML, 2000u);
+}
+
+// A run in memory takes what it needs: the limit only rules runs on disk.
+TEST(Estimates, TheMemoryLimitDoesNotChangeARunInMemory) {
+    TestSettings test;
+    test.constant->memory_B = distinct_memory;
+    for (const u64_t limit : {u64_t{0}, u64_t{1}, u64_t{1} << 40, ~u64_t{0}}) {
+        test.settings.set_memory_limit(limit);
+        EXPECT_EQ(test.settings.ML, 2000u);
+    }
+}
+
+TEST(Estimates, AConstantWithoutItsComputationNeedsNothing) {
+    TestSettings test;
+    test.constant->memory_B = distinct_memory;
+    test.constant->has_run_B = false;
+    test.settings.update_memory();
+    EXPECT_EQ(test.settings.ML, 0u);
+    EXPECT_EQ(test.settings.estimate_refusal, "");
+}
+
+TEST(Estimates, AnExceptionOfTheEstimatorIsKeptUntilItPasses) {
+    TestSettings test;
+    ComputeParameters& settings = test.settings;
+    test.constant->memory_B = [](s32_t, upL_t, u64_t digits, u64_t, upL_t& bytes) -> bool {
+        if (digits > 1000) throw zn_exception(error_code::unspecified, "message", "text");
+        if (digits > 900) throw zn_exception(error_code::unspecified, "message");
+        bytes = 5;
+        return true;
+    };
+    ASSERT_EQ(settings.set_dec(2000), nullptr);
+    EXPECT_EQ(settings.estimate_refusal, "text");
+    EXPECT_EQ(settings.ML, 0u);
+    EXPECT_EQ(settings.Osize, 0u);
+    ASSERT_EQ(settings.set_dec(1000), nullptr);
+    EXPECT_EQ(settings.estimate_refusal, "message");
+    ASSERT_EQ(settings.set_dec(900), nullptr);
+    EXPECT_EQ(settings.estimate_refusal, "");
+    EXPECT_EQ(settings.ML, 5u);
+}
+
+// In swap mode: half of ML as disk, a smallest working memory of 3 MiB.
+struct SwapSettings : TestSettings {
+    static constexpr upL_t least = 3 << 20;
+
+    SwapSettings() {
+        constant->has_run_S = true;
+        constant->memory_S = [](upL_t ML, upL_t minIO, u64_t& disk, upL_t& memory) {
+            disk = ML / 2 + minIO;
+            memory = ML == 0 ? least : 2 * least;
+            return true;
+        };
+        settings.minIO = 4096;
+        settings.mode = ComputeMode::swap;
+    }
+    u64_t outside() const { return settings.memTW + RaidFileSettings::default_buffer; }
+};
+
+TEST(Estimates, OnDiskAllOfTheLimitIsWorkingMemory) {
+    SwapSettings test;
+    test.settings.set_memory_limit(u64_t{1} << 30);
+    EXPECT_EQ(test.settings.memIO, RaidFileSettings::default_buffer);
+    EXPECT_EQ(test.settings.Osize, test.outside());
+    EXPECT_EQ(test.settings.ML, (u64_t{1} << 30) - test.outside());
+    EXPECT_EQ(test.settings.Msize, SwapSettings::least);
+    EXPECT_EQ(test.settings.Fsize, test.settings.ML / 2 + 4096);
+}
+
+TEST(Estimates, OnDiskALimitBelowTheLeastIsRaised) {
+    for (const u64_t limit : {u64_t{0}, u64_t{5000}}) {
+        SwapSettings test;
+        test.settings.set_memory_limit(limit);
+        EXPECT_EQ(test.settings.ML, SwapSettings::least);
+    }
+    SwapSettings test;
+    test.settings.set_memory_limit(test.outside() + SwapSettings::least - 1);
+    EXPECT_EQ(test.settings.ML, SwapSettings::least);
+    test.settings.set_memory_limit(test.outside() + SwapSettings::least + 1);
+    EXPECT_EQ(test.settings.ML, SwapSettings::least + 1);
+}
+
+TEST(Estimates, FitMemoryLimitAlone) {
+    SwapSettings test;
+    test.settings.update_memory();
+    test.settings.memory_limit = u64_t{1} << 30;
+    test.settings.fit_memory_limit();
+    EXPECT_EQ(test.settings.ML, (u64_t{1} << 30) - test.outside());
+    test.settings.memory_limit = 7;
+    test.settings.fit_memory_limit();
+    EXPECT_EQ(test.settings.ML, SwapSettings::least);
+}
+
+TEST(Estimates, OnDiskMinIOReachesTheConstant) {
+    SwapSettings test;
+    test.settings.set_min_io(1 << 20);
+    EXPECT_EQ(test.settings.Fsize, test.settings.ML / 2 + (1 << 20));
+}
+
+TEST(Estimates, BackInMemoryNoDiskIsNeeded) {
+    SwapSettings test;
+    test.settings.set_memory_limit(u64_t{1} << 30);
+    ASSERT_EQ(test.settings.set_mode(0), nullptr);
+    EXPECT_EQ(test.settings.Fsize, 0u);
+    EXPECT_EQ(test.settings.memIO, 0u);
+    EXPECT_EQ(test.settings.ML, testing::TestConstant::default_memory);
 }
 
 }  // namespace
