@@ -1,0 +1,168 @@
+#!/usr/bin/env python3
+"""Makes the prime sets of the large transform.
+
+    generators/vst_prime_sets.py            rewrites multiply/vst/prime_sets.inc
+    generators/vst_prime_sets.py --check    says whether it is what it would write
+
+For each set (a, b) the a largest primes p = h b 2^max_c + 1 below 2^48. Proved for each set:
+
+    each prime          by Proth's theorem: p = k 2^max_c + 1 with k < 2^max_c and some g^((p - 1)/2) = -1
+    each root's order   r^(b 2^max_c) = 1, and not 1 for this exponent over each of its prime factors
+    the recovery        the limbs give back the cofactors; inverse times cofactor is 1; random numbers come back
+    the room            the product of the primes is above every coefficient at max_c; slack() says how far
+"""
+import math
+import os
+import random
+import sys
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+MAX_C = {4: (43, 41, 39, 39), 5: (42, 39, 39, 38), 6: (42, 39, 39, 38), 7: (41, 39, 38, 38), 8: (40, 39, 38, 37),
+         9: (40, 39, 38, 37)}
+LIMIT = 1 << 48
+LIMB = 48
+
+
+def balanced(x, p):
+    x %= p
+    return x - p if x > p // 2 else x
+
+
+def is_proven_prime(p, exponent):
+    """Proth's theorem, which needs the power of two to exceed the other factor."""
+    k = p >> exponent
+    assert p == (k << exponent) + 1 and k < 1 << exponent
+    if any(p % small == 0 for small in (3, 5, 7, 11, 13)):
+        return False
+    for g in (2, 3, 5, 7, 11, 13, 17, 19, 23, 29, 31, 37):
+        power = pow(g, (p - 1) // 2, p)
+        if power == p - 1:
+            return True
+        if power != 1:
+            return False  # Euler's criterion
+    raise AssertionError("no witness for %d" % p)
+
+
+def largest_primes(a, b, max_c):
+    step = b << max_c
+    h = (LIMIT - 2) // step
+    primes = []
+    while len(primes) < a:
+        assert h > 0
+        if is_proven_prime(h * step + 1, max_c):
+            primes.append(h * step + 1)
+        h -= 1
+    return primes
+
+
+def has_order(r, order, b, p):
+    factors = [2] if b == 1 else [2, b]
+    return pow(r, order, p) == 1 and all(pow(r, order // q, p) != 1 for q in factors)
+
+
+def root_of_order(order, b, p):
+    """That of the least base."""
+    g = 2
+    while not has_order(pow(g, (p - 1) // order, p), order, b, p):
+        g += 1
+    return balanced(pow(g, (p - 1) // order, p), p)
+
+
+def limbs(x, count):
+    """Digits in [-2^47, 2^47) of base 2^48, the last one with what remains, up to 2^48."""
+    digits = []
+    for _ in range(count - 1):
+        low = x & ((1 << LIMB) - 1)
+        if low >= 1 << (LIMB - 1):
+            low -= 1 << LIMB
+        digits.append(low)
+        x = (x - low) >> LIMB
+    assert 0 <= x <= 1 << LIMB
+    return digits + [x]
+
+
+def from_limbs(digits):
+    return sum(d << (LIMB * i) for i, d in enumerate(digits))
+
+
+class PrimeSet:
+    def __init__(self, a, b):
+        self.a, self.b, self.max_c = a, b, MAX_C[a][(b - 1) // 2]
+        self.primes = largest_primes(a, b, self.max_c)
+        self.roots = [root_of_order(b << self.max_c, b, p) for p in self.primes]
+        self.product = math.prod(self.primes)
+        self.cofactors = [self.product // p for p in self.primes]
+        self.inverses = [balanced(pow(m, -1, p), p) for m, p in zip(self.cofactors, self.primes)]
+        self.factors = [limb for m in self.cofactors for limb in limbs(m, a - 1)] + limbs(self.product, a)
+        self.scale = -(2.0 ** 48) * (1 << (LIMB * (a - 1))) / self.product
+
+    def slack(self, c):
+        """log2 of the primes' product over the bound of a coefficient, b 2^c (2^(24 (a - 1)) - 1)^2."""
+        return math.log2(self.product) - math.log2((self.b << c) * ((1 << 24 * (self.a - 1)) - 1) ** 2)
+
+    def verify(self, rng):
+        a, order = self.a, self.b << self.max_c
+        assert len(set(self.primes)) == a and all(p < LIMIT for p in self.primes)
+        for p, root, cofactor, inverse in zip(self.primes, self.roots, self.cofactors, self.inverses):
+            assert has_order(root % p, order, self.b, p) and abs(root) <= (p - 1) // 2
+            assert inverse * cofactor % p == 1 and abs(inverse) <= (p - 1) // 2
+        for i in range(a):
+            assert from_limbs(self.factors[i * (a - 1):(i + 1) * (a - 1)]) == self.cofactors[i]
+        assert from_limbs(self.factors[a * (a - 1):]) == self.product
+        # The quotient estimate of the recovery wants 0 <= x / product < 0.41: see conversion_kernel.cpp.
+        assert self.slack(self.max_c) >= 1.29
+        bound = (self.b << self.max_c) * ((1 << 24 * (a - 1)) - 1) ** 2
+        for x in [0, bound] + [rng.randrange(bound + 1) for _ in range(20)]:
+            y = [balanced(x * i, p) for i, p in zip(self.inverses, self.primes)]
+            total = sum(v * m for v, m in zip(y, self.cofactors))
+            top = total >> (LIMB * (a - 1))
+            quotient = round(top * self.scale * 2.0 ** -48 + 0.2)
+            assert total + quotient * self.product == x
+
+
+def c_array(name, values, a, b):
+    """The values in a line each four, padded with zeros to whole vectors."""
+    padded = values + [0] * (-len(values) % 4)
+    rows = [", ".join("%d.0" % v for v in padded[i:i + 4]) for i in range(0, len(padded), 4)]
+    return "alignas(32) constexpr double %s_%d_%d[] = {\n    %s,\n};\n" % (name, a, b, ",\n    ".join(rows))
+
+
+def include_text(sets):
+    lines = ["// Made by generators/vst_prime_sets.py, which proves it.\n"]
+    for s in sets:
+        lines.append("\n// (%d, %d): %.2f bits of slack at 2^%d\n" % (s.a, s.b, s.slack(s.max_c), s.max_c))
+        lines.append(c_array("primes", s.primes, s.a, s.b))
+        lines.append(c_array("roots", s.roots, s.a, s.b))
+        lines.append(c_array("neg_half", [-((p - 1) // 2) for p in s.primes], s.a, s.b))
+        lines.append(c_array("crt_factors", s.factors, s.a, s.b))
+        lines.append(c_array("crt_inverses", s.inverses, s.a, s.b))
+    lines.append("\nconstexpr PrimeSet sets[6][4] = {\n")
+    for a in sorted(MAX_C):
+        lines.append("    {\n")
+        for s in (s for s in sets if s.a == a):
+            names = ", ".join("%s_%d_%d" % (name, s.a, s.b)
+                              for name in ("primes", "roots", "neg_half", "crt_factors", "crt_inverses"))
+            lines.append("        {%d, %d, %d, %s, %r},\n" % (s.a, s.b, s.max_c, names, s.scale))
+        lines.append("    },\n")
+    lines.append("};\n")
+    return "".join(lines)
+
+
+def main():
+    sets = [PrimeSet(a, b) for a in sorted(MAX_C) for b in (1, 3, 5, 7)]
+    rng = random.Random(48)
+    for s in sets:
+        s.verify(rng)
+    text = include_text(sets)
+    path = os.path.join(ROOT, "multiply/vst/prime_sets.inc")
+    if "--check" in sys.argv[1:]:
+        same = os.path.exists(path) and open(path, encoding="ascii").read() == text
+        print("multiply/vst/prime_sets.inc: %s" % ("as made" if same else "differs"))
+        return 0 if same else 1
+    with open(path, "w", encoding="ascii") as file:
+        file.write(text)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,123 @@
+#!/usr/bin/env python3
+"""Makes the size plans of the large transform.
+
+    generators/vst_size_plan.py            rewrites multiply/vst/size_plan.inc
+    generators/vst_size_plan.py --check    says whether it is what it would write
+
+A row (a, b, c) is a transform of b 2^c points over a primes, which holds 24 (a - 1) b 2^c bits. The main plan has
+159 rows with c from 9 to 28, the large one 296 rows with c from 11 to 43: all capacities that there are, each by its
+fastest row, less, in the main plan, those that save least against the next row.
+
+The time of a row is that of a product of its capacity on one thread. generators/vst_measurements.tsv (output of
+bench/vst_sizes_bench: a, b, c, nanoseconds) has it where it was measured; other rows follow the model below, scaled to
+the measured row that is nearest in size.
+"""
+import math
+import os
+import sys
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+MAX_C = {4: (43, 41, 39, 39), 5: (42, 39, 39, 38), 6: (42, 39, 39, 38), 7: (41, 39, 38, 38), 8: (40, 39, 38, 37),
+         9: (40, 39, 38, 37)}
+MAIN_ROWS, LARGE_ROWS = 159, 296
+MAIN_C, LARGE_C = (9, 28), (11, 43)
+FIRST = [(4, 1, 10), (5, 1, 10), (4, 3, 9), (6, 1, 10), (7, 1, 10), (8, 1, 10), (6, 3, 9), (9, 1, 10)]
+MAIN_LAST = (8, 1, 28)
+LARGE_FIRST, LARGE_LAST = (4, 1, 12), (4, 1, 43)
+
+
+def capacity(row):
+    a, b, c = row
+    return 24 * (a - 1) * b << c
+
+
+def points(row):
+    return row[1] << row[2]
+
+
+def model(row):
+    """Relative time: levels of butterflies and, worth so many levels more, the two ends."""
+    a, b, c = row
+    radix = {1: 0.0, 3: 1.9, 5: 3.0, 7: 3.9}[b]
+    return a * points(row) * (c + radix + 0.7 * a + 4)
+
+
+def read_measurements():
+    times = {}
+    path = os.path.join(ROOT, "generators/vst_measurements.tsv")
+    if os.path.exists(path):
+        with open(path, encoding="ascii") as file:
+            for line in file:
+                if not line.startswith("#"):
+                    a, b, c, nanoseconds = line.split()
+                    times[int(a), int(b), int(c)] = float(nanoseconds)
+    return times
+
+
+def estimate(row, times):
+    if row in times:
+        return times[row]
+    same_set = [other for other in times if other[:2] == row[:2]]
+    known = same_set or list(times)
+    if not known:
+        return model(row)
+    nearest = min(known, key=lambda other: (abs(math.log(capacity(other) / capacity(row))), other))
+    return model(row) * times[nearest] / model(nearest)
+
+
+def all_rows(c_range, low, high):
+    """Rows by capacity; blocks of 64 points for b = 1 and of 32 b points want four levels above them."""
+    rows = {}
+    for a, limits in MAX_C.items():
+        for b in (1, 3, 5, 7):
+            least = c_range[0] + (b == 1)
+            for c in range(least, min(c_range[1], limits[b // 2]) + 1):
+                if low <= capacity((a, b, c)) <= high:
+                    rows.setdefault(capacity((a, b, c)), []).append((a, b, c))
+    return rows
+
+
+def fastest(rows, fixed, times):
+    table = [min(same, key=lambda row: (row not in fixed, estimate(row, times), row)) for same in rows.values()]
+    return sorted(table, key=capacity)
+
+
+def main_table(times):
+    table = fastest(all_rows(MAIN_C, capacity(FIRST[0]), capacity(MAIN_LAST)), set(FIRST + [MAIN_LAST]), times)
+    assert table[:len(FIRST)] == FIRST and table[-1] == MAIN_LAST
+    while len(table) > MAIN_ROWS:
+        inner = range(len(FIRST), len(table) - 1)
+        worst = min(inner, key=lambda i: estimate(table[i + 1], times) / estimate(table[i], times))
+        del table[worst]
+    return table
+
+
+def large_table(times):
+    table = fastest(all_rows(LARGE_C, capacity(LARGE_FIRST), capacity(LARGE_LAST)), set(), times)
+    assert table[0] == LARGE_FIRST and table[-1] == LARGE_LAST and len(table) == LARGE_ROWS
+    return table
+
+
+def include_text(name, table):
+    lines = ["constexpr SizePlanRow %s[%d] = {\n" % (name, len(table))]
+    for i in range(0, len(table), 8):
+        lines.append("    " + ", ".join("{%d, %d, %d}" % row for row in table[i:i + 8]) + ",\n")
+    return "".join(lines) + "};\n"
+
+
+def main():
+    times = read_measurements()
+    text = "// Made by generators/vst_size_plan.py: a, b, c by capacity.\n" + include_text(
+        "main_rows", main_table(times)) + include_text("large_rows", large_table(times))
+    path = os.path.join(ROOT, "multiply/vst/size_plan.inc")
+    if "--check" in sys.argv[1:]:
+        same = os.path.exists(path) and open(path, encoding="ascii").read() == text
+        print("multiply/vst/size_plan.inc: %s" % ("as made" if same else "differs"))
+        return 0 if same else 1
+    with open(path, "w", encoding="ascii") as file:
+        file.write(text)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
