@@ -13,6 +13,7 @@
 #include "foundation/types.hpp"
 #include "numbers/basic_int.hpp"
 #include "numbers/exact_float.hpp"
+#include "series/memory_plan.hpp"
 
 namespace znp {
 
@@ -41,8 +42,11 @@ class zl_BSS {
     // ln of the factor by which the terms shrink over [a, b).
     virtual double precision_of(u64_t a, u64_t b) const = 0;
     // Words of precision that are still needed of the terms from a on when the series ends at b. Only a
-    // series that is summed with truncated products (ASR) has it; the others throw.
+    // series that can be summed with truncated products (ASR) has it and says so; the others throw.
+    virtual bool has_PrecisionAtIndex() const { return false; }
     virtual upL_t PrecisionAtIndex(u64_t a, u64_t b) const;
+    // What a range with a Q of L words takes (series/memory_plan.hpp).
+    virtual MemoryPlan memory_plan(upL_t L, u64_t level, u64_t threads) const;
 
     // Where a range of more than 100 terms is divided: the smallest m that halves the size.
     u64_t split(u64_t a, u64_t b) const;
@@ -78,7 +82,7 @@ class zl_BSS_P2B3_Type0 : public zl_BSS {
 // Series whose terms are fractions of their own, P and Q in a node: P = Pl Qr +- Ql Pr, Q = Ql Qr.
 class zl_BSS_P2B2_BBP : public zl_BSS {
   public:
-    // The one term of [k, k + 1).
+    // The term k, which is the range [k - 1, k).
     virtual void BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const = 0;
 
   protected:

@@ -122,6 +122,7 @@ class EulerGamma_BM_C final : public zl_BSS_P2B3_Type0 {
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;
     double precision_of(u64_t a, u64_t b) const override;
+    bool has_PrecisionAtIndex() const override { return true; }
     upL_t PrecisionAtIndex(u64_t a, u64_t b) const override;
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
 };

@@ -1,0 +1,61 @@
+#include "series/memory_plan.hpp"
+
+#include <algorithm>
+
+#include "multiply/dispatch.hpp"
+
+namespace znp {
+
+namespace {
+
+constexpr int levels = 64;  // more than any range has
+
+upL_t half(upL_t L, upL_t overhead) {
+    return L / 2 + overhead;
+}
+
+// The words of an object that is used in place, from one whose left half has w words.
+upL_t sum_of_levels(upL_t w, upL_t overhead) {
+    upL_t sum = w;
+    for (int i = 0; i < levels; i++) {
+        w = half(w, overhead);
+        sum += w;
+    }
+    return sum;
+}
+
+}  // namespace
+
+MemoryPlan serial_memory_plan(upL_t L, upL_t overhead) {
+    const upL_t w = half(L, overhead);
+    return {sum_of_levels(w, overhead), work_bytes_for<cdi>(2 * w, 1)};
+}
+
+MemoryPlan parallel_memory_plan(upL_t L, upL_t overhead, u64_t tasks, u64_t threads) {
+    const u64_t t = std::min(tasks, threads);
+    upL_t w = half(L, overhead);
+    upL_t bytes = work_bytes_for<cdi>(2 * w, t);
+    unsigned forks = 0;
+    for (; tasks > 1; tasks = (tasks + 1) >> 1) {
+        forks++;
+        w = half(w, overhead);
+        bytes = std::max(bytes, (work_bytes_for<cdi>(2 * w, std::min(t, tasks)) + 32) << forks);
+    }
+    return {sum_of_levels(w, overhead) << forks, bytes};
+}
+
+MemoryPlan level_memory_plan(upL_t L, upL_t overhead, u64_t level, u64_t threads) {
+    if (threads < 2 || level == 0) return parallel_memory_plan(L, overhead, threads, threads);
+    const u64_t tasks = 2 * threads;
+    upL_t w = half(L, overhead);
+    upL_t words = w;
+    const upL_t bytes = work_bytes_for<cdi>(2 * w, std::min(tasks, threads));
+    for (u64_t i = 1; i < level; i++) {
+        w = half(w, overhead);
+        words += w;
+    }
+    const MemoryPlan rest = parallel_memory_plan(w, overhead, tasks, threads);
+    return {words + rest.words, std::max(bytes, rest.bytes)};
+}
+
+}  // namespace znp
