@@ -78,6 +78,7 @@ void write_digits(const RunTimeParameters& run, u64_t radix, const std::string& 
 // The digits are made from the words without looking at them, so a word beyond the radix counts as a failure.
 void convert_fraction(RunTimeParameters& run, const Parts& number, cdi* words, upL_t w) {
     StatusLine status;
+    status.set_label("Base Converting: ");
     const WorkBuffer work(run, cbr_table_size(CVN::decimal_base, w, run.tds));
     repeat_until_right(run, status, "Radix Conversion Failed - Reattempting...", [&] {
         return conversion_calls.conversion(work.arithmetic, CVN::decimal_base, words, w, number.fraction,
