@@ -11,7 +11,7 @@ namespace {
 
 TEST(DigitCount, AgreesWithCountingOneByOne) {
     auto rng = testing::make_rng(1);
-    for (const upL_t length : {upL_t{0}, upL_t{1}, upL_t{3}, upL_t{4}, upL_t{5}, upL_t{63}, upL_t{10007}}) {
+    for (const upL_t length : {0u, 1u, 7u, 8u, 9u, 15u, 16u, 63u, 10007u}) {
         std::string digits(length, '\0');
         std::array<u64_t, 16> expected{};
         for (char& digit : digits) {
