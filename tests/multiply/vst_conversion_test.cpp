@@ -259,19 +259,43 @@ TEST(VSTConversion, CarryFromTheBlockBefore) {
     }
 }
 
-// The whole range of balanced residues is recovered, the largest of either sign included.
+// Residues at either end of their range, in even number: y = -(p - 1) / 2 for all of them makes the
+// coefficient that is half the sum of the P / p, and y = (p - 1) / 2 the opposite, which is no coefficient.
 TEST(VSTConversion, LargestResidues) {
-    for (const Geometry& g : all_shapes()) {
-        const PrimeSet& set = prime_set(g.a, g.b);
-        for (const double sign : {1.0, -1.0}) {
-            Block block(g);
-            for (upL_t j = 0; j < g.n(); ++j) {
-                for (unsigned s = 0; s < g.a; ++s) block.at(s, j) = sign * set.neg_half[s];
+    for (const Inverse convert : {block_to_words, block_to_words_reference}) {
+        for (Geometry g : all_shapes()) {
+            const PrimeSet& set = prime_set(g.a, g.b);
+            g.c = set.max_c;
+            const unsigned used = g.a / 2 * 2;
+            Block low(g), high(g);
+            Integer x, cofactor, sum;
+            for (unsigned s = 0; s < g.a; ++s) {
+                mpz_set_ui(cofactor.value, 1);
+                for (unsigned other = 0; other < g.a; ++other) {
+                    if (other != s)
+                        mpz_mul_ui(cofactor.value, cofactor.value,
+                                   static_cast<unsigned long>(set.primes[other]));
+                }
+                if (s < used) mpz_add(x.value, x.value, cofactor.value);
+                for (upL_t j = 0; j < g.n(); ++j) {
+                    low.at(s, j) = s < used ? set.neg_half[s] : 0.0;
+                    high.at(s, j) = -low.at(s, j);
+                }
             }
-            std::vector<std::byte> words(block_bytes_of_words(g));
+            mpz_tdiv_q_2exp(x.value, x.value, 1);
+            for (upL_t j = 0; j < g.n(); ++j) {
+                mpz_add(sum.value, sum.value, x.value);
+                mpz_mul_2exp(x.value, x.value, g.input_bits());
+            }
+            std::vector<std::byte> words(block_bytes_of_words(g)), expected(words.size() + 200);
+            mpz_export(expected.data(), nullptr, -1, 1, -1, 0, sum.value);
             BlockCarry carry{};
-            const u64_t H = block_to_words(g, set, words.data(), block.data(), carry);
-            EXPECT_GE(H, redundancy_bound(g));  // far from any coefficient
+            const u64_t H = convert(g, set, words.data(), low.data(), carry);
+            EXPECT_TRUE(std::equal(words.begin(), words.end(), expected.begin()));
+            EXPECT_EQ(std::memcmp(&carry, expected.data() + words.size(), sizeof carry), 0);
+            EXPECT_LT(H, redundancy_bound(g));
+            carry = {};
+            EXPECT_GE(convert(g, set, words.data(), high.data(), carry), redundancy_bound(g));
         }
     }
 }
@@ -279,16 +303,18 @@ TEST(VSTConversion, LargestResidues) {
 // A wrong residue makes a coefficient that is no sum of products.
 TEST(VSTConversion, OneWrongResidueShows) {
     std::mt19937_64 rng = make_rng(6);
-    for (const Geometry& g : all_shapes()) {
-        const PrimeSet& set = prime_set(g.a, g.b);
-        Block block(g);
-        BlockCarry carry{};
-        fill(block, g, Coefficients::random, carry, rng);
-        const auto s = static_cast<unsigned>(rng() % g.a);
-        double& r = block.at(s, rng() % g.n());
-        r += r > 0 ? -12345.0 : 12345.0;
-        std::vector<std::byte> words(block_bytes_of_words(g));
-        EXPECT_GE(block_to_words(g, set, words.data(), block.data(), carry), redundancy_bound(g));
+    for (const Inverse convert : {block_to_words, block_to_words_reference}) {
+        for (const Geometry& g : all_shapes()) {
+            const PrimeSet& set = prime_set(g.a, g.b);
+            Block block(g);
+            fill(block, g, Coefficients::random, {}, rng);
+            const auto s = static_cast<unsigned>(rng() % g.a);
+            double& r = block.at(s, rng() % g.n());
+            r += std::rint(r > 0 ? set.neg_half[s] / 3 : -set.neg_half[s] / 3);
+            std::vector<std::byte> words(block_bytes_of_words(g));
+            BlockCarry carry{};
+            EXPECT_GE(convert(g, set, words.data(), block.data(), carry), redundancy_bound(g));
+        }
     }
 }
 
