@@ -94,6 +94,8 @@ class PrimeSet:
         self.cofactors = [self.product // p for p in self.primes]
         self.inverses = [balanced(pow(m, -1, p), p) for m, p in zip(self.cofactors, self.primes)]
         self.factors = [limb for m in self.cofactors for limb in limbs(m, a - 1)] + limbs(self.product, a)
+        self.inverse_primes = [1.0 / p for p in self.primes]
+        self.limb_bases = [balanced(1 << LIMB, p) for p in self.primes]
         self.scale = -(2.0 ** 48) * (1 << (LIMB * (a - 1))) / self.product
 
     def slack(self, c):
@@ -109,7 +111,7 @@ class PrimeSet:
         for i in range(a):
             assert from_limbs(self.factors[i * (a - 1):(i + 1) * (a - 1)]) == self.cofactors[i]
         assert from_limbs(self.factors[a * (a - 1):]) == self.product
-        # The quotient estimate of the recovery wants 0 <= x / product < 0.41: see conversion_kernel.cpp.
+        # The quotient estimate of the recovery wants 0 <= x / product < 0.41: see recovery_kernel.cpp.
         assert self.slack(self.max_c) >= 1.29
         bound = (self.b << self.max_c) * ((1 << 24 * (a - 1)) - 1) ** 2
         for x in [0, bound] + [rng.randrange(bound + 1) for _ in range(20)]:
@@ -122,8 +124,9 @@ class PrimeSet:
 
 def c_array(name, values, a, b):
     """The values in a line each four, padded with zeros to whole vectors."""
-    padded = values + [0] * (-len(values) % 4)
-    rows = [", ".join("%d.0" % v for v in padded[i:i + 4]) for i in range(0, len(padded), 4)]
+    padded = [float(v) for v in values + [0] * (-len(values) % 4)]
+    assert padded[:len(values)] == values
+    rows = [", ".join("%r" % v for v in padded[i:i + 4]) for i in range(0, len(padded), 4)]
     return "alignas(32) constexpr double %s_%d_%d[] = {\n    %s,\n};\n" % (name, a, b, ",\n    ".join(rows))
 
 
@@ -134,6 +137,8 @@ def include_text(sets):
         lines.append(c_array("primes", s.primes, s.a, s.b))
         lines.append(c_array("roots", s.roots, s.a, s.b))
         lines.append(c_array("neg_half", [-((p - 1) // 2) for p in s.primes], s.a, s.b))
+        lines.append(c_array("inverse_primes", s.inverse_primes, s.a, s.b))
+        lines.append(c_array("limb_bases", s.limb_bases, s.a, s.b))
         lines.append(c_array("crt_factors", s.factors, s.a, s.b))
         lines.append(c_array("crt_inverses", s.inverses, s.a, s.b))
     lines.append("\nconstexpr PrimeSet sets[6][4] = {\n")
@@ -141,7 +146,8 @@ def include_text(sets):
         lines.append("    {\n")
         for s in (s for s in sets if s.a == a):
             names = ", ".join("%s_%d_%d" % (name, s.a, s.b)
-                              for name in ("primes", "roots", "neg_half", "crt_factors", "crt_inverses"))
+                              for name in ("primes", "roots", "neg_half", "inverse_primes", "limb_bases",
+                                           "crt_factors", "crt_inverses"))
             lines.append("        {%d, %d, %d, %s, %r},\n" % (s.a, s.b, s.max_c, names, s.scale))
         lines.append("    },\n")
     lines.append("};\n")

@@ -9,15 +9,17 @@
 namespace znp::vst {
 
 struct PrimeSet {
-    unsigned char a;             // primes, 4 to 9
-    unsigned char b;             // odd factor, 1, 3, 5 or 7
-    unsigned char max_c;         // log2 of the largest power-of-two factor
-    const double* primes;        // largest first
-    const double* roots;         // of order b 2^max_c, balanced
-    const double* neg_half;      // -(p - 1) / 2
-    const double* crt_factors;   // a - 1 limbs of each P / p, then a limbs of P, in signed base 2^48
-    const double* crt_inverses;  // of each P / p modulo p, balanced
-    double scale;                // -2^(48 a) / P: from a value's top limb to the multiple of P to take off
+    unsigned char a;               // primes, 4 to 9
+    unsigned char b;               // odd factor, 1, 3, 5 or 7
+    unsigned char max_c;           // log2 of the largest power-of-two factor
+    const double* primes;          // largest first
+    const double* roots;           // of order b 2^max_c, balanced
+    const double* neg_half;        // -(p - 1) / 2
+    const double* inverse_primes;  // 1 / p
+    const double* limb_bases;      // 2^48 modulo p, balanced
+    const double* crt_factors;     // a - 1 limbs of each P / p, then a limbs of P, in signed base 2^48
+    const double* crt_inverses;    // of each P / p modulo p, balanced
+    double scale;                  // -2^(48 a) / P: from a value's top limb to the multiple of P to take off
 };
 
 // a from 4 to 9, b odd up to 7.
