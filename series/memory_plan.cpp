@@ -31,12 +31,12 @@ MemoryPlan serial_memory_plan(upL_t L, upL_t overhead) {
     return {sum_of_levels(w, overhead), work_bytes_for<cdi>(2 * w, 1)};
 }
 
-MemoryPlan parallel_memory_plan(upL_t L, upL_t overhead, u64_t tasks, u64_t threads) {
+MemoryPlan parallel_memory_plan(upL_t L, upL_t overhead, u64_t tasks, u64_t threads, unsigned max_forks) {
     const u64_t t = std::min(tasks, threads);
     upL_t w = half(L, overhead);
     upL_t bytes = work_bytes_for<cdi>(2 * w, t);
     unsigned forks = 0;
-    for (; tasks > 1; tasks = (tasks + 1) >> 1) {
+    for (; tasks > 1 && forks < max_forks; tasks = (tasks + 1) >> 1) {
         forks++;
         w = half(w, overhead);
         bytes = std::max(bytes, (work_bytes_for<cdi>(2 * w, std::min(t, tasks)) + 32) << forks);
@@ -44,8 +44,8 @@ MemoryPlan parallel_memory_plan(upL_t L, upL_t overhead, u64_t tasks, u64_t thre
     return {sum_of_levels(w, overhead) << forks, bytes};
 }
 
-MemoryPlan level_memory_plan(upL_t L, upL_t overhead, u64_t level, u64_t threads) {
-    if (threads < 2 || level == 0) return parallel_memory_plan(L, overhead, threads, threads);
+MemoryPlan level_memory_plan(upL_t L, upL_t overhead, u64_t level, u64_t threads, unsigned max_forks) {
+    if (threads < 2 || level == 0) return parallel_memory_plan(L, overhead, threads, threads, max_forks);
     const u64_t tasks = 2 * threads;
     upL_t w = half(L, overhead);
     upL_t words = w;
@@ -54,7 +54,7 @@ MemoryPlan level_memory_plan(upL_t L, upL_t overhead, u64_t level, u64_t threads
         w = half(w, overhead);
         words += w;
     }
-    const MemoryPlan rest = parallel_memory_plan(w, overhead, tasks, threads);
+    const MemoryPlan rest = parallel_memory_plan(w, overhead, tasks, threads, max_forks);
     return {words + rest.words, std::max(bytes, rest.bytes)};
 }
 

@@ -20,11 +20,19 @@ struct MemoryPlan {
     upL_t bytes;  // of the work buffer
 };
 
-// L words are summed on one thread; by `tasks` tasks with `threads` threads at the top; with `level` nodes
-// from the top on whose halves are summed one after the other, each by 2 threads tasks, so that they can be
-// reported. Level 0 of the last is one task for each thread.
+inline constexpr unsigned any_forks = 64;
+
+// L words are summed on one thread.
 MemoryPlan serial_memory_plan(upL_t L, upL_t overhead);
-MemoryPlan parallel_memory_plan(upL_t L, upL_t overhead, u64_t tasks, u64_t threads);
-MemoryPlan level_memory_plan(upL_t L, upL_t overhead, u64_t level, u64_t threads);
+
+// By `tasks` tasks with `threads` threads at the top, or fewer if at most max_forks forks lie above each
+// other.
+MemoryPlan parallel_memory_plan(upL_t L, upL_t overhead, u64_t tasks, u64_t threads,
+                                unsigned max_forks = any_forks);
+
+// With `level` nodes from the top on whose halves are summed one after the other, so that they can be
+// reported, and each of these by twice `threads` tasks. Level 0 is one task for each thread.
+MemoryPlan level_memory_plan(upL_t L, upL_t overhead, u64_t level, u64_t threads,
+                             unsigned max_forks = any_forks);
 
 }  // namespace znp

@@ -43,13 +43,19 @@ struct SumSizes {
     upL_t work_bytes;  // of the work buffer
 };
 
-// series is one of the classes that B_PSR knows (Series_E_Taylor, P2B2_BBP, P2B3_Type0).
+// series is one of the classes that B_PSR knows: Series_E_Taylor, zl_BSS_P2B2_BBP, zl_BSS_P2B3_Type0. Another
+// throws.
 SumSizes sum_sizes(const zl_BSS& series, const PSRPlan& plan, u64_t threads);
 
-// P/Q is the sum over all terms of the plan to the precision of its first row. P and Q have the words of
-// sum_sizes, nodes too (32-byte aligned), bp its work bytes and the threads. P may come out negative or zero.
-// Failures of a check throw (series/modular_check.hpp). log and status may be null; the status line shows
-// what is done and how far. label: what stands at its beginning, such as "Summing: ".
+// P/Q is the sum over all terms of the plan, to the precision of its first row.
+//
+// The sign: the first term enters with plus. Where a series alternates, P/Q = t1 - t2 + t3 - ..., so that a
+// closing formula whose own terms start with a further one of index 0 subtracts it: a Q - P.
+//
+// P and Q have at least the words of sum_sizes, nodes too (32-byte aligned), bp its work bytes (32-byte
+// aligned) and the threads. The results start anywhere in their buffers. Failures of a check throw
+// (series/modular_check.hpp). log and status may be null; behind its label the status line shows what is
+// done, and the digits of the numbers just made.
 void B_PSR(const BasicParameters& bp, const zl_BSS& series, const PSRPlan& plan, BigFloatR<cdi>& P,
            BigFloatR<cdi>& Q, cdi* nodes, EventLog* log, StatusLine* status);
 

@@ -6,11 +6,12 @@
 
 namespace znp {
 
-void RecursionProgress::show(double share, const char* mark, u64_t digits) const {
+void RecursionProgress::show(double share, u64_t digits) const {
     if (line_ == nullptr) return;
     line_->clear();
+    line_->add('w', heading_);
     line_->add('Y', format_printf(16, "%.1f", 100 * share) + "%");
-    line_->add('w', mark);
+    line_->add('w', " -> ");
     line_->add('Y', to_string_u64(digits));
     line_->update(StatusLine::Update::if_due);
 }

@@ -13,21 +13,24 @@ namespace znp {
 class RecursionProgress {
   public:
     RecursionProgress() = default;
-    RecursionProgress(StatusLine* line, double from, double to) : line_(line), from_(from), to_(to) {}
+    // heading stands in front of the figures, and outlives the progress.
+    RecursionProgress(StatusLine* line, const char* heading, double from, double to)
+        : line_(line), heading_(heading), from_(from), to_(to) {}
 
     explicit operator bool() const { return line_ != nullptr; }
     RecursionProgress part(double from, double to) const {
-        return {line_, from_ + from * (to_ - from_), from_ + to * (to_ - from_)};
+        return {line_, heading_, from_ + from * (to_ - from_), from_ + to * (to_ - from_)};
     }
     // The stretch is done, and numbers of so many digits came out of it; or they are about to be made. The
     // line is redrawn if that is due.
-    void done(u64_t digits) const { show(to_, " -> ", digits); }
-    void begin(u64_t digits) const { show(from_, " -> ", digits); }
+    void done(u64_t digits) const { show(to_, digits); }
+    void begin(u64_t digits) const { show(from_, digits); }
 
   private:
-    void show(double share, const char* mark, u64_t digits) const;
+    void show(double share, u64_t digits) const;
 
     StatusLine* line_ = nullptr;
+    const char* heading_ = "";
     double from_ = 0;
     double to_ = 1;
 };
