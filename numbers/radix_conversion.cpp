@@ -1,0 +1,91 @@
+#include "numbers/radix_conversion.hpp"
+
+#include <algorithm>
+#include <new>
+
+#include "foundation/exceptions.hpp"
+#include "multiply/selection.hpp"
+#include "numbers/radix_fraction.hpp"
+#include "numbers/radix_plan.hpp"
+#include "numbers/radix_recursion.hpp"
+#include "numbers/radix_table.hpp"
+
+namespace znp {
+
+namespace {
+
+constexpr upL_t round_up_32(upL_t bytes) {
+    return (bytes + 31) & ~upL_t{31};
+}
+
+// The work buffer of a conversion, from its start:
+//     the table record
+//     the images of the powers, except the top level's
+//     the fraction; before that, the powers while they are built
+//     the work buffers of the products, at first with the top level's image
+struct Layout {
+    upL_t images, fraction, work;  // where they start
+    upL_t fraction_words;
+    upL_t bytes;
+
+    Layout(const CBR_table& table, const CBR_ParallelPlan& plan, u64_t threads) {
+        images = round_up_32(sizeof(CBR_table));
+        fraction = images;
+        upL_t products = plan.at[0].bytes;
+        for (unsigned i = 0; i < table.levels; i++) {
+            if (i + 1 < table.levels) fraction += table.image_bytes(i, threads);
+            products = std::max(products, table.product_bytes(i, threads));
+        }
+        fraction_words = std::max(table.region_words(table.length), table.powers_words());
+        work = fraction + round_up_32(fraction_words * sizeof(cdi));
+        bytes = work + products;
+    }
+};
+
+// The table in the work buffer, destroyed at the end.
+class TableInPlace {
+  public:
+    TableInPlace(std::byte* place, cdi radix, upL_t n) : table_(new (place) CBR_table(radix, n)) {}
+    TableInPlace(const TableInPlace&) = delete;
+    TableInPlace& operator=(const TableInPlace&) = delete;
+    ~TableInPlace() { table_->~CBR_table(); }
+    CBR_table& operator*() const { return *table_; }
+
+  private:
+    CBR_table* table_;
+};
+
+}  // namespace
+
+upL_t cbr_table_size(cdi radix, upL_t n, u64_t threads) {
+    if (radix < 2 || n == 0 || n > memory_table<cdi>().back().max_words) return ~upL_t{0};
+    const CBR_table table(radix, n);
+    return Layout(table, znp_CBRv2_ci_btrf_ap_make(table, threads), threads).bytes;
+}
+
+int convert(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
+            StatusLine* status) {
+    const upL_t needed = cbr_table_size(radix, n, bp.tds);
+    if (bp.ML < needed) fire(BufferTooSmallException("convert()", bp.ML, needed));
+    const TableInPlace place(bp.M, radix, n);
+    CBR_table& table = *place;
+    const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(table, bp.tds);
+    const Layout layout(table, plan, bp.tds);
+    auto* const words = reinterpret_cast<cdi*>(bp.M + layout.fraction);
+    BasicParameters work = bp;
+    work.M = bp.M + layout.work;
+    work.ML = layout.bytes - layout.work;
+
+    if (table.levels != 0) {
+        if (const int error = table.build(work, words, bp.M + layout.images, status)) return error;
+    }
+    cdi* const end = words + layout.fraction_words;
+    const upL_t taken = table.fraction_words(n);
+    radix::load_fraction(end - taken, taken, fraction, L);
+
+    ConversionProgress progress(status);
+    cdi overlap = 0;
+    return znq_CBRv2_ci_btrf_T(work, table, plan, 0, {out, n, end, table.levels}, overlap, &progress);
+}
+
+}  // namespace znp

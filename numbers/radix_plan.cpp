@@ -1,0 +1,56 @@
+#include "numbers/radix_plan.hpp"
+
+#include <algorithm>
+
+#include "foundation/fail.hpp"
+#include "foundation/range_fork.hpp"
+
+namespace znp {
+
+namespace {
+
+constexpr unsigned serial_levels = 8;
+
+// A piece below a cut at `level` or above, at most base << level words: the largest of its products.
+upL_t products_bytes(const CBR_table& table, unsigned level, u64_t threads) {
+    upL_t bytes = 0;
+    for (unsigned i = 0; i < level; i++) bytes = std::max(bytes, table.product_bytes(i, threads));
+    return bytes;
+}
+
+}  // namespace
+
+upL_t CBR_ParallelPlan::task_bytes(unsigned depth, u64_t threads) const {
+    const Level& level = at[depth];
+    if (threads == level.threads) return level.bytes;
+    if (threads + 1 == level.threads) return level.fewer_bytes;
+    fail(zn_exception(error_code::unspecified, "znp_CBRv2_ci_btrf_ap_make(): Thread Inconsistancy"));
+}
+
+CBR_ParallelPlan znp_CBRv2_ci_btrf_ap_make(const CBR_table& table, u64_t threads) {
+    CBR_ParallelPlan plan{};
+    const unsigned parallel = table.levels > serial_levels ? table.levels - serial_levels : 0;
+    plan.thread_levels = std::min(parallel, fork_depth(threads));
+    plan.task_count = std::min(u64_t{1} << plan.thread_levels, std::max<u64_t>(threads, 1));
+
+    plan.at[0].threads = std::max<u64_t>(threads, 1);
+    for (unsigned d = 0; d < plan.thread_levels; d++) {
+        plan.at[d + 1].threads = CBR_ParallelPlan::first_threads(plan.at[d].threads);
+    }
+    const auto bytes = [&](unsigned depth, u64_t count) -> upL_t {
+        if (count == 0) return 0;
+        const unsigned level = table.levels - depth;
+        if (!plan.forks(depth, count)) return products_bytes(table, level, 1);
+        const upL_t halves = plan.task_bytes(depth + 1, CBR_ParallelPlan::first_threads(count)) +
+                             plan.task_bytes(depth + 1, CBR_ParallelPlan::second_threads(count));
+        return std::max(products_bytes(table, level, count), halves);
+    };
+    for (unsigned d = plan.thread_levels + 1; d-- > 0;) {
+        CBR_ParallelPlan::Level& level = plan.at[d];
+        level.bytes = bytes(d, level.threads);
+        level.fewer_bytes = bytes(d, level.threads - 1);
+    }
+    return plan;
+}
+
+}  // namespace znp

@@ -1,0 +1,159 @@
+#include "numbers/radix_table.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "foundation/exceptions.hpp"
+#include "foundation/strings.hpp"
+#include "multiply/dispatch.hpp"
+#include "multiply/kernels/word_multiply.hpp"
+#include "numbers/radix_leaf.hpp"
+#include "numbers/radix_power.hpp"
+
+namespace znp {
+
+namespace {
+
+constexpr upL_t half_up(upL_t n) {
+    return n - n / 2;
+}
+
+constexpr upL_t round_up_32(upL_t bytes) {
+    return (bytes + 31) & ~upL_t{31};
+}
+
+void show_power(StatusLine* status, upL_t words) {
+    if (status == nullptr) return;
+    const double digits = static_cast<double>(words) * WordTraits<cdi>::decimal_digits + 1;
+    status->clear();
+    status->add('w', "Squaring...    ");
+    status->add('Y', to_string_u64(static_cast<u64_t>(digits)));
+    status->update(StatusLine::Update::if_due);
+}
+
+// The power radix^e, word by word. Returns its length; T has room for e words.
+upL_t small_power(cdi* T, cdi radix, u64_t e) {
+    T[0] = radix;
+    upL_t L = 1;
+    for (u64_t i = 1; i < e; i++) {
+        const cdi carry = MulW(T, L, radix);
+        if (carry != 0) T[L++] = carry;
+    }
+    return L;
+}
+
+}  // namespace
+
+CBR_table::CBR_table(cdi radix_, upL_t n)
+    : radix(radix_),
+      words_per_radix(radix::radix_bits(radix_) / 64),
+      radix_bits(radix::radix_bits(radix_)),
+      levels(0),
+      base(n),
+      length(n) {
+    for (; !is_leaf(base); levels++) base = half_up(base);
+    for (unsigned i = 0; i < levels; i++) {
+        const radix::PowerSize size = radix::power_size(radix, exponent(i));
+        sizes[i] = size.most;
+        overlap[i] = size.zero_words;
+    }
+}
+
+unsigned CBR_table::cut_level(upL_t m, unsigned level) const {
+    unsigned k = level - 1;
+    while (m <= base << k) k--;
+    return k;
+}
+
+upL_t CBR_table::fraction_words(upL_t m) const {
+    return static_cast<upL_t>(std::ceil(static_cast<double>(m) * words_per_radix)) + 2;
+}
+
+upL_t CBR_table::region_words(upL_t m) const {
+    upL_t words = 0;
+    for (unsigned level = levels; !is_leaf(m); m -= base << level) {
+        level = cut_level(m, level);
+        words += radix::leaf_fraction_words(base) << level;
+    }
+    return words + radix::leaf_fraction_words(m);
+}
+
+upL_t CBR_table::transform_words(unsigned level) const {
+    const upL_t h = base << level;
+    const upL_t m = std::min(length, 2 * h);
+    return std::max(power_words(level) + fraction_words(m - h), fraction_words(m) - overlap[level]);
+}
+
+upL_t CBR_table::product_bytes(unsigned level, u64_t threads) const {
+    return round_up_32(work_bytes_for<cdi>(transform_words(level), threads));
+}
+
+upL_t CBR_table::image_bytes(unsigned level, u64_t threads) const {
+    return product_bytes(level, threads) / 64 * 32;
+}
+
+upL_t CBR_table::powers_words() const {
+    upL_t words = base;
+    for (unsigned i = 1; i < levels; i++) words += 2 * power_words(i - 1);
+    return words;
+}
+
+void CBR_table::add_image(const BasicParameters& bp, unsigned level, const cdi* P, upL_t L, std::byte* image,
+                          cdi* square) {
+    BasicParameters serial = bp;
+    serial.tds = 1;
+    const upL_t N = transform_words(level);
+    make_transform<cdi>(serial, transforms[level], N);
+    TransformSlot slot;
+    const transform& algorithm = bp.tds == 1 ? *transforms[level] : make_transform<cdi>(bp, slot, N);
+    const upL_t needed = algorithm.product_bytes();
+    if (needed > std::min(product_bytes(level, bp.tds), bp.ML)) {
+        fire(BufferTooSmallException("CBR_table::add_image()", bp.ML, needed));
+    }
+    std::byte* const scratch = bp.M + algorithm.transform_bytes;
+    algorithm.forward(image, P, L, scratch);
+    images[level] = image;
+    if (square == nullptr) return;
+    std::memcpy(bp.M, image, algorithm.transform_bytes);
+    algorithm.inverse_fsqr(square, 0, 2 * L, bp.M, scratch);
+}
+
+int CBR_table::build(const BasicParameters& bp, cdi* powers, std::byte* kept, StatusLine* status) {
+    const cdi* P = powers;
+    upL_t L = small_power(powers, radix, base);
+    upL_t zero_words = 0;
+    for (unsigned i = 0;; i++) {
+        zero_words = 2 * zero_words + radix::strip_zero_words(P, L);
+        const radix::PowerSize size = radix::power_size(radix, exponent(i));
+        const bool right_size =
+            zero_words == size.zero_words && L >= size.least_stripped() && L <= size.most_stripped();
+        if (!right_size || !radix::power_holds(radix, exponent(i), P, L, zero_words)) return 1;
+        power_start[i] = static_cast<upL_t>(P - powers);
+        show_power(status, L + zero_words);
+
+        if (i + 1 == levels) {
+            add_image(bp, i, P, L, bp.M, nullptr);
+            return 0;
+        }
+        cdi* const square = powers + power_start[i] + L;
+        add_image(bp, i, P, L, kept, square);
+        kept += image_bytes(i, bp.tds);
+        P = square;
+        L *= 2;
+    }
+}
+
+void CBR_table::second_fraction(const transform& algorithm, unsigned level, upL_t m, cdi* end,
+                                std::byte* work) const {
+    const upL_t h = base << level;
+    const upL_t f = fraction_words(m) - overlap[level];
+    const upL_t g = fraction_words(m - h);
+    if (images[level] == work) work += algorithm.transform_bytes;
+    std::byte* const scratch = work + algorithm.transform_bytes;
+    algorithm.forward(work, end - fraction_words(m), f, scratch);
+    cdi* const second = end - (radix::leaf_fraction_words(base) << level) - g;
+    algorithm.inverse_fmul(second, f - g, f, work, images[level], scratch);
+}
+
+}  // namespace znp
