@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "compute/stages.hpp"
+#include "console_capture.hpp"
 #include "file_faults.hpp"
 #include "foundation/heap_block.hpp"
 #include "multiply/kernels/digit_conversion.hpp"
@@ -168,5 +169,42 @@ class OutputRun {
   private:
     HeapBlock block_;
 };
+
+// The number as formulas leave it: p + 2 words.
+inline Number root(const OutputRun& state, u64_t n) {
+    return square_root(n, state.run.p + 1);
+}
+
+// Both stages; what they print.
+inline std::string output(OutputRun& state, const Number& number) {
+    return console_output([&] {
+        write_hex(state.run, number.view());
+        convert_and_write_B(state.run, number.view());
+    });
+}
+
+inline void expect_counts(const auto& histogram, const std::string& digits) {
+    for (upL_t d = 0; d < histogram.size(); ++d) {
+        const char c = "0123456789abcdef"[d];
+        EXPECT_EQ(histogram[d], static_cast<u64_t>(std::count(digits.begin(), digits.end(), c))) << c;
+    }
+}
+
+inline void expect_digits(const OutputRun& state, const Number& number) {
+    const RunTimeParameters& run = state.run;
+    const std::string decimal = text_of(number, 10, run.dec);
+    EXPECT_EQ(file_text(state.decimal_file()), decimal);
+    expect_counts(run.decimal_histogram, decimal.substr(decimal.find('.') + 1));
+    EXPECT_EQ(run.binary_hash, residue_of(number, run.dec));
+    EXPECT_EQ(run.last_digits, decimal.substr(decimal.find('.') + 1 + run.last_digits_index));
+    if (run.hex != 0) {
+        const std::string hexadecimal = text_of(number, 16, run.hex);
+        EXPECT_EQ(file_text(state.hexadecimal_file()), hexadecimal);
+        expect_counts(run.hexadecimal_histogram, hexadecimal.substr(hexadecimal.find('.') + 1));
+    } else {
+        EXPECT_EQ(file_text(state.hexadecimal_file()), "");
+    }
+    EXPECT_TRUE(state.clean());
+}
 
 }  // namespace znp::testing
