@@ -88,7 +88,8 @@ ZNP_INLINE void forward_block_1(double* x, const BlockNodes& node, const Modulus
         _mm256_store_pd(x + i + 48, x3);
     }
     for (unsigned g = 0; g < 4; g++, x += 16) {
-        const __m256d low[3] = {all(node.level[2] + g), all(node.level[3] + 2 * g), all(node.level[3] + 2 * g + 1)};
+        const __m256d low[3] = {all(node.level[2] + g), all(node.level[3] + 2 * g),
+                                all(node.level[3] + 2 * g + 1)};
         __m256d x0 = _mm256_load_pd(x), x1 = _mm256_load_pd(x + 4);
         __m256d x2 = _mm256_load_pd(x + 8), x3 = _mm256_load_pd(x + 12);
         split4(x0, x1, x2, x3, low, m);
@@ -115,7 +116,8 @@ ZNP_INLINE void inverse_block_1(double* x, const double* y, const double* weight
         } else {
             for (unsigned i = 0; i < 4; i++) c.x[i] = reduce_mod(_mm256_load_pd(z + 4 * i), m);
         }
-        const __m256d low[3] = {all(node.level[2] + g), all(node.level[3] + 2 * g), all(node.level[3] + 2 * g + 1)};
+        const __m256d low[3] = {all(node.level[2] + g), all(node.level[3] + 2 * g),
+                                all(node.level[3] + 2 * g + 1)};
         join4(c.x[0], c.x[1], c.x[2], c.x[3], low, m);
         for (unsigned i = 0; i < 4; i++) _mm256_store_pd(z + 4 * i, c.x[i]);
     }
@@ -211,7 +213,8 @@ void inverse_block(const Part& part, const double* other, upL_t block, __m256d m
     for (unsigned i = 0; i < 8 * b; i += 4) {
         Vectors4 c;
         if (other != nullptr) {
-            c = pointwise(x + 4 * i, other + block * part.stride + 4 * i, _mm256_load_pd(weights + i), magic, m);
+            c = pointwise(x + 4 * i, other + block * part.stride + 4 * i, _mm256_load_pd(weights + i), magic,
+                          m);
         } else {
             for (unsigned k = 0; k < 4; k++) c.x[k] = reduce_mod(_mm256_load_pd(x + 4 * (i + k)), m);
         }
@@ -239,9 +242,15 @@ void forward_blocks(const Part& part, upL_t first, upL_t count) {
                 forward_block_1(part.data + i * part.stride,
                                 BlockNodes(part.twiddles.twiddles[forward_direction], part.levels, i), m);
                 break;
-            case 3: forward_block<3>(part, i, m); break;
-            case 5: forward_block<5>(part, i, m); break;
-            default: forward_block<7>(part, i, m); break;
+            case 3:
+                forward_block<3>(part, i, m);
+                break;
+            case 5:
+                forward_block<5>(part, i, m);
+                break;
+            default:
+                forward_block<7>(part, i, m);
+                break;
         }
     }
 }
@@ -255,11 +264,18 @@ void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t co
             case 1:
                 inverse_block_1(part.data + i * part.stride,
                                 other != nullptr ? other + i * part.stride : nullptr, weights + 8 * i,
-                                BlockNodes(part.twiddles.twiddles[inverse_direction], part.levels, i), magic, m);
+                                BlockNodes(part.twiddles.twiddles[inverse_direction], part.levels, i), magic,
+                                m);
                 break;
-            case 3: inverse_block<3>(part, other, i, magic, m); break;
-            case 5: inverse_block<5>(part, other, i, magic, m); break;
-            default: inverse_block<7>(part, other, i, magic, m); break;
+            case 3:
+                inverse_block<3>(part, other, i, magic, m);
+                break;
+            case 5:
+                inverse_block<5>(part, other, i, magic, m);
+                break;
+            default:
+                inverse_block<7>(part, other, i, magic, m);
+                break;
         }
     }
 }

@@ -1,5 +1,5 @@
-// The binary levels above the blocks: two or three at a time, the tree depth first, so that a subtree stays in
-// the cache that holds it.
+// The binary levels above the blocks: two or three at a time, the tree depth first, so that a subtree stays
+// in the cache that holds it.
 //
 // Bounds, forward: a value that is never multiplied grows from B to B + 1/2 + B/32 a level, from 1/2 in 12
 // levels to 8. Inverse: join8 takes inputs below 1.35 p; the sums of 8 and of 4 products are reduced, those

@@ -26,12 +26,13 @@ double node_factor(const double* bits, u64_t node, unsigned shift, const PrimeTa
 void scale(double* out, double factor, const double* x, upL_t count, const PrimeTables& t) {
     const Modulus m = make_modulus(t.p, t.inverse);
     const __m256d f = _mm256_set1_pd(factor);
-    for (upL_t i = 0; i < count; i += 4) _mm256_storeu_pd(out + i, mul_mod(_mm256_load_pd(x + i), f, m));
+    for (upL_t i = 0; i < count; i += 4) _mm256_storeu_pd(out + i, mul_mod(_mm256_loadu_pd(x + i), f, m));
 }
 
 }  // namespace
 
-void local_twiddles(double* out, const PrimeTables& tables, Direction direction, u64_t node, unsigned levels) {
+void local_twiddles(double* out, const PrimeTables& tables, Direction direction, u64_t node,
+                    unsigned levels) {
     if (levels == 0) return;
     double factors[max_local_levels];
     double factor = node_factor(tables.bits[direction], node, levels - 1, tables);

@@ -43,9 +43,8 @@ void split_range(u64_t low, u64_t high, u64_t threads, u64_t slot, const F& f) {
     }
     const u64_t mid = low + first_items;
     auto first = make_task([&](u64_t) { split_range(low, mid, first_threads, slot, f); });
-    auto second = make_task([&](u64_t) {
-        split_range(mid, high, threads - first_threads, slot + first_threads, f);
-    });
+    auto second =
+        make_task([&](u64_t) { split_range(mid, high, threads - first_threads, slot + first_threads, f); });
     raise_status(fork_two(first, second));
 }
 
@@ -132,14 +131,16 @@ upL_t block_doubles(const Geometry& g) {
     return g.block_vectors() * 4;
 }
 
-void make_column_twiddles(const Frame& frame, const Slot& slot, Direction direction, unsigned stage, u64_t j) {
+void make_column_twiddles(const Frame& frame, const Slot& slot, Direction direction, unsigned stage,
+                          u64_t j) {
     const u64_t node = node_index(frame, frame.stages.first_level(stage), j);
     for (unsigned s = 0; s < frame.geometry.a; s++)
         local_twiddles(slot.column(s), frame.tables->prime[s], direction, node, frame.stages.levels[stage]);
 }
 
 // The rows of prime s in the column that begins at the block `first`.
-Rows column_rows(const Frame& frame, const Slot& slot, double* image, unsigned stage, u64_t first, unsigned s) {
+Rows column_rows(const Frame& frame, const Slot& slot, double* image, unsigned stage, u64_t first,
+                 unsigned s) {
     const Geometry& g = frame.geometry;
     return {image + first * block_doubles(g) + s * g.row() * 4,
             block_doubles(g) << frame.stages.columns_log(stage), g.lanes(), slot.column(s),
@@ -170,7 +171,8 @@ void middle_stage(const Frame& frame, double* image, Direction direction, unsign
 }
 
 // Prime s of part j, with its twiddles made.
-Part make_part(const Frame& frame, const Slot& slot, double* image, Direction direction, u64_t j, unsigned s) {
+Part make_part(const Frame& frame, const Slot& slot, double* image, Direction direction, u64_t j,
+               unsigned s) {
     const Geometry& g = frame.geometry;
     const PrimeTables& prime = frame.tables->prime[s];
     const unsigned levels = frame.stages.part;
@@ -190,7 +192,8 @@ Part make_part(const Frame& frame, const Slot& slot, double* image, Direction di
     if (direction == inverse_direction)
         local_twiddles(slot.part(inverse_direction), prime, inverse_direction, node, depth);
     if (g.b > 1) {
-        local_powers(slot.powers(direction), prime, g.b, frame.tables->block_nodes, direction, node, levels + 3);
+        local_powers(slot.powers(direction), prime, g.b, frame.tables->block_nodes, direction, node,
+                     levels + 3);
         if (direction == inverse_direction) local_weights(slot.weights(), prime, g.b, node, levels + 3);
     }
     return part;
@@ -299,6 +302,13 @@ class ResultWords {
     // of the ring. `block` may be blocks(), which is the end. The carries out of the end are counted in top.
     void add(u64_t block, const u64_t* number, upL_t length, bool subtract) {
         if (std::all_of(number, number + length, [](u64_t word) { return word == 0; })) return;
+        if (top_) {  // -1 until now
+            const u64_t one = 1;
+            top_ = false;
+            add(block, number, length, subtract);
+            add(0, &one, 1, true);
+            return;
+        }
         if (block == geometry_.blocks()) {
             wrap(number, length, subtract);
             return;
@@ -371,7 +381,8 @@ class ResultWords {
         add(0, number, length, !subtract);
     }
     static bool is_one(const u64_t* number, upL_t length) {
-        return number[0] == 1 && std::all_of(number + 1, number + length, [](u64_t word) { return word == 0; });
+        return number[0] == 1 &&
+               std::all_of(number + 1, number + length, [](u64_t word) { return word == 0; });
     }
     bool is_zero() const {
         for (u64_t block = 0; block < geometry_.blocks(); block++) {
@@ -420,7 +431,8 @@ class LastStage {
     LastStage(const Frame& frame, double* image, const ResultWords& words)
         : frame_(frame), image_(image), words_(words), rows_(u64_t{1} << frame.stages.levels[0]) {
         for (unsigned s = 0; s < frame.geometry.a; s++) {
-            scale_[s] = inverse_scale(*frame.tables->set, s, frame.geometry.c);
+            // The tree ends at polynomials of four coefficients: two levels less.
+            scale_[s] = inverse_scale(*frame.tables->set, s, frame.geometry.c - 2);
             if (frame.ring == Ring::negacyclic) offset_[s] = scaled_offset(frame, s);
         }
     }
@@ -480,7 +492,8 @@ class LastStage {
         const Geometry& g = frame_.geometry;
         const bool direct = words_.in_window(block);
         std::byte* const out = direct ? words_.at(block) : slot.block_words();
-        const u64_t H = block_to_words(g, *frame_.tables->set, out, image_ + block * block_doubles(g), row.carry);
+        const u64_t H =
+            block_to_words(g, *frame_.tables->set, out, image_ + block * block_doubles(g), row.carry);
         if (frame_.ring == Ring::negacyclic)
             row.borrow = subtract_words(out, pattern(frame_), g.input_words() / 2, row.borrow);
         if (!direct) std::memcpy(words_.at(block), out, g.input_words() * 4);

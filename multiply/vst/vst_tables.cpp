@@ -60,7 +60,6 @@ class Carver {
     std::byte* next_;
 };
 
-
 // Sizes of the tables of a set whose largest transform has this geometry.
 struct TableShape {
     unsigned part;
@@ -164,7 +163,8 @@ class PrimeBuilder {
         tables_.weights = out;
         for (upL_t j = 0; j < nodes; j++) {
             u64_t weight = field_.from(tables_.powers[forward_direction][j]);
-            for (unsigned k = 0; k < b_; k++, weight = field_.mul(weight, z)) *out++ = field_.balanced(weight);
+            for (unsigned k = 0; k < b_; k++, weight = field_.mul(weight, z))
+                *out++ = field_.balanced(weight);
         }
     }
 
@@ -190,30 +190,14 @@ class PrimeBuilder {
     Carver carver_;
 };
 
-// The largest transform of each set among the rows that the lookup can give up to limit_bits; c = 0: none.
-struct LargestTransforms {
-    unsigned c[7][4] = {};
-
-    explicit LargestTransforms(u64_t limit_bits) {
-        const u64_t capacity = find_size(limit_bits).capacity();
-        for (const auto plan : {main_plan(), large_plan()}) {
-            for (const SizePlanRow& row : plan) {
-                if (row.capacity() > capacity) break;
-                unsigned& largest = c[row.a - 3][row.b / 2];
-                largest = std::max<unsigned>(largest, row.c);
-            }
+template <class F>
+void for_each_set(const TablePlan& plan, F f) {
+    for (unsigned a = 4; a <= 9; a++) {
+        for (unsigned b = 1; b <= 7; b += 2) {
+            if (plan.c[a - 3][b / 2] != 0) f(Geometry{a, b, plan.c[a - 3][b / 2]});
         }
     }
-
-    template <class F>
-    void for_each(F f) const {
-        for (unsigned a = 4; a <= 9; a++) {
-            for (unsigned b = 1; b <= 7; b += 2) {
-                if (c[a - 3][b / 2] != 0) f(Geometry{a, b, c[a - 3][b / 2]});
-            }
-        }
-    }
-};
+}
 
 constexpr upL_t header_bytes = (sizeof(VSTTables) + 31) & ~upL_t{31};
 
@@ -239,19 +223,33 @@ unsigned part_levels(unsigned a, unsigned b) {
     return static_cast<unsigned>(std::bit_width(part_bytes / block)) - 1;
 }
 
-upL_t table_bytes(u64_t limit_bits) {
+TablePlan::TablePlan(u64_t limit_bits) {
+    const u64_t capacity = find_size(limit_bits).capacity();
+    for (const auto rows : {main_plan(), large_plan()}) {
+        for (const SizePlanRow& row : rows) {
+            if (row.capacity() > capacity) break;
+            require(row.geometry());
+        }
+    }
+}
+
+void TablePlan::require(const Geometry& g) {
+    unsigned& largest = c[g.a - 3][g.b / 2];
+    largest = std::max(largest, g.c);
+}
+
+upL_t table_bytes(const TablePlan& plan) {
     upL_t bytes = header_bytes;
-    LargestTransforms(limit_bits).for_each([&](const Geometry& g) { bytes += TableShape(g).bytes(g); });
+    for_each_set(plan, [&](const Geometry& g) { bytes += TableShape(g).bytes(g); });
     return bytes;
 }
 
-std::byte* build_tables(const VSTTables*& tables, u64_t limit_bits, std::byte* memory, u64_t) {
+std::byte* build_tables(const VSTTables*& tables, const TablePlan& plan, std::byte* memory) {
     if (reinterpret_cast<std::uintptr_t>(memory) % 32 != 0)
         Console::print_error("Data Misalignment. Possible performance penalty.");
     auto* const header = new (memory) VSTTables{};
-    header->limit_bits = limit_bits;
     memory += header_bytes;
-    LargestTransforms(limit_bits).for_each([&](const Geometry& g) {
+    for_each_set(plan, [&](const Geometry& g) {
         header->sets[g.a - 3][g.b / 2] = build_set(g, memory);
         memory += TableShape(g).bytes(g);
     });

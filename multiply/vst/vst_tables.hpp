@@ -39,25 +39,25 @@ struct OddConstants {
 
 // All residues balanced. The arrays hold one entry for each of the two directions, the second being the
 // inverses of the first.
-struct alignas(32) PrimeTables {
+struct PrimeTables {
     double p;
-    double inverse;                // 1 / p
-    double product_magic;          // 1.5 2^(52+k), see ProductSum
-    OddConstants odd[2];           // b > 1
-    const double* twiddles[2];     // T[j], j < table_nodes
-    const double* bits[2];         // T[2^i]
-    const double* powers[2];       // b > 1: V[j]^r at (r - 1) block_nodes + j, r from 1 to b - 1
-    const double* power_bits[2];   // b > 1: V[2^i]
-    const double* weights;         // b > 1: V[j] z^k at j b + k, j < block_nodes
+    double inverse;               // 1 / p
+    double product_magic;         // 1.5 2^(52+k), see ProductSum
+    OddConstants odd[2];          // b > 1
+    const double* twiddles[2];    // T[j], j < table_nodes
+    const double* bits[2];        // T[2^i]
+    const double* powers[2];      // b > 1: V[j]^r at (r - 1) block_nodes + j, r from 1 to b - 1
+    const double* power_bits[2];  // b > 1: V[2^i]
+    const double* weights;        // b > 1: V[j] z^k at j b + k, j < block_nodes
 };
 
 // The tables of one set (a, b).
-struct alignas(32) SetTables {
-    Geometry geometry;     // of the largest transform served
+struct SetTables {
+    Geometry geometry;  // of the largest transform served
     const PrimeSet* set;
     unsigned part_levels;  // binary levels of the contiguous parts
     upL_t table_nodes;
-    upL_t block_nodes;     // nodes X^(4b) - w of a part; b > 1
+    upL_t block_nodes;  // nodes X^(4b) - w of a part; b > 1
     PrimeTables prime[9];
 };
 
@@ -74,19 +74,28 @@ constexpr unsigned block_levels(unsigned b) {
 
 namespace znp {
 
-struct alignas(32) VSTTables {
-    u64_t limit_bits;
-    const vst::SetTables* sets[7][4];  // by a - 3, (b - 1) / 2; null where no transform up to the limit is
+struct VSTTables {
+    const vst::SetTables* sets[7][4];  // by a - 3, (b - 1) / 2; null where the plan has none
 };
 
 }  // namespace znp
 
 namespace znp::vst {
 
-// Bytes of the tables for all transforms of the size plans up to the first that holds limit_bits, and their
-// construction at memory (32-byte aligned) on up to `threads` threads, which returns the end of what it used:
-// exactly table_bytes behind memory.
-upL_t table_bytes(u64_t limit_bits);
-std::byte* build_tables(const VSTTables*& tables, u64_t limit_bits, std::byte* memory, u64_t threads = 1);
+// Which sets, and for how long transforms: c of the largest, by a - 3 and (b - 1) / 2; 0 for a set that is
+// not needed.
+struct TablePlan {
+    unsigned c[7][4] = {};
+
+    TablePlan() = default;
+    // All rows of the size plans up to the first that holds limit_bits.
+    explicit TablePlan(u64_t limit_bits);
+    void require(const Geometry& g);
+};
+
+// Bytes of the tables, and their construction at memory (32-byte aligned), which returns the end of what it
+// used: exactly table_bytes behind memory. A few milliseconds.
+upL_t table_bytes(const TablePlan& plan);
+std::byte* build_tables(const VSTTables*& tables, const TablePlan& plan, std::byte* memory);
 
 }  // namespace znp::vst

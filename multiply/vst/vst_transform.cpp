@@ -21,7 +21,8 @@ const vst::Geometry& checked(const vst::Geometry& g) {
 constexpr u64_t min_thread_points = 2048;
 
 u64_t useful_threads(const vst::Geometry& g, u64_t threads) {
-    return std::clamp<u64_t>(threads, 1, std::min(max_threads, std::max<u64_t>(1, g.points() / min_thread_points)));
+    return std::clamp<u64_t>(threads, 1,
+                             std::min(max_threads, std::max<u64_t>(1, g.points() / min_thread_points)));
 }
 
 std::byte* bytes(c32i* R) {
@@ -64,8 +65,8 @@ vst::Frame VST::frame(vst::Ring ring, void* scratch) const {
 
 void VST::forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const {
     if (32 * L > capacity) fail(ConvolutionTooSmallException(name(), 32 * L, capacity));
-    vst::forward_passes(frame(ring, scratch), static_cast<double*>(image), reinterpret_cast<const std::byte*>(A),
-                        L);
+    vst::forward_passes(frame(ring, scratch), static_cast<double*>(image),
+                        reinterpret_cast<const std::byte*>(A), L);
 }
 
 u32_t VST::inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2,

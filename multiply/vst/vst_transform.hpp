@@ -16,10 +16,10 @@ namespace znp {
 
 class VST final : public transform {
   public:
-    u32_t a;         // primes
-    u32_t b;         // odd factor of the length
-    u32_t c;         // log2 of the power-of-two factor
-    u64_t capacity;  // bits of a product
+    u32_t a;                       // primes
+    u32_t b;                       // odd factor of the length
+    u32_t c;                       // log2 of the power-of-two factor
+    u64_t capacity;                // bits of a product
     const vst::SetTables* record;  // null in queries
     u32_t levels;                  // binary levels above a block
     u32_t first_levels;            // those above the contiguous parts
@@ -27,8 +27,8 @@ class VST final : public transform {
     u64_t threads;
     upL_t carry_bytes;  // of each thread
 
-    // Fewer than 4 levels is InvalidTransformParametersException. The holder's tables must have the set when a
-    // step is called; queries do without (null). Threads that would find no work are left out.
+    // Fewer than 4 levels is InvalidTransformParametersException. The holder's tables must have the set when
+    // a step is called; queries do without (null). Threads that would find no work are left out.
     VST(const TableHolder* holder, const vst::Geometry& geometry, u64_t threads);
 
     using transform::forward;
@@ -64,7 +64,8 @@ class VST final : public transform {
 
     vst::Frame frame(vst::Ring ring, void* scratch) const;
     void forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const;
-    u32_t inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const;
+    u32_t inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2,
+                     void* scratch) const;
 };
 
 }  // namespace znp

@@ -50,9 +50,9 @@ ZNP_INLINE __m256d reduce_mod(__m256d x, const Modulus& m) {
     return _mm256_fnmadd_pd(q, m.p, x);
 }
 
-// A sum of products modulo p, exactly: the parts of the products above a fixed bit k are summed in one double,
-// what is below them in another. magic = 1.5 2^(52+k) with 1.2 p^2 <= 2^(51+k) < 2.4 p^2, so that sums up to
-// 1.2 p^2 have room; for four products of values up to 0.54 p.
+// A sum of products modulo p, exactly: the parts of the products above a fixed bit k are summed in one
+// double, what is below them in another. magic = 1.5 2^(52+k) with 1.2 p^2 <= 2^(51+k) < 2.4 p^2, so that
+// sums up to 1.2 p^2 have room; for four products of values up to 0.54 p.
 class ProductSum {
   public:
     ZNP_INLINE explicit ProductSum(__m256d magic) : high_(magic), low_(_mm256_setzero_pd()) {}
