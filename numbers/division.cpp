@@ -73,10 +73,12 @@ upL_t div_scratch_words(upL_t p) {
     return reciprocal_words(h) + std::max(rcp_scratch_words(h), step_words(h));
 }
 
+// The quotient's estimate keeps h + 2 words of its product, which is narrowed to as many words of each
+// operand: at most 2 h + 4 words, less than the transform's. The products of a short division stay below the
+// bound of the longest short one.
 upL_t div_work_bytes(upL_t p, u64_t threads) {
-    const upL_t P = std::max(p, division_t9);
-    return std::max(work_bytes_for<cdi>(transform_words(P), threads),
-                    work_bytes_for<cdi>(2 * P + 8, threads));
+    constexpr upL_t short_product = 2 * division_t9 + 5;
+    return work_bytes_for<cdi>(std::max(transform_words(p), short_product), threads);
 }
 
 void div_step(const BasicParameters& bp, const transform& algorithm, FloatR& Q, const Float& A,

@@ -3,7 +3,9 @@
 
 #include "compute/constants/constants.hpp"
 #include "compute/constants/listed_constant.hpp"
+#include "compute/constants/memory_query.hpp"
 #include "compute/drivers/algebraic.hpp"
+#include "compute/drivers/shared_stages.hpp"
 
 namespace znp {
 
@@ -18,6 +20,12 @@ class zlr_Sqrt final : public zlr_ListedConstant {
     explicit zlr_Sqrt(u64_t radicand) : zlr_ListedConstant(1, newton_names), radicand_(radicand) {}
     char get_color() const override { return 'P'; }
     std::string get_short_name() const override { return with_argument("Sqrt", radicand_); }
+    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
+        return query_memory(*this, algorithm, p, bytes,
+                            [&] { return algebraic_memory_B(p, digits, threads); });
+    }
+    bool runs_B(s32_t algorithm) const override { return knows_algorithm(algorithm, 0); }
+    void run_B(s32_t algorithm, RunTimeParameters& run) const override;
 
   private:
     u64_t radicand_;
@@ -28,7 +36,27 @@ class zlr_GoldenRatio final : public zlr_ListedConstant {
     zlr_GoldenRatio() : zlr_ListedConstant(1, newton_names) {}
     char get_color() const override { return 'P'; }
     std::string get_short_name() const override { return "Golden Ratio"; }
+    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
+        return query_memory(*this, algorithm, p, bytes,
+                            [&] { return algebraic_memory_B(p, digits, threads); });
+    }
+    bool runs_B(s32_t algorithm) const override { return knows_algorithm(algorithm, 0); }
+    void run_B(s32_t algorithm, RunTimeParameters& run) const override;
 };
+
+void zlr_Sqrt::run_B(s32_t, RunTimeParameters& run) const {
+    const Time start = Time::now();
+    HeapFloat number;
+    sqrt_B(number, run, radicand_);
+    output_B(run, "Square Root", start, number);
+}
+
+void zlr_GoldenRatio::run_B(s32_t, RunTimeParameters& run) const {
+    const Time start = Time::now();
+    HeapFloat number;
+    golden_ratio_B(number, run);
+    output_B(run, "Golden Ratio", start, number);
+}
 
 }  // namespace
 

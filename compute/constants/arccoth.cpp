@@ -3,6 +3,9 @@
 
 #include "compute/constants/constants.hpp"
 #include "compute/constants/listed_constant.hpp"
+#include "compute/constants/memory_query.hpp"
+#include "compute/series_memory.hpp"
+#include "series/catalogue.hpp"
 
 namespace znp {
 
@@ -16,8 +19,17 @@ class zlr_ArcCoth final : public zlr_ListedConstant {
   public:
     explicit zlr_ArcCoth(u64_t argument) : zlr_ListedConstant(1, arccoth_names), argument_(argument) {}
     std::string get_short_name() const override { return with_argument("ArcCoth", argument_); }
+    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
+        return query_memory(*this, algorithm, p, bytes, [&] { return memory_B(p, digits, threads); });
+    }
+    void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
 
   private:
+    upL_t memory_B(upL_t p, u64_t digits, u64_t threads) const {
+        const ArcCoth series(argument_);
+        return series_memory(series, common_quotient(series, 1, argument_), p, digits, threads);
+    }
+
     u64_t argument_;
 };
 

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "compute/constants/constants.hpp"
+#include "compute/constants/memory_query.hpp"
 #include "foundation/strings.hpp"
 
 namespace znp {
@@ -34,6 +35,7 @@ class zlr_EulerGamma_Base : public zlr_Constant {
         if (algorithm == 1) return "Brent-McMillan ( n = 2^" + to_string_u64(k) + " )";
         return {};
     }
+    void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
 
   protected:
     u32_t exponent_;

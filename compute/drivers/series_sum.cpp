@@ -117,17 +117,13 @@ upL_t series_quotient_bytes(const zl_BSS& series, const PSRPlan& plan, const Ser
                      HeapFloat::bytes(Q_words(sizes)) + T + divide_bytes(p, threads)});
 }
 
-namespace {
-
-SeriesQuotient common_formula(const zl_BSS& series, cdi a, cdi b) {
+SeriesQuotient common_quotient(const zl_BSS& series, cdi a, cdi b) {
     return {a, 1, series.alternating, b};
 }
 
-}  // namespace
-
 void sum_series_B(HeapFloat& out, const zl_BSS& series, RunTimeParameters& run, cdi a, cdi b, s64_t c) {
     series_quotient_B(out, run, series, make_psr_plan(series, run.p, 1.0, 0, run.tds),
-                      common_formula(series, a, b), run.p);
+                      common_quotient(series, a, b), run.p);
     if (c < 0) out.negate();
     const u64_t factor = c < 0 ? u64_t{0} - static_cast<u64_t>(c) : static_cast<u64_t>(c);
     if (factor != 1) out.mul_uW(factor);
@@ -135,7 +131,7 @@ void sum_series_B(HeapFloat& out, const zl_BSS& series, RunTimeParameters& run, 
 
 upL_t sum_series_bytes(const zl_BSS& series, cdi a, cdi b, upL_t p, u64_t threads) {
     return series_quotient_bytes(series, make_psr_plan(series, p, 1.0, 0, threads),
-                                 common_formula(series, a, b), p, threads);
+                                 common_quotient(series, a, b), p, threads);
 }
 
 }  // namespace znp

@@ -30,6 +30,9 @@ upL_t series_quotient_bytes(const zl_BSS& series, const PSRPlan& plan, const Ser
                             u64_t threads);
 upL_t series_quotient_words(upL_t p);
 
+// (a Q + P) / (b Q), P counted negative where the series alternates.
+SeriesQuotient common_quotient(const zl_BSS& series, cdi a, cdi b);
+
 // c (a Q + P) / (b Q), P counted negative where the series alternates, over all terms for run.p words. a and
 // b at least 1, c not 0.
 void sum_series_B(HeapFloat& out, const zl_BSS& series, RunTimeParameters& run, cdi a, cdi b, s64_t c);

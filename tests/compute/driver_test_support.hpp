@@ -1,0 +1,110 @@
+// What the tests of the formula drivers share: a run's state over a block of exactly the promised size, what
+// a formula printed and logged, and reference values.
+#pragma once
+
+#include <gmp.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "compute/drivers/heap_float.hpp"
+#include "console_capture.hpp"
+#include "foundation/strings.hpp"
+#include "numbers/float_test_support.hpp"
+
+namespace znp::testing {
+
+// Around the boundaries of words, and sizes of sections, up to what the FFT serves.
+inline constexpr u64_t digits_to_test[] = {100, 101, 115, 116,  117,  134,   154,
+                                           155, 200, 393, 1000, 5000, 20000, 50000};
+inline constexpr u64_t threads_to_test[] = {1, 2, 3, 7, 16};
+inline constexpr upL_t reference_guard = 4;  // words
+
+// The digits d, precision and threads of a run, with a heap over a block of exactly so many bytes. The block
+// ends where the heap does: what lies behind it belongs to the sanitizers.
+class DriverRun {
+  public:
+    DriverRun(u64_t dec, u64_t threads, upL_t bytes) : block_(bytes / 8) {
+        run.dec = dec;
+        run.hex = hex_digits_for(dec);
+        run.p = precision_for(run.hex);
+        run.tds = threads;
+        run.tables = all_tables();
+        heap_init(run.heap, block_.data(), bytes / 8 * 8);
+    }
+
+    // formula(out, run), with what it printed.
+    void compute(const std::function<void(HeapFloat&, RunTimeParameters&)>& formula) {
+        printed = console_output([&] { formula(number, run); });
+    }
+
+    upL_t peak_bytes() const {
+        return static_cast<upL_t>(run.heap.peak_top - run.heap.base) + 16 * run.heap.peak_active;
+    }
+
+    // The log's texts, in order.
+    std::vector<std::string> events() const {
+        std::vector<std::string> texts;
+        const std::string& log = run.events.text();
+        for (std::size_t line = 0; line < log.size();) {
+            const std::size_t end = log.find("\r\n", line);
+            const std::size_t tab = log.rfind('\t', end);
+            texts.push_back(log.substr(tab + 1, end - tab - 1));
+            line = end + 2;
+        }
+        return texts;
+    }
+
+    RunTimeParameters run;
+    std::string printed;
+
+  private:
+    std::vector<u64_t> block_;
+
+  public:
+    HeapFloat number;  // before the block in the order of destruction
+};
+
+// Each text is found behind the one before.
+inline bool texts_in_order(const std::string& printed, const std::vector<std::string>& texts) {
+    std::size_t position = 0;
+    for (const std::string& text : texts) {
+        const std::size_t found = printed.find(text, position);
+        if (found == std::string::npos) return false;
+        position = found + text.size();
+    }
+    return true;
+}
+
+inline upL_t precision_of_digits(u64_t dec) {
+    return precision_for(hex_digits_for(dec));
+}
+
+// A constant as an integer: floor(value * 2^(64 n)), or one or two less.
+class Reference {
+  public:
+    explicit Reference(upL_t n) : words(n) { mpz_init(z); }
+    ~Reference() { mpz_clear(z); }
+    Reference(const Reference&) = delete;
+    Reference& operator=(const Reference&) = delete;
+
+    // log2 of the error of x in units of 2^(-64 p), p at most `words` less the guard words of the reference.
+    double error_log2(const BigFloat<cdi>& x, upL_t p) const {
+        const s64_t low = -static_cast<s64_t>(words);
+        std::vector<c64i> limbs(mpz_size(z));
+        mpz_export(limbs.data(), nullptr, -1, sizeof(c64i), 0, 0, z);
+        const Integer difference =
+            value(x, std::min(low, x.get_exp())) -
+            (Integer(limbs) << 64 * static_cast<u64_t>(std::max<s64_t>(low - x.get_exp(), 0)));
+        if (difference.is_zero()) return -1e300;
+        return difference.log2() -
+               64.0 * static_cast<double>(std::max(-low, -x.get_exp()) - static_cast<s64_t>(p));
+    }
+
+    const upL_t words;
+    mpz_t z;
+};
+
+}  // namespace znp::testing
