@@ -5,7 +5,7 @@
 
 #include <gmp.h>
 
-#include <cstdlib>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -90,7 +90,8 @@ class DigitOracle {
         mpz_get_str(buffer.data(), static_cast<int>(radix), scale);
         mpz_clear(scale);
         std::string digits(buffer.data());
-        return digits.insert(digits.size() - digits_, ".");
+        digits.insert(digits.end() - static_cast<std::ptrdiff_t>(digits_), '.');
+        return digits;
     }
 
     unsigned long digits_;

@@ -32,14 +32,15 @@ inline std::uint32_t fraction_bits(long double root) {
 
 inline std::array<std::uint32_t, 64> round_constants() {
     std::array<std::uint32_t, 64> k{};
-    for (std::size_t i = 0; i < k.size(); i++) k[i] = fraction_bits(std::cbrt((long double){primes()[i]}));
+    for (std::size_t i = 0; i < k.size(); i++)
+        k[i] = fraction_bits(std::cbrt(static_cast<long double>(primes()[i])));
     return k;
 }
 
 inline State initial_state() {
     State state{};
     for (std::size_t i = 0; i < state.size(); i++) {
-        state[i] = fraction_bits(std::sqrt((long double){primes()[i]}));
+        state[i] = fraction_bits(std::sqrt(static_cast<long double>(primes()[i])));
     }
     return state;
 }

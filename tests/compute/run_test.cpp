@@ -246,7 +246,7 @@ TEST(Run, WarnsOfTooLittleMemoryAndFailsAtTheReservation) {
 
 std::string last_digits_of(u64_t count, u64_t index) {
     RunTimeParameters run;
-    run.name = "N";
+    run.name.push_back('N');
     run.last_digits_index = index;
     for (u64_t i = 0; i < count; i++) run.last_digits += static_cast<char>('0' + i % 10);
     return console_output([&] { print_last_digits(run); });

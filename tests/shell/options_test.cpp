@@ -151,6 +151,28 @@ TEST(CustomOptions, ARefusedOptionKeepsTheOldSettingAndTheLoopGoesOn) {
     EXPECT_EQ(settings.tds, 3u);
 }
 
+// From the smallest run to the largest of every constant: each option finds estimates or says why there are
+// none.
+TEST(CustomOptions, EveryConstantTakesEveryOption) {
+    for (const char* constant : {"sqrt:2", "phi", "e", "pi", "arccoth:2", "arccoth:4294967295", "log:2",
+                                 "log:2147483647", "apery", "lemniscate", "catalan", "gamma"}) {
+        ComputeParameters settings;
+        std::string printed;
+        ASSERT_EQ(choose(settings, constant, printed), 0) << constant;
+        for (const char* digits :
+             {"-dec:100", "-hex:1k", "-dec:1m", "-dec:50m", "-dec:1t", "-dec:90000000000050"}) {
+            for (const char* option : {"-T:256", "-T:1", "-algorithm:0", "-M:1G", "-minIO:1", "-mode:ram"}) {
+                EXPECT_EQ(apply_words(settings, {digits, option}), "") << constant << digits << option;
+                EXPECT_EQ(settings.Osize, settings.memTW + settings.memIO);
+                const bool estimated =
+                    settings.estimate_refusal.empty() && settings.constant->runs_B(settings.algorithm);
+                EXPECT_EQ(settings.ML != 0, estimated) << constant << digits << option;
+                EXPECT_EQ(settings.ML, settings.Msize);
+            }
+        }
+    }
+}
+
 TEST(CustomOptions, DecHasNoFractionAndMemoryHas) {
     ComputeParameters settings;
     EXPECT_EQ(apply_words(settings, {"-dec:2.5b", "-M:2.5G"}), error_line("# of digits is out of range"));

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,13 +22,16 @@ namespace znp::testing {
 struct ProgramResult {
     int exit_code = -1;  // -1: ended by a signal, or by the time limit
     bool timed_out = false;
+    bool stopped = false;        // because of the output that was waited for
+    long peak_resident_kib = 0;  // of its memory
     std::string output;
 };
 
-// Standard error goes to standard output.
+// Standard error goes to standard output. A text to stop at ends the program once it is in the output.
 inline ProgramResult run_program(const std::vector<std::string>& arguments, std::string_view input,
                                  const std::string& working_directory,
-                                 std::chrono::seconds limit = std::chrono::seconds(60)) {
+                                 std::chrono::seconds limit = std::chrono::seconds(60),
+                                 const std::string& stop_at = {}) {
     const int in = temporary_file(input);
     const int out = temporary_file();
     std::vector<std::string> words{ZELMAR_PROGRAM};
@@ -50,17 +54,20 @@ inline ProgramResult run_program(const std::vector<std::string>& arguments, std:
 
     ProgramResult result;
     int status = 0;
+    rusage usage{};
     const auto start = std::chrono::steady_clock::now();
-    while (::waitpid(child, &status, WNOHANG) == 0) {
-        if (std::chrono::steady_clock::now() - start > limit) {
-            result.timed_out = true;
+    while (::wait4(child, &status, WNOHANG, &usage) == 0) {
+        result.timed_out = std::chrono::steady_clock::now() - start > limit;
+        result.stopped = !stop_at.empty() && file_contents(out).find(stop_at) != std::string::npos;
+        if (result.timed_out || result.stopped) {
             ::kill(child, SIGKILL);
-            ::waitpid(child, &status, 0);
+            ::wait4(child, &status, 0, &usage);
             break;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    if (!result.timed_out && WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);
+    result.peak_resident_kib = usage.ru_maxrss;
+    if (!result.timed_out && !result.stopped && WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);
     result.output = file_contents(out);
     ::close(out);
     return result;

