@@ -1,0 +1,179 @@
+// The binary levels above the blocks: two or three at a time, the tree depth first, so that a subtree stays
+// in the cache that holds it.
+//
+// Bounds, forward: a value that is never multiplied grows from B to B + 1/2 + B/32 a level, from 1/2 in 12
+// levels to 8. Inverse: join8 takes inputs below 1.35 p; the sums of 8 and of 4 products are reduced, those
+// of 2 reach (1 + B/4) p = 1.34 p.
+#include <immintrin.h>
+
+#include "multiply/vst/vst_kernels.hpp"
+#include "multiply/vst/vst_vector.hpp"
+
+namespace znp::vst {
+
+namespace {
+
+// Twiddles of a node, of its children and grandchildren.
+struct Node {
+    const double* twiddles;
+    unsigned level;
+    upL_t index;
+
+    ZNP_INLINE __m256d at(unsigned depth, upL_t child) const {
+        return _mm256_broadcast_sd(twiddles + (upL_t{1} << (level + depth)) + (index << depth) + child);
+    }
+};
+
+ZNP_INLINE void split8(__m256d (&x)[8], const __m256d (&s)[7], const Modulus& m) {
+    for (unsigned i = 0; i < 4; i++) split(x[i], x[i + 4], s[0], m);
+    for (unsigned i = 0; i < 2; i++) split(x[i], x[i + 2], s[1], m);
+    for (unsigned i = 4; i < 6; i++) split(x[i], x[i + 2], s[2], m);
+    for (unsigned i = 0; i < 4; i++) split(x[2 * i], x[2 * i + 1], s[3 + i], m);
+}
+
+ZNP_INLINE void join8(__m256d (&x)[8], const __m256d (&s)[7], const Modulus& m) {
+    for (unsigned i = 0; i < 4; i++) join(x[2 * i], x[2 * i + 1], s[3 + i], m);
+    for (unsigned i = 0; i < 2; i++) join(x[i], x[i + 2], s[1], m);
+    for (unsigned i = 4; i < 6; i++) join(x[i], x[i + 2], s[2], m);
+    for (unsigned i = 0; i < 4; i++) join(x[i], x[i + 4], s[0], m);
+    x[0] = reduce_mod(x[0], m);
+    x[1] = reduce_mod(x[1], m);
+}
+
+template <bool inverse>
+ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
+    const __m256d s[7] = {node.at(0, 0), node.at(1, 0), node.at(1, 1), node.at(2, 0),
+                          node.at(2, 1), node.at(2, 2), node.at(2, 3)};
+    for (double* end = row + 4 * count; row != end; row += 4) {
+        __m256d x[8];
+        for (unsigned i = 0; i < 8; i++) x[i] = _mm256_load_pd(row + i * step);
+        if constexpr (inverse) {
+            join8(x, s, m);
+        } else {
+            if (reduce) x[0] = reduce_mod(x[0], m);
+            split8(x, s, m);
+        }
+        for (unsigned i = 0; i < 8; i++) _mm256_store_pd(row + i * step, x[i]);
+    }
+}
+
+template <bool inverse>
+ZNP_INLINE void step4(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
+    const __m256d s[3] = {node.at(0, 0), node.at(1, 0), node.at(1, 1)};
+    for (double* end = row + 4 * count; row != end; row += 4) {
+        __m256d x[4];
+        for (unsigned i = 0; i < 4; i++) x[i] = _mm256_load_pd(row + i * step);
+        if constexpr (inverse) {
+            join4(x[0], x[1], x[2], x[3], s, m);
+        } else {
+            if (reduce) x[0] = reduce_mod(x[0], m);
+            split4(x[0], x[1], x[2], x[3], s, m);
+        }
+        for (unsigned i = 0; i < 4; i++) _mm256_store_pd(row + i * step, x[i]);
+    }
+}
+
+template <bool inverse>
+ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
+    const __m256d s = node.at(0, 0);
+    for (double* end = row + 4 * count; row != end; row += 4) {
+        __m256d x = _mm256_load_pd(row);
+        __m256d y = _mm256_load_pd(row + step);
+        if constexpr (inverse) {
+            join(x, y, s, m);
+            x = reduce_mod(x, m);
+        } else {
+            if (reduce) x = reduce_mod(x, m);
+            split(x, y, s, m);
+        }
+        _mm256_store_pd(row, x);
+        _mm256_store_pd(row + step, y);
+    }
+}
+
+// Levels of the next step: three as long as no single one is left over.
+constexpr unsigned step_levels(unsigned levels) {
+    return levels == 1 ? 1 : levels == 2 || levels == 4 ? 2 : 3;
+}
+
+template <bool inverse>
+void step(const Rows& rows, upL_t first, unsigned levels, unsigned depth, const Node& node, const Modulus& m,
+          bool reduce) {
+    const upL_t quarter = upL_t{1} << (levels - depth);
+    double* row = rows.data + first * rows.stride;
+    for (upL_t i = 0; i < quarter; i++, row += rows.stride) {
+        const upL_t distance = quarter * rows.stride;
+        if (depth == 3) {
+            step8<inverse>(row, distance, rows.count, node, m, reduce);
+        } else if (depth == 2) {
+            step4<inverse>(row, distance, rows.count, node, m, reduce);
+        } else {
+            step2<inverse>(row, distance, rows.count, node, m, reduce);
+        }
+    }
+}
+
+// The subtree of `levels` levels at the node, on the rows from `first` on. A part's leaves go on in the
+// blocks.
+void forward_tree(const Rows& rows, const Part* part, upL_t first, unsigned levels, const Node& node,
+                  const Modulus& m, bool reduce) {
+    if (levels > 0) {
+        const unsigned depth = step_levels(levels);
+        step<false>(rows, first, levels, depth, node, m, reduce);
+        if (levels > depth) {
+            const upL_t section = upL_t{1} << (levels - depth);
+            for (upL_t i = 0; i < upL_t{1} << depth; i++) {
+                forward_tree(rows, part, first + i * section, levels - depth,
+                             {node.twiddles, node.level + depth, (node.index << depth) + i}, m, false);
+            }
+            return;
+        }
+    }
+    if (part != nullptr) forward_blocks(*part, first, upL_t{1} << levels);
+}
+
+void inverse_tree(const Rows& rows, const Part* part, const double* other, upL_t first, unsigned levels,
+                  const Node& node, const Modulus& m) {
+    const unsigned depth = levels > 0 ? step_levels(levels) : 0;
+    if (levels > depth) {
+        const upL_t section = upL_t{1} << (levels - depth);
+        for (upL_t i = 0; i < upL_t{1} << depth; i++) {
+            inverse_tree(rows, part, other, first + i * section, levels - depth,
+                         {node.twiddles, node.level + depth, (node.index << depth) + i}, m);
+        }
+    } else if (part != nullptr) {
+        inverse_blocks(*part, other, first, upL_t{1} << levels);
+    }
+    if (depth > 0) step<true>(rows, first, levels, depth, node, m, false);
+}
+
+Rows part_rows(const Part& part, Direction direction) {
+    const upL_t lanes = part.b == 1 ? 16 : 8 * part.b;
+    return {part.data, part.stride, lanes, part.twiddles.twiddles[direction], part.prime};
+}
+
+}  // namespace
+
+void forward_levels(const Rows& rows, unsigned levels, bool reduce) {
+    const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
+    forward_tree(rows, nullptr, 0, levels, {rows.twiddles, 0, 0}, m, reduce);
+}
+
+void inverse_levels(const Rows& rows, unsigned levels) {
+    const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
+    inverse_tree(rows, nullptr, nullptr, 0, levels, {rows.twiddles, 0, 0}, m);
+}
+
+void forward_part(const Part& part, bool reduce) {
+    const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
+    const Rows rows = part_rows(part, forward_direction);
+    forward_tree(rows, &part, 0, part.levels, {rows.twiddles, 0, 0}, m, reduce);
+}
+
+void inverse_part(const Part& part, const double* other) {
+    const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
+    const Rows rows = part_rows(part, inverse_direction);
+    inverse_tree(rows, &part, other, 0, part.levels, {rows.twiddles, 0, 0}, m);
+}
+
+}  // namespace znp::vst

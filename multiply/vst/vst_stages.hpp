@@ -1,0 +1,43 @@
+// How the binary levels of a VST are divided: stages of columns, then the contiguous parts.
+#pragma once
+
+#include "multiply/vst/geometry.hpp"
+
+namespace znp::vst {
+
+// Longest column, in levels: with one prime at a time its rows stay in the second-level cache.
+inline constexpr unsigned max_column_levels = 11;
+
+// Stage s works on the nodes at depth first_level(s): 2^first_level sections of 2^columns_log columns each,
+// a column being 2^levels[s] blocks at distances of 2^columns_log blocks. The first stage is always there and
+// is fused with the conversions; it may have no levels. part: levels of the contiguous parts.
+struct Stages {
+    static constexpr unsigned max_count = 4;
+
+    unsigned total;
+    unsigned count;
+    unsigned levels[max_count];
+    unsigned part;
+
+    // part_limit: levels that a part may have at most; threads: how many shall find work in each stage.
+    Stages(unsigned total_, unsigned part_limit, unsigned log2_threads) : total(total_), count(1), levels{} {
+        const unsigned least_columns = log2_threads == 0 ? 0 : log2_threads + 1;
+        unsigned columns = total > part_limit ? total - part_limit : 0;
+        if (columns > 0 && columns < 3) columns = 3;
+        if (columns < least_columns) columns = least_columns;
+        if (columns > total - 1) columns = total - 1;
+        part = total - columns;
+        if (columns > max_column_levels) count = (columns + max_column_levels - 1) / max_column_levels;
+        for (unsigned s = 0; s < count; s++) levels[s] = columns * (s + 1) / count - columns * s / count;
+    }
+
+    unsigned first_level(unsigned s) const {
+        unsigned sum = 0;
+        for (unsigned i = 0; i < s; i++) sum += levels[i];
+        return sum;
+    }
+    unsigned columns_log(unsigned s) const { return total - first_level(s) - levels[s]; }
+    unsigned part_depth() const { return total - part; }
+};
+
+}  // namespace znp::vst

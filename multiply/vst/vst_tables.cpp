@@ -1,0 +1,260 @@
+#include "multiply/vst/vst_tables.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <new>
+
+#include "multiply/vst/size_plan.hpp"
+#include "multiply/vst/vst_stages.hpp"
+#include "shell/console.hpp"
+
+namespace znp::vst {
+
+namespace {
+
+constexpr unsigned bit_entries = 48;
+
+constexpr upL_t round_up_4(upL_t n) {
+    return (n + 3) & ~upL_t{3};
+}
+
+// Integers modulo a prime below 2^48.
+class Field {
+  public:
+    explicit Field(double p) : p_(static_cast<u64_t>(p)) {}
+    u64_t from(double balanced) const {
+        return balanced < 0 ? p_ - static_cast<u64_t>(-balanced) : static_cast<u64_t>(balanced);
+    }
+    double balanced(u64_t x) const {
+        return x > p_ / 2 ? -static_cast<double>(p_ - x) : static_cast<double>(x);
+    }
+    u64_t add(u64_t x, u64_t y) const { return (x + y) % p_; }
+    u64_t sub(u64_t x, u64_t y) const { return (x + p_ - y) % p_; }
+    u64_t mul(u64_t x, u64_t y) const { return static_cast<u64_t>(static_cast<u128_t>(x) * y % p_); }
+    u64_t power(u64_t x, u64_t e) const {
+        u64_t result = 1;
+        for (; e != 0; e >>= 1, x = mul(x, x)) {
+            if ((e & 1) != 0) result = mul(result, x);
+        }
+        return result;
+    }
+    u64_t invert(u64_t x) const { return power(x, p_ - 2); }
+
+  private:
+    u64_t p_;
+};
+
+// Hands out arrays one behind the other.
+class Carver {
+  public:
+    explicit Carver(std::byte* memory) : next_(memory) {}
+    double* doubles(upL_t count) {
+        auto* const array = reinterpret_cast<double*>(next_);
+        next_ += round_up_4(count) * sizeof(double);
+        return array;
+    }
+    std::byte* next() const { return next_; }
+
+  private:
+    std::byte* next_;
+};
+
+// Sizes of the tables of a set whose largest transform has this geometry.
+struct TableShape {
+    unsigned part;
+    upL_t nodes;
+    upL_t block_nodes;
+
+    explicit TableShape(const Geometry& g)
+        : part(std::min(part_levels(g.a, g.b), g.levels())),
+          nodes(std::max(upL_t{1} << (part + block_levels(g.b) - 1), upL_t{1} << (max_column_levels - 1))),
+          block_nodes(g.b == 1 ? 0 : upL_t{8} << part) {}
+
+    upL_t prime_doubles(unsigned b) const {
+        const upL_t plain = 2 * (round_up_4(nodes) + bit_entries);
+        return b == 1 ? plain : plain + 2 * ((b - 1) * block_nodes + bit_entries) + b * block_nodes;
+    }
+    upL_t bytes(const Geometry& g) const {
+        return round_up_4(sizeof(SetTables) / 8 + 3) * 8 + g.a * prime_doubles(g.b) * 8;
+    }
+};
+
+class PrimeBuilder {
+  public:
+    PrimeBuilder(PrimeTables& tables, const SetTables& set, unsigned s, Carver carver)
+        : tables_(tables),
+          set_(set),
+          b_(set.geometry.b),
+          max_c_(set.set->max_c),
+          field_(set.set->primes[s]),
+          root_(field_.from(set.set->roots[s])),
+          carver_(carver) {
+        tables_.p = set.set->primes[s];
+        tables_.inverse = 1.0 / tables_.p;
+        tables_.product_magic =
+            std::ldexp(1.5, static_cast<int>(std::ceil(std::log2(1.2 * tables_.p * tables_.p))) + 1);
+    }
+
+    void build() {
+        for (const Direction direction : {forward_direction, inverse_direction}) {
+            u64_t bits[bit_entries];
+            for (unsigned i = 0; i < bit_entries; i++) bits[i] = unit(i + 2, 1, direction);
+            tables_.bits[direction] = store(bits, bit_entries);
+            tables_.twiddles[direction] = expand(set_.table_nodes, bits);
+        }
+        if (b_ > 1) build_odd();
+    }
+
+  private:
+    // e(2^-order)^exponent or its inverse; 1 where the field has no such root.
+    u64_t unit(unsigned order, u64_t exponent, Direction direction) const {
+        if (order > max_c_) return 1;
+        const u64_t base = field_.power(root_, u64_t{b_} << (max_c_ - order));
+        const u64_t value = field_.power(base, exponent);
+        return direction == forward_direction ? value : field_.invert(value);
+    }
+
+    const double* store(const u64_t* values, upL_t count) {
+        double* const out = carver_.doubles(count);
+        for (upL_t i = 0; i < count; i++) out[i] = field_.balanced(values[i]);
+        return out;
+    }
+
+    const double* expand(upL_t count, const u64_t* bits) {
+        double* const out = carver_.doubles(count);
+        out[0] = 1;
+        for (upL_t j = 1; j < count; j++) {
+            const upL_t top = std::bit_floor(j);
+            out[j] = field_.balanced(field_.mul(field_.from(out[j - top]), bits[std::countr_zero(top)]));
+        }
+        return out;
+    }
+
+    void build_odd() {
+        const u64_t z = field_.power(root_, u64_t{1} << max_c_);
+        // 1 / b modulo 2^max_c.
+        u64_t inverse_b = 1;
+        for (unsigned i = 0; i < 6; i++) inverse_b *= 2 - b_ * inverse_b;
+        for (const Direction direction : {forward_direction, inverse_direction}) {
+            u64_t bits[bit_entries];
+            for (unsigned i = 0; i < bit_entries; i++)
+                bits[i] = unit(i + 1, inverse_b & ((u64_t{2} << i) - 1), direction);
+            tables_.power_bits[direction] = store(bits, bit_entries);
+            build_powers(direction, bits);
+            if (direction == forward_direction) build_weights(z);
+            build_constants(tables_.odd[direction], direction == forward_direction ? z : field_.invert(z));
+        }
+    }
+
+    void build_powers(Direction direction, const u64_t* bits) {
+        const upL_t nodes = set_.block_nodes;
+        const double* const v = expand(nodes, bits);
+        double* out = carver_.doubles((b_ - 2) * nodes);
+        for (unsigned r = 2; r < b_; r++) {
+            for (upL_t j = 0; j < nodes; j++) *out++ = field_.balanced(field_.power(field_.from(v[j]), r));
+        }
+        tables_.powers[direction] = v;
+    }
+
+    void build_weights(u64_t z) {
+        const upL_t nodes = set_.block_nodes;
+        double* out = carver_.doubles(b_ * nodes);
+        tables_.weights = out;
+        for (upL_t j = 0; j < nodes; j++) {
+            u64_t weight = field_.from(tables_.powers[forward_direction][j]);
+            for (unsigned k = 0; k < b_; k++, weight = field_.mul(weight, z))
+                *out++ = field_.balanced(weight);
+        }
+    }
+
+    void build_constants(OddConstants& constants, u64_t z) const {
+        const u64_t half = field_.invert(2);
+        constants.z = field_.balanced(z);
+        for (unsigned j = 1; j <= (b_ - 1) / 2; j++) {
+            for (unsigned k = 1; k <= (b_ - 1) / 2; k++) {
+                const u64_t e = field_.power(z, j * k);
+                const u64_t inverse = field_.invert(e);
+                constants.cos[j][k] = field_.balanced(field_.mul(half, field_.add(e, inverse)));
+                constants.sin[j][k] = field_.balanced(field_.mul(half, field_.sub(e, inverse)));
+            }
+        }
+    }
+
+    PrimeTables& tables_;
+    const SetTables& set_;
+    unsigned b_;
+    unsigned max_c_;
+    Field field_;
+    u64_t root_;
+    Carver carver_;
+};
+
+template <class F>
+void for_each_set(const TablePlan& plan, F f) {
+    for (unsigned a = 4; a <= 9; a++) {
+        for (unsigned b = 1; b <= 7; b += 2) {
+            if (plan.c[a - 3][b / 2] != 0) f(Geometry{a, b, plan.c[a - 3][b / 2]});
+        }
+    }
+}
+
+constexpr upL_t header_bytes = (sizeof(VSTTables) + 31) & ~upL_t{31};
+
+const SetTables* build_set(const Geometry& g, std::byte* memory) {
+    const TableShape shape(g);
+    auto* const tables = new (memory) SetTables{};
+    tables->geometry = g;
+    tables->set = &prime_set(g.a, g.b);
+    tables->part_levels = shape.part;
+    tables->table_nodes = shape.nodes;
+    tables->block_nodes = shape.block_nodes;
+    std::byte* arrays = memory + shape.bytes(g) - g.a * shape.prime_doubles(g.b) * 8;
+    for (unsigned s = 0; s < g.a; s++, arrays += shape.prime_doubles(g.b) * 8)
+        PrimeBuilder(tables->prime[s], *tables, s, Carver(arrays)).build();
+    return tables;
+}
+
+}  // namespace
+
+unsigned part_levels(unsigned a, unsigned b) {
+    constexpr upL_t part_bytes = 700 << 10;
+    const upL_t block = Geometry{a, b, 9}.block_bytes();
+    return static_cast<unsigned>(std::bit_width(part_bytes / block)) - 1;
+}
+
+TablePlan::TablePlan(u64_t limit_bits) {
+    const u64_t capacity = find_size(limit_bits).capacity();
+    for (const auto rows : {main_plan(), large_plan()}) {
+        for (const SizePlanRow& row : rows) {
+            if (row.capacity() > capacity) break;
+            require(row.geometry());
+        }
+    }
+}
+
+void TablePlan::require(const Geometry& g) {
+    unsigned& largest = c[g.a - 3][g.b / 2];
+    largest = std::max(largest, g.c);
+}
+
+upL_t table_bytes(const TablePlan& plan) {
+    upL_t bytes = header_bytes;
+    for_each_set(plan, [&](const Geometry& g) { bytes += TableShape(g).bytes(g); });
+    return bytes;
+}
+
+std::byte* build_tables(const VSTTables*& tables, const TablePlan& plan, std::byte* memory) {
+    if (reinterpret_cast<std::uintptr_t>(memory) % 32 != 0)
+        Console::print_error("Data Misalignment. Possible performance penalty.");
+    auto* const header = new (memory) VSTTables{};
+    memory += header_bytes;
+    for_each_set(plan, [&](const Geometry& g) {
+        header->sets[g.a - 3][g.b / 2] = build_set(g, memory);
+        memory += TableShape(g).bytes(g);
+    });
+    tables = header;
+    return memory;
+}
+
+}  // namespace znp::vst

@@ -1,0 +1,101 @@
+// Twiddle tables of the VST, and the tree of polynomials that they belong to.
+//
+// A transform of N = b 2^c points works modulo X^N - 1, and a negacyclic one modulo X^N + 1, the right child
+// of X^2N - 1 in the tree
+//
+//     X^(2m) - w   =   (X^m - sqrt w) (X^m + sqrt w).
+//
+// Its node j at depth d (children 2j, 2j + 1) is X^(N/2^d) - e(r(j)) with e(x) a root of unity of angle
+// 2 pi x and r(j) the bits of j reversed behind the binary point: r(1) = 1/2, r(2) = 1/4, r(3) = 3/4. The
+// twiddle of a node, T[j] = e(r(j) / 2), depends neither on d nor on N. Since r(j + 2^e k) = r(j) + r(2^e k)
+// for j < 2^e,
+//
+//     T[2^e k + j] = T[2^e k] T[j],
+//
+// so that a table of a few hundred entries and one factor for each subtree serve every length: the twiddles
+// of a subtree are made where it begins (local_twiddles), by one multiplication each, and stay in the cache.
+// No table grows with the length of the transform.
+//
+// The binary levels end at a block's nodes X^(4b) - w. With v = w^(1/b), the root of 2-power order, and z of
+// order b, these are split into X^4 - v z^k, k = 0 .. b-1, whose products are made directly. v goes by the
+// bits of j in the same way.
+#pragma once
+
+#include "foundation/types.hpp"
+#include "multiply/vst/geometry.hpp"
+#include "multiply/vst/prime_sets.hpp"
+
+namespace znp::vst {
+
+enum Direction : unsigned { forward_direction = 0, inverse_direction = 1 };
+
+// The constants of a DFT of b points with z: cos[j][k] = (z^jk + z^-jk) / 2, sin[j][k] = (z^jk - z^-jk) / 2,
+// for j, k from 1 to (b - 1) / 2.
+struct OddConstants {
+    double z;
+    double cos[4][4];
+    double sin[4][4];
+};
+
+// All residues balanced. The arrays hold one entry for each of the two directions, the second being the
+// inverses of the first.
+struct PrimeTables {
+    double p;
+    double inverse;               // 1 / p
+    double product_magic;         // 1.5 2^(52+k), see ProductSum
+    OddConstants odd[2];          // b > 1
+    const double* twiddles[2];    // T[j], j < table_nodes
+    const double* bits[2];        // T[2^i]
+    const double* powers[2];      // b > 1: V[j]^r at (r - 1) block_nodes + j, r from 1 to b - 1
+    const double* power_bits[2];  // b > 1: V[2^i]
+    const double* weights;        // b > 1: V[j] z^k at j b + k, j < block_nodes
+};
+
+// The tables of one set (a, b).
+struct SetTables {
+    Geometry geometry;  // of the largest transform served
+    const PrimeSet* set;
+    unsigned part_levels;  // binary levels of the contiguous parts
+    upL_t table_nodes;
+    upL_t block_nodes;  // nodes X^(4b) - w of a part; b > 1
+    PrimeTables prime[9];
+};
+
+// Binary levels above a block that a contiguous part has at most: the part shall stay in the second-level
+// cache with all its primes.
+unsigned part_levels(unsigned a, unsigned b);
+
+// Binary levels in a block, above X^4 - w (b = 1) or X^(4b) - w.
+constexpr unsigned block_levels(unsigned b) {
+    return b == 1 ? 4 : 3;
+}
+
+}  // namespace znp::vst
+
+namespace znp {
+
+struct VSTTables {
+    const vst::SetTables* sets[7][4];  // by a - 3, (b - 1) / 2; null where the plan has none
+};
+
+}  // namespace znp
+
+namespace znp::vst {
+
+// Which sets, and for how long transforms: c of the largest, by a - 3 and (b - 1) / 2; 0 for a set that is
+// not needed.
+struct TablePlan {
+    unsigned c[7][4] = {};
+
+    TablePlan() = default;
+    // All rows of the size plans up to the first that holds limit_bits.
+    explicit TablePlan(u64_t limit_bits);
+    void require(const Geometry& g);
+};
+
+// Bytes of the tables, and their construction at memory (32-byte aligned), which returns the end of what it
+// used: exactly table_bytes behind memory. A few milliseconds.
+upL_t table_bytes(const TablePlan& plan);
+std::byte* build_tables(const VSTTables*& tables, const TablePlan& plan, std::byte* memory);
+
+}  // namespace znp::vst
