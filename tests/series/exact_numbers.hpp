@@ -11,50 +11,54 @@
 #include "foundation/types.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "numbers/basic_int.hpp"
+#include "numbers/big_float.hpp"
 #include "numbers/exact_float.hpp"
 
 namespace znp::testing {
 
-class Integer {
+class ExactInteger {
   public:
-    Integer(s64_t x = 0) { mpz_init_set_si(z, x); }
-    explicit Integer(const char* decimal) { mpz_init_set_str(z, decimal, 10); }
-    explicit Integer(const BasicInt<cdi>& x) : Integer() {
-        mpz_import(z, x.get_L(), -1, sizeof(cdi), 0, 0, x.get_T());
-    }
-    Integer(const Integer& other) { mpz_init_set(z, other.z); }
-    Integer(Integer&& other) noexcept : Integer() { mpz_swap(z, other.z); }
-    Integer& operator=(Integer other) noexcept {
+    ExactInteger(s64_t x = 0) { mpz_init_set_si(z, x); }
+    explicit ExactInteger(const char* decimal) { mpz_init_set_str(z, decimal, 10); }
+    ExactInteger(const cdi* T, upL_t L) : ExactInteger() { mpz_import(z, L, -1, sizeof(cdi), 0, 0, T); }
+    explicit ExactInteger(const BasicInt<cdi>& x) : ExactInteger(x.get_T(), x.get_L()) {}
+    ExactInteger(const ExactInteger& other) { mpz_init_set(z, other.z); }
+    ExactInteger(ExactInteger&& other) noexcept : ExactInteger() { mpz_swap(z, other.z); }
+    ExactInteger& operator=(ExactInteger other) noexcept {
         mpz_swap(z, other.z);
         return *this;
     }
-    ~Integer() { mpz_clear(z); }
+    ~ExactInteger() { mpz_clear(z); }
 
-    static Integer of(u64_t x) {
-        Integer r;
+    static ExactInteger of(u64_t x) {
+        ExactInteger r;
         mpz_set_ui(r.z, x);
         return r;
     }
-    static Integer pow(u64_t base, u64_t e) {
-        Integer r;
+    static ExactInteger pow(u64_t base, u64_t e) {
+        ExactInteger r;
         mpz_ui_pow_ui(r.z, base, e);
         return r;
     }
 
-    friend Integer operator+(const Integer& a, const Integer& b) { return by(mpz_add, a, b); }
-    friend Integer operator-(const Integer& a, const Integer& b) { return by(mpz_sub, a, b); }
-    friend Integer operator*(const Integer& a, const Integer& b) { return by(mpz_mul, a, b); }
-    friend Integer operator/(const Integer& a, const Integer& b) { return by(mpz_fdiv_q, a, b); }
-    friend Integer operator%(const Integer& a, const Integer& b) { return by(mpz_fdiv_r, a, b); }
-    friend bool operator==(const Integer& a, const Integer& b) { return mpz_cmp(a.z, b.z) == 0; }
-    friend bool operator<(const Integer& a, const Integer& b) { return mpz_cmp(a.z, b.z) < 0; }
-    Integer sqrt() const {
-        Integer r;
+    friend ExactInteger operator+(const ExactInteger& a, const ExactInteger& b) { return by(mpz_add, a, b); }
+    friend ExactInteger operator-(const ExactInteger& a, const ExactInteger& b) { return by(mpz_sub, a, b); }
+    friend ExactInteger operator*(const ExactInteger& a, const ExactInteger& b) { return by(mpz_mul, a, b); }
+    friend ExactInteger operator/(const ExactInteger& a, const ExactInteger& b) {
+        return by(mpz_fdiv_q, a, b);
+    }
+    friend ExactInteger operator%(const ExactInteger& a, const ExactInteger& b) {
+        return by(mpz_fdiv_r, a, b);
+    }
+    friend bool operator==(const ExactInteger& a, const ExactInteger& b) { return mpz_cmp(a.z, b.z) == 0; }
+    friend bool operator<(const ExactInteger& a, const ExactInteger& b) { return mpz_cmp(a.z, b.z) < 0; }
+    ExactInteger sqrt() const {
+        ExactInteger r;
         mpz_sqrt(r.z, z);
         return r;
     }
-    Integer shifted(u64_t bits) const {
-        Integer r;
+    ExactInteger shifted(u64_t bits) const {
+        ExactInteger r;
         mpz_mul_2exp(r.z, z, bits);
         return r;
     }
@@ -67,62 +71,65 @@ class Integer {
         s.resize(s.find('\0'));
         return s;
     }
-    friend std::ostream& operator<<(std::ostream& out, const Integer& x) { return out << x.str(); }
+    friend std::ostream& operator<<(std::ostream& out, const ExactInteger& x) { return out << x.str(); }
 
     mpz_t z;
 
   private:
     template <class Operation>
-    static Integer by(Operation operation, const Integer& a, const Integer& b) {
-        Integer r;
+    static ExactInteger by(Operation operation, const ExactInteger& a, const ExactInteger& b) {
+        ExactInteger r;
         operation(r.z, a.z, b.z);
         return r;
     }
 };
 
-class Fraction {
+class Rational {
   public:
-    Fraction() { mpq_init(q); }
-    Fraction(const Integer& numerator, const Integer& denominator = 1) : Fraction() {
+    Rational() { mpq_init(q); }
+    Rational(const ExactInteger& numerator, const ExactInteger& denominator = 1) : Rational() {
         mpz_set(mpq_numref(q), numerator.z);
         mpz_set(mpq_denref(q), denominator.z);
         mpq_canonicalize(q);
     }
-    // mantissa * 2^(64 exp).
-    explicit Fraction(const ExactFloat<cdi>& x) : Fraction() {
-        mpz_import(mpq_numref(q), x.get_L(), -1, sizeof(cdi), 0, 0, x.get_T());
-        const s64_t e = x.get_exp() * 64;
-        if (e >= 0) {
-            mpq_mul_2exp(q, q, static_cast<u64_t>(e));
+    // mantissa * 2^(64 exp), and the sign of a BigFloat.
+    explicit Rational(const ExactFloat<cdi>& x) : Rational(x.get_T(), x.get_L(), x.get_exp()) {}
+    explicit Rational(const BigFloat<cdi>& x) : Rational(x.get_T(), x.get_L(), x.get_exp()) {
+        if (!x.raw_sign()) mpq_neg(q, q);
+    }
+    Rational(const cdi* T, upL_t L, s64_t exp) : Rational() {
+        mpz_import(mpq_numref(q), L, -1, sizeof(cdi), 0, 0, T);
+        if (exp >= 0) {
+            mpq_mul_2exp(q, q, static_cast<u64_t>(exp) * 64);
         } else {
-            mpq_div_2exp(q, q, static_cast<u64_t>(-e));
+            mpq_div_2exp(q, q, static_cast<u64_t>(-exp) * 64);
         }
     }
-    Fraction(const Fraction& other) : Fraction() { mpq_set(q, other.q); }
-    Fraction(Fraction&& other) noexcept : Fraction() { mpq_swap(q, other.q); }
-    Fraction& operator=(Fraction other) noexcept {
+    Rational(const Rational& other) : Rational() { mpq_set(q, other.q); }
+    Rational(Rational&& other) noexcept : Rational() { mpq_swap(q, other.q); }
+    Rational& operator=(Rational other) noexcept {
         mpq_swap(q, other.q);
         return *this;
     }
-    ~Fraction() { mpq_clear(q); }
+    ~Rational() { mpq_clear(q); }
 
-    friend Fraction operator+(const Fraction& a, const Fraction& b) { return by(mpq_add, a, b); }
-    friend Fraction operator-(const Fraction& a, const Fraction& b) { return by(mpq_sub, a, b); }
-    friend Fraction operator*(const Fraction& a, const Fraction& b) { return by(mpq_mul, a, b); }
-    friend Fraction operator/(const Fraction& a, const Fraction& b) { return by(mpq_div, a, b); }
-    friend bool operator==(const Fraction& a, const Fraction& b) { return mpq_equal(a.q, b.q) != 0; }
-    Integer numerator() const {
-        Integer r;
+    friend Rational operator+(const Rational& a, const Rational& b) { return by(mpq_add, a, b); }
+    friend Rational operator-(const Rational& a, const Rational& b) { return by(mpq_sub, a, b); }
+    friend Rational operator*(const Rational& a, const Rational& b) { return by(mpq_mul, a, b); }
+    friend Rational operator/(const Rational& a, const Rational& b) { return by(mpq_div, a, b); }
+    friend bool operator==(const Rational& a, const Rational& b) { return mpq_equal(a.q, b.q) != 0; }
+    ExactInteger numerator() const {
+        ExactInteger r;
         mpz_set(r.z, mpq_numref(q));
         return r;
     }
-    Integer denominator() const {
-        Integer r;
+    ExactInteger denominator() const {
+        ExactInteger r;
         mpz_set(r.z, mpq_denref(q));
         return r;
     }
     double to_double() const { return mpq_get_d(q); }
-    friend std::ostream& operator<<(std::ostream& out, const Fraction& x) {
+    friend std::ostream& operator<<(std::ostream& out, const Rational& x) {
         return out << x.numerator() << '/' << x.denominator();
     }
 
@@ -130,8 +137,8 @@ class Fraction {
 
   private:
     template <class Operation>
-    static Fraction by(Operation operation, const Fraction& a, const Fraction& b) {
-        Fraction r;
+    static Rational by(Operation operation, const Rational& a, const Rational& b) {
+        Rational r;
         operation(r.q, a.q, b.q);
         return r;
     }
