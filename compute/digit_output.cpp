@@ -79,7 +79,7 @@ void write_digits(const RunTimeParameters& run, u64_t radix, const std::string& 
 void convert_fraction(RunTimeParameters& run, const Parts& number, cdi* words, upL_t w) {
     StatusLine status;
     status.set_label("Base Converting: ");
-    const WorkBuffer work(run, cbr_table_size(CVN::decimal_base, w, run.tds));
+    const WorkBuffer work(run, conversion_work_bytes(w, run.tds));
     repeat_until_right(run, status, "Radix Conversion Failed - Reattempting...", [&] {
         return conversion_calls.conversion(work.arithmetic, CVN::decimal_base, words, w, number.fraction,
                                            number.L, &status) == 0 &&
@@ -128,7 +128,7 @@ u64_t residue_of_digits(cdi integer, const cdi* words, upL_t w, u64_t dec) {
 
 u64_t residue_of_number(RunTimeParameters& run, const Parts& number) {
     StatusLine status;
-    const WorkBuffer work(run, power_check_size(10, run.dec, number.L, run.tds));
+    const WorkBuffer work(run, verification_work_bytes(run.p, run.dec, run.tds));
     u64_t result = 0;
     repeat_until_right(run, status, "Verification Failed - Reattempting...", [&] {
         return conversion_calls.verification(work.arithmetic, 10, run.dec, number.integer, number.fraction,

@@ -3,6 +3,7 @@
 
 #include "compute/digit_output.hpp"
 #include "compute/stages.hpp"
+#include "foundation/fail.hpp"
 #include "foundation/heap_words.hpp"
 #include "multiply/kernels/digit_conversion.hpp"
 
@@ -22,15 +23,20 @@ upL_t write_hex_bytes(u64_t hex) {
 // Work buffer and digits come one after the other beside the decimal words, the verification alone.
 upL_t conversion_bytes(upL_t p, u64_t dec, u64_t threads) {
     const upL_t w = decimal_words(dec);
-    const upL_t work = cbr_table_size(CVN::decimal_base, w, threads);
+    const upL_t work = conversion_work_bytes(w, threads);
     const upL_t digits = CVN::decimal_digits * w;
-    const upL_t conversion = heap_bytes(sizeof(cdi) * w) + heap_bytes(std::max(work, digits));
+    return std::max(heap_bytes(sizeof(cdi) * w) + heap_bytes(std::max(work, digits)),
+                    heap_bytes(verification_work_bytes(p, dec, threads)));
+}
 
-    upL_t verification = 0;
-    for (upL_t L = least_fraction(p); L <= most_fraction(p); ++L) {
-        verification = std::max(verification, power_check_size(10, dec, L, threads));
-    }
-    return std::max(conversion, heap_bytes(verification));
+upL_t conversion_work_bytes(upL_t w, u64_t threads) {
+    const upL_t bytes = cbr_table_size(CVN::decimal_base, w, threads);
+    if (bytes == ~upL_t{0}) fail(zn_exception(error_code::size_beyond_tables));
+    return bytes;
+}
+
+upL_t verification_work_bytes(upL_t p, u64_t dec, u64_t threads) {
+    return power_check_size(10, dec, most_fraction(p), threads);
 }
 
 }  // namespace znp

@@ -58,6 +58,19 @@ TEST(OutputMemory, WordsHoldTheWantedDigits) {
     }
 }
 
+TEST(OutputMemory, SizesBeyondAllMultipliers) {
+    const u64_t dec = u64_t{1} << 59;
+    s32_t code = 0;
+    console_output([&] {
+        try {
+            static_cast<void>(conversion_bytes(precision_for(hex_digits_for(dec)), dec, 1));
+        } catch (const zn_exception& exception) {
+            code = exception.code;
+        }
+    });
+    EXPECT_EQ(code, error_code::size_beyond_tables);
+}
+
 // ---- Lines on the console ---------------------------------------------------------------------------------
 
 TEST(PrintStage, NameAndTime) {
