@@ -12,10 +12,10 @@ upL_t series_memory(const zl_BSS& series, const SeriesQuotient& formula, upL_t p
     return series_memory(std::span(&term, 1), p, digits, threads);
 }
 
-upL_t series_memory(std::span<const SeriesTerm> terms, upL_t p, u64_t digits, u64_t threads) {
+upL_t series_memory(std::span<const SeriesTerm> terms, upL_t p, u64_t digits, u64_t threads, upL_t beside) {
     const upL_t number = HeapFloat::bytes(series_quotient_words(p));
     upL_t bytes = number + output_bytes(p, digits, threads);
-    upL_t running_sum = 0;
+    upL_t running_sum = beside;
     for (const SeriesTerm& term : terms) {
         const PSRPlan plan = make_psr_plan(*term.series, p, 1.0, 0, threads);
         bytes = std::max(bytes,

@@ -21,6 +21,7 @@ struct SeriesTerm {
     const zl_BSS* series;
     SeriesQuotient formula;
 };
-upL_t series_memory(std::span<const SeriesTerm> terms, upL_t p, u64_t digits, u64_t threads);
+upL_t series_memory(std::span<const SeriesTerm> terms, upL_t p, u64_t digits, u64_t threads,
+                    upL_t beside = 0);
 
 }  // namespace znp

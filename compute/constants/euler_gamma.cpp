@@ -3,6 +3,7 @@
 
 #include "compute/constants/constants.hpp"
 #include "compute/constants/memory_query.hpp"
+#include "compute/euler_gamma_memory.hpp"
 #include "foundation/strings.hpp"
 
 namespace znp {
@@ -34,6 +35,12 @@ class zlr_EulerGamma_Base : public zlr_Constant {
         if (algorithm == 0) return "Brent-McMillan with Refinement ( n = 2^" + to_string_u64(k - 1) + " )";
         if (algorithm == 1) return "Brent-McMillan ( n = 2^" + to_string_u64(k) + " )";
         return {};
+    }
+    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
+        return query_memory(*this, algorithm, p, bytes, [&] {
+            const bool refined = algorithm == 0;
+            return euler_gamma_memory_B(refined ? exponent_ - 1 : exponent_, refined, p, digits, threads);
+        });
     }
     void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
 

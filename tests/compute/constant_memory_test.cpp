@@ -22,10 +22,12 @@ constexpr u32_t without_driver[] = {constant_id::arccoth,
                                     constant_id::catalan,
                                     constant_id::euler_gamma,
                                     constant_id::euler_gamma_override};
-// Log has no estimate without its formulas, and Euler's constant none without its series A and B.
-constexpr u32_t with_estimate[] = {constant_id::sqrt,       constant_id::golden_ratio, constant_id::e,
-                                   constant_id::pi,         constant_id::arccoth,      constant_id::zeta3,
-                                   constant_id::lemniscate, constant_id::catalan};
+// All but Log, whose estimate needs its formulas.
+constexpr u32_t with_estimate[] = {constant_id::sqrt,        constant_id::golden_ratio,
+                                   constant_id::e,           constant_id::pi,
+                                   constant_id::arccoth,     constant_id::zeta3,
+                                   constant_id::lemniscate,  constant_id::catalan,
+                                   constant_id::euler_gamma, constant_id::euler_gamma_override};
 constexpr u64_t parameter = 5;
 constexpr u64_t some_digits[] = {100, 1000, 5000, 20000, 40000};
 
