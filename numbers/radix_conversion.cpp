@@ -4,6 +4,7 @@
 #include <new>
 
 #include "foundation/exceptions.hpp"
+#include "foundation/heap_words.hpp"
 #include "multiply/selection.hpp"
 #include "numbers/radix_fraction.hpp"
 #include "numbers/radix_plan.hpp"
@@ -18,6 +19,13 @@ constexpr upL_t round_up_32(upL_t bytes) {
     return (bytes + 31) & ~upL_t{31};
 }
 
+// The table record is aligned to more than the 32 bytes of a work buffer.
+constexpr upL_t record_bytes = round_up_32(sizeof(CBR_table)) + alignof(CBR_table) - 32;
+
+std::byte* record_place(std::byte* buffer) {
+    return buffer + (-address_of(buffer) & (alignof(CBR_table) - 1));
+}
+
 // The work buffer of a conversion, from its start:
 //     the table record
 //     the images of the powers, except the top level's
@@ -29,7 +37,7 @@ struct Layout {
     upL_t bytes;
 
     Layout(const CBR_table& table, const CBR_ParallelPlan& plan, u64_t threads) {
-        images = round_up_32(sizeof(CBR_table));
+        images = record_bytes;
         fraction = images;
         upL_t products = plan.at[0].bytes;
         for (unsigned i = 0; i < table.levels; i++) {
@@ -67,7 +75,7 @@ int convert(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* 
             StatusLine* status) {
     const upL_t needed = cbr_table_size(radix, n, bp.tds);
     if (bp.ML < needed) fire(BufferTooSmallException("convert()", bp.ML, needed));
-    const TableInPlace place(bp.M, radix, n);
+    const TableInPlace place(record_place(bp.M), radix, n);
     CBR_table& table = *place;
     const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(table, bp.tds);
     const Layout layout(table, plan, bp.tds);

@@ -83,7 +83,7 @@ inline std::string text_of(const Number& number, int base, u64_t count) {
     std::unique_ptr<char, void (*)(void*)> raw(mpz_get_str(nullptr, base, x.z), std::free);
     std::string text = raw.get();
     if (text.size() <= count) text.insert(0, count + 1 - text.size(), '0');
-    return text.insert(text.size() - count, ".");
+    return text.substr(0, text.size() - count) + '.' + text.substr(text.size() - count);
 }
 
 inline u64_t residue_of(const Number& number, u64_t dec) {
@@ -145,8 +145,8 @@ class OutputRun {
     explicit OutputRun(u64_t dec, u64_t threads = 1) : OutputRun(dec, hex_digits_for(dec), threads) {}
     OutputRun(u64_t dec, u64_t hex, u64_t threads, upL_t bytes = 0)
         : block_(bytes != 0 ? bytes : output_bytes(dec, hex, threads)) {
-        run.short_name = run.name = "X";
-        run.algorithm_short = run.algorithm_name = "Y";
+        run.short_name = run.name = std::string(1, 'X');
+        run.algorithm_short = run.algorithm_name = std::string(1, 'Y');
         run.dec = dec;
         run.hex = hex;
         run.p = precision_for(hex_digits_for(dec));
