@@ -29,10 +29,11 @@ upL_t ab_bytes(u32_t m, bool refined, upL_t p, u64_t threads) {
     const Series_EulerGamma_BM_AB series(m);
     const ABSumSizes sizes = ab_sum_sizes(series, make_ab_plan(series, p, 1.0), threads);
     const upL_t result = HeapFloat::bytes(sizes.results);
-    const upL_t number = number_bytes(p);
+    const upL_t P = p + estimate_margin;
+    const upL_t number = number_bytes(P);
     return std::max({3 * result + heap_words(sizes.nodes) + heap_bytes(sizes.work_bytes),
-                     3 * result + 3 * number + product_bytes(p, threads),
-                     result + (refined ? 3 : 1) * number + divide_bytes(p, threads)});
+                     3 * result + 3 * number + product_bytes(P, threads),
+                     result + (refined ? 3 : 1) * number + divide_bytes(P, threads)});
 }
 
 // Words to which C/B^2, about e^-4n in size, matters; 0 where it does not.
@@ -47,12 +48,13 @@ upL_t c_precision(u32_t m, upL_t p) {
 upL_t c_bytes(u32_t m, upL_t p, u64_t threads) {
     const upL_t w = c_precision(m, p);
     if (w == 0) return 0;
+    const upL_t W = w + estimate_margin;
     const EulerGamma_BM_C series(m);
-    const upL_t beside = HeapFloat::bytes(series_quotient_words(p)) + 2 * number_bytes(w);
+    const upL_t beside = HeapFloat::bytes(series_quotient_words(p + estimate_margin)) + 2 * number_bytes(W);
     const SeriesQuotient sum{1, 1, false, 1};
     const upL_t quotient =
-        series_quotient_bytes(series, make_psr_plan(series, w, 1.0, 0, threads), sum, w, threads);
-    return beside + std::max(quotient, 6 * number_bytes(w) + product_bytes(w, threads));
+        series_quotient_bytes(series, make_psr_plan(series, w, 1.0, 0, threads), sum, W, threads);
+    return beside + std::max(quotient, 6 * number_bytes(W) + product_bytes(W, threads));
 }
 
 // ln 2 = 18 ArcCoth(26) - 2 ArcCoth(4801) + 8 ArcCoth(8749), added to what is there term by term.
@@ -61,7 +63,8 @@ upL_t log2_bytes(upL_t p, u64_t digits, u64_t threads) {
     const SeriesTerm terms[] = {{&a, common_quotient(a, 1, 26)},
                                 {&b, common_quotient(b, 1, 4801)},
                                 {&c, common_quotient(c, 1, 8749)}};
-    return series_memory(terms, p, digits, threads, HeapFloat::bytes(series_quotient_words(p)));
+    return series_memory(terms, p, digits, threads,
+                         HeapFloat::bytes(series_quotient_words(p + estimate_margin)));
 }
 
 }  // namespace

@@ -29,8 +29,9 @@ void golden_ratio_B(HeapFloat& out, RunTimeParameters& run) {
 }
 
 upL_t algebraic_memory_B(upL_t p, u64_t dec, u64_t threads) {
-    return std::max(inv_sqrt_bytes(p, threads, extra_words),
-                    HeapFloat::bytes(inv_sqrt_words(p, extra_words)) + output_bytes(p, dec, threads));
+    const upL_t P = p + estimate_margin;
+    return std::max(inv_sqrt_bytes(P, threads, extra_words),
+                    HeapFloat::bytes(inv_sqrt_words(P, extra_words)) + output_bytes(p, dec, threads));
 }
 
 }  // namespace znp

@@ -34,8 +34,9 @@ void e_B(HeapFloat& out, RunTimeParameters& run, s32_t algorithm) {
 
 upL_t e_memory_B(s32_t algorithm, upL_t p, u64_t dec, u64_t threads) {
     const Series_E_Taylor series(is_inverse(algorithm));
-    return std::max(series_quotient_bytes(series, e_plan(series, p), e_quotient(algorithm), p, threads),
-                    HeapFloat::bytes(series_quotient_words(p)) + output_bytes(p, dec, threads));
+    const upL_t P = p + estimate_margin;
+    return std::max(series_quotient_bytes(series, e_plan(series, p), e_quotient(algorithm), P, threads),
+                    HeapFloat::bytes(series_quotient_words(P)) + output_bytes(p, dec, threads));
 }
 
 }  // namespace znp

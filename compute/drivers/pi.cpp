@@ -57,12 +57,13 @@ void pi_B(HeapFloat& out, RunTimeParameters& run, s32_t algorithm) {
 upL_t pi_memory_B(s32_t algorithm, upL_t p, u64_t dec, u64_t threads) {
     return with_series(algorithm, [&](const zl_BSS& series, const PiFormula& formula) {
         const PSRPlan plan = make_psr_plan(series, p, section_ratio(algorithm), 0, threads);
-        const upL_t quotient = HeapFloat::bytes(series_quotient_words(p));
-        const upL_t root = HeapFloat::bytes(inv_sqrt_words(p));
-        return std::max({series_quotient_bytes(series, plan, formula.quotient(), p, threads),
-                         quotient + inv_sqrt_bytes(p, threads),
-                         quotient + root + final_multiply_bytes(p, threads, in_less_memory(algorithm)),
-                         HeapFloat::bytes(final_multiply_words(p)) + output_bytes(p, dec, threads)});
+        const upL_t P = p + estimate_margin;
+        const upL_t quotient = HeapFloat::bytes(series_quotient_words(P));
+        const upL_t root = HeapFloat::bytes(inv_sqrt_words(P));
+        return std::max({series_quotient_bytes(series, plan, formula.quotient(), P, threads),
+                         quotient + inv_sqrt_bytes(P, threads),
+                         quotient + root + final_multiply_bytes(P, threads, in_less_memory(algorithm)),
+                         HeapFloat::bytes(final_multiply_words(P)) + output_bytes(p, dec, threads)});
     });
 }
 

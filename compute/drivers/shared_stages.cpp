@@ -18,6 +18,11 @@ constexpr const char* iterating = "Iterating: ";
 // Numbers of a formula have p + 2 words, or a few more from Newton's iterations and products with words.
 constexpr upL_t product_slack = 100;
 
+// Of the products of an iteration, and of the last step's transform.
+upL_t inv_sqrt_work(upL_t p, u64_t threads) {
+    return std::max(invsqrt_work_bytes(p, threads), work_bytes_for<cdi>(p + 8, threads));
+}
+
 upL_t final_multiply_work(upL_t p, u64_t threads, bool half_length) {
     return work_bytes_for<cdi>(2 * p + product_slack, threads, half_length);
 }
@@ -44,7 +49,7 @@ void inv_sqrt_B(HeapFloat& out, u64_t n, upL_t p, RunTimeParameters& run, upL_t 
     out = HeapFloat(run.heap, inv_sqrt_words(p, extra));
     const upL_t scratch_words = invsqrt_scratch_words(p);
     const auto scratch = make_guarded_array<cdi>(&run.heap, scratch_words);
-    const upL_t work_bytes = invsqrt_work_bytes(p, run.tds);
+    const upL_t work_bytes = inv_sqrt_work(p, run.tds);
     const auto work = make_guarded_array<std::byte>(&run.heap, work_bytes);
     const int failure = zlp_invsqrt_udw_B(run.arithmetic(work.get(), work_bytes), out, n, p,
                                           newton::Scratch(scratch.get(), scratch_words), status);
@@ -54,7 +59,7 @@ void inv_sqrt_B(HeapFloat& out, u64_t n, upL_t p, RunTimeParameters& run, upL_t 
 
 upL_t inv_sqrt_bytes(upL_t p, u64_t threads, upL_t extra) {
     return HeapFloat::bytes(inv_sqrt_words(p, extra)) + heap_words(invsqrt_scratch_words(p)) +
-           heap_bytes(invsqrt_work_bytes(p, threads));
+           heap_bytes(inv_sqrt_work(p, threads));
 }
 
 void divide_B(HeapFloat& out, RunTimeParameters& run, const Number& numerator, const Number& denominator,

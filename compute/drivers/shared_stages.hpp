@@ -11,6 +11,10 @@ namespace znp {
 
 using Number = BigFloat<cdi>;
 
+// The memory queries of the constants ask for the stages at this many words more than the precision, so that a
+// stage may come to keep a few guard words more without a change of what users are told.
+inline constexpr upL_t estimate_margin = 100;
+
 // Bytes of the heap for a work buffer of so many bytes, and for words.
 upL_t heap_words(upL_t words);
 

@@ -67,6 +67,11 @@ class DriverRun {
     HeapFloat number;  // before the block in the order of destruction
 };
 
+// Of an estimate, a tenth and the guard words of short numbers may be left over.
+inline void expect_not_wasteful(upL_t estimate, upL_t peak) {
+    EXPECT_LE(estimate - peak, estimate / 10 + 16384);
+}
+
 // Each text is found behind the one before.
 inline bool texts_in_order(const std::string& printed, const std::vector<std::string>& texts) {
     std::size_t position = 0;

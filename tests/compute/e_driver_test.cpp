@@ -43,6 +43,7 @@ void check_e(const Reference& reference, s32_t algorithm, u64_t dec, u64_t threa
     EXPECT_LT(reference.error_log2(driver.number, p), 4);
     EXPECT_EQ(driver.number.get_mag(), 1);
     EXPECT_EQ(driver.run.heap.active, 1u);
+    testing::expect_not_wasteful(formula_bytes(algorithm, p, threads), driver.peak_bytes());
 }
 
 TEST(EDriver, ValuesInABlockOfThePromisedSize) {

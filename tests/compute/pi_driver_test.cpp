@@ -60,6 +60,7 @@ void check_pi(const Reference& reference, s32_t algorithm, u64_t dec, u64_t thre
     EXPECT_LT(reference.error_log2(driver.number, p), 5);
     EXPECT_EQ(driver.number.get_mag(), 1);
     EXPECT_EQ(driver.run.heap.active, 1u);
+    testing::expect_not_wasteful(formula_bytes(algorithm, p, threads), driver.peak_bytes());
 }
 
 TEST(PiDriver, ValuesInABlockOfThePromisedSize) {
