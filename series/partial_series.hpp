@@ -36,6 +36,10 @@ PSRPlan make_psr_plan(const zl_BSS& series, upL_t p, double ratio, upL_t memory_
 // One section for the terms [a, b): what a series that is summed without a partition uses.
 PSRPlan make_single_section(const zl_BSS& series, u64_t a, u64_t b);
 
+// The plan as a table on the console, a diagnostic: a row's number, precision, end and terms, whether its
+// products are truncated, and the percentage of all terms that stand behind it.
+void print_psr_plan(const PSRPlan& plan);
+
 // What a sum by a plan takes.
 struct SumSizes {
     upL_t P, Q;        // words of the results' buffers

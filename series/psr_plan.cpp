@@ -1,5 +1,7 @@
 // The plan of sections.
+#include "foundation/strings.hpp"
 #include "series/partial_series.hpp"
+#include "shell/console.hpp"
 
 namespace znp {
 
@@ -73,6 +75,22 @@ PSRPlan make_psr_plan(const zl_BSS& series, upL_t p, double ratio, upL_t memory_
 PSRPlan make_single_section(const zl_BSS& series, u64_t a, u64_t b) {
     const auto precision = static_cast<upL_t>(series.precision_of(a, b) * words_per_nat + 2);
     return {{precision, series.words_of(a, b), 0, a, b, false}};
+}
+
+void print_psr_plan(const PSRPlan& plan) {
+    Console::println("   #         Precision                 b             Terms  ASR");
+    const u64_t n = plan.back().b;
+    for (upL_t i = 0; i < plan.size(); i++) {
+        const SectionRow& row = plan[i];
+        const auto percent = static_cast<u64_t>(static_cast<u128_t>(n - row.b) * 100 / n);
+        Console::print_padded_left(4, to_string_u64(i));
+        Console::print_padded_left(18, to_string_u64(row.precision));
+        Console::print_padded_left(18, to_string_u64(row.b));
+        Console::print_padded_left(18, to_string_u64(row.b - row.a));
+        Console::print(row.asr ? "  yes" : "   no");
+        Console::print_padded_left(5, to_string_u64(percent));
+        Console::println("%");
+    }
 }
 
 }  // namespace znp
