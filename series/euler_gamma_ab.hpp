@@ -20,7 +20,7 @@
 
 namespace znp {
 
-class Series_EulerGamma_BM_AB final : public zl_BSS {
+class Series_EulerGamma_BM_AB : public zl_BSS {
   public:
     explicit Series_EulerGamma_BM_AB(u32_t m_) : zl_BSS(false, 18, 1), m(m_) {}
     const u32_t m;
@@ -36,8 +36,8 @@ class Series_EulerGamma_BM_AB final : public zl_BSS {
 
     // A range of one or two terms. The objects have the words of end_words at least.
     static constexpr upL_t end_words[4] = {1, 2, 3, 4};
-    void BSR_End(ExactFloatR<cdi>& U, ExactFloatR<cdi>& V, ExactFloatR<cdi>& W, ExactFloatR<cdi>& X, u64_t a,
-                 u64_t b) const;
+    virtual void BSR_End(ExactFloatR<cdi>& U, ExactFloatR<cdi>& V, ExactFloatR<cdi>& W, ExactFloatR<cdi>& X,
+                         u64_t a, u64_t b) const;
 
   private:
     double magnitude(double x) const;  // ln(n^x / x!)

@@ -196,14 +196,15 @@ TEST(EulerGammaAB, DividesAtEvenIndicesInside) {
 // ---- Sums by a plan
 
 struct Sum {
-    Sum(const Series_EulerGamma_BM_AB& series, const PSRPlan& plan, u64_t threads, EventLog* log = nullptr)
+    Sum(const Series_EulerGamma_BM_AB& series, const PSRPlan& plan, u64_t threads, EventLog* log = nullptr,
+        StatusLine* status = nullptr)
         : sizes(ab_sum_sizes(series, plan, threads)),
           T(sizes.results),
           Q(sizes.results),
           R(sizes.results),
           nodes(sizes.nodes) {
         Work work(sizes.work_bytes);
-        B_PSR(parameters_of(work, threads), series, plan, T.x, Q.x, R.x, nodes.data(), log, nullptr);
+        B_PSR(parameters_of(work, threads), series, plan, T.x, Q.x, R.x, nodes.data(), log, status);
     }
     const ABSumSizes sizes;
     BigIn<cdi> T, Q, R;
@@ -284,6 +285,62 @@ TEST(EulerGammaABSum, ManySectionsToThePrecisionOfTheFirst) {
                 EXPECT_GT(agreement(R / (Q * Q), B), 64.0 * static_cast<double>(p));
             }
         }
+    }
+}
+
+// ---- A wrong word
+
+// Stores a wrong word of one of the four numbers after their residues are set.
+class FaultySeries : public Series_EulerGamma_BM_AB {
+  public:
+    FaultySeries(u32_t m_, u64_t at, int number) : Series_EulerGamma_BM_AB(m_), at_(at), number_(number) {}
+    void BSR_End(ExactFloatR<cdi>& U, ExactFloatR<cdi>& V, ExactFloatR<cdi>& W, ExactFloatR<cdi>& X, u64_t a,
+                 u64_t b) const override {
+        Series_EulerGamma_BM_AB::BSR_End(U, V, W, X, a, b);
+        ExactFloatR<cdi>* const numbers[] = {&U, &V, &W, &X};
+        if (a <= at_ && at_ < b) *numbers[number_]->word_ptr(0) ^= 2;
+    }
+
+  private:
+    u64_t at_;
+    int number_;
+};
+
+TEST(EulerGammaABSum, WrongWordFailsTheCheckOfItsSection) {
+    const upL_t p = 20;
+    const PSRPlan plan = make_ab_plan(Series_EulerGamma_BM_AB(6), p, 0.5);
+    ASSERT_GT(plan.size(), 2u);
+    for (const SectionRow& row : {plan.front(), plan[1], plan.back()}) {
+        for (int number = 0; number < 4; number++) {
+            const FaultySeries series(6, (row.a + row.b) / 2, number);
+            EventLog log;
+            std::string report;
+            testing::StdoutCapture screen;
+            try {
+                const Sum sum(series, plan, 1, &log);
+            } catch (const zl_BSRModularCheckFailed& e) {
+                report = e.text;
+            }
+            const std::string shown = screen.text();
+            const std::string heading = "Modular Redundancy Check Failed:\na = " + std::to_string(row.a) +
+                                        "\nb = " + std::to_string(row.b) + "\nhashA = ";
+            EXPECT_EQ(report.substr(0, heading.size()), heading);
+            EXPECT_NE(report.find("\nhashD = "), std::string::npos);
+            EXPECT_NE(shown.find(report), std::string::npos);
+            EXPECT_NE(log.text().find("Modular Redundancy Check Failed: "), std::string::npos);
+        }
+    }
+}
+
+TEST(EulerGammaABSum, StatusLineMovesFromSectionToSection) {
+    const PSRPlan plan = make_ab_plan(Series_EulerGamma_BM_AB(8), 30, 0.5);
+    ASSERT_GT(plan.size(), 2u);
+    testing::StdoutCapture screen;
+    StatusLine line(79, 0);
+    const Sum sum(Series_EulerGamma_BM_AB(8), plan, 1, nullptr, &line);
+    const std::string text = screen.text();
+    for (upL_t i = 0; i < plan.size(); i++) {
+        EXPECT_NE(text.find("Series: " + std::to_string(i) + "  "), std::string::npos) << i;
     }
 }
 

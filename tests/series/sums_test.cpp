@@ -240,5 +240,36 @@ TEST(SeriesPrecision, TermsGiveTheWordsThatTheyPromise) {
     }
 }
 
+// ---- Euler's constant
+
+TEST(SeriesGamma, ThreadsAndSections) {
+    const u64_t digits = 1000;
+    const upL_t p = words_for(digits);
+    const u32_t k = brent_mcmillan_exponent(p);
+    const ExactInteger expected = gamma(k, digits, p, SeriesC::without);
+    for (const u64_t threads : {2u, 3u, 8u}) {
+        for (const double ratio : {1.0, 0.3}) {
+            EXPECT_EQ(gamma(k, digits, p, SeriesC::without, ratio, threads), expected);
+            EXPECT_EQ(gamma(k - 1, digits, p, SeriesC::truncated, ratio, threads), expected);
+        }
+    }
+}
+
+// The refined formula gives e^(-8n), for which series C goes to its smallest term.
+TEST(SeriesGamma, RefinedAtTheLimitOfItsParameter) {
+    for (u32_t m = 3; m < 11; m++) {
+        SCOPED_TRACE(m);
+        const double x = std::ldexp(4, static_cast<int>(m)) * words_per_nat;
+        const auto p = static_cast<upL_t>(2 * x) - 1;
+        EXPECT_EQ(EulerGamma_BM_C(m).terms(static_cast<upL_t>(x) + 1), u64_t{2} << m);
+        const u64_t digits = static_cast<u64_t>(static_cast<double>(p) * digits_per_word) - 1;
+        const ExactInteger expected = gamma(m + 2, digits, p + 2, SeriesC::without);
+        for (const SeriesC with_C : {SeriesC::truncated, SeriesC::exact}) {
+            const ExactInteger difference = gamma(m, digits, p, with_C) - expected;
+            EXPECT_LT(difference * difference, 100) << difference;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace znp
