@@ -98,7 +98,7 @@ int znh_CBRv2_ci_btrf_L(const CBR_table& table, const RadixPiece& piece, cdi& ov
         return 0;
     }
     const Cut cut(table, piece);
-    table.second_fraction(*table.transforms[cut.k], cut.k, piece.m, piece.end, work);
+    table.second_fraction(table.algorithm(cut.k), cut.k, piece.m, piece.end, work);
     cdi expected = 0;
     if (const int error = znh_CBRv2_ci_btrf_L(table, cut.first, expected, work, progress)) return error;
     if (const int error = znh_CBRv2_ci_btrf_L(table, cut.second, overlap, work, progress)) return error;
@@ -122,7 +122,8 @@ int znq_CBRv2_ci_btrf_T(const BasicParameters& bp, const CBR_table& table, const
     const Cut cut(table, piece);
     {
         TransformSlot slot;
-        const transform& algorithm = make_transform<cdi>(bp, slot, table.transform_words(cut.k));
+        const transform* algorithm = nullptr;
+        if (!table.is_direct(cut.k)) algorithm = &make_transform<cdi>(bp, slot, table.transform_words(cut.k));
         table.second_fraction(algorithm, cut.k, piece.m, piece.end, bp.M);
     }
 

@@ -6,6 +6,7 @@
 
 #include "foundation/exceptions.hpp"
 #include "foundation/strings.hpp"
+#include "multiply/bkt/basecase.hpp"
 #include "multiply/dispatch.hpp"
 #include "multiply/kernels/word_multiply.hpp"
 #include "numbers/radix_leaf.hpp"
@@ -14,6 +15,9 @@
 namespace znp {
 
 namespace {
+
+// Levels whose products are no longer than this make them word by word, where a transform costs more.
+constexpr upL_t direct_words = 58;
 
 constexpr upL_t half_up(upL_t n) {
     return n - n / 2;
@@ -99,8 +103,18 @@ upL_t CBR_table::powers_words() const {
     return words;
 }
 
+bool CBR_table::is_direct(unsigned level) const {
+    return transform_words(level) <= direct_words && power_words(level) >= 4;
+}
+
 void CBR_table::add_image(const BasicParameters& bp, unsigned level, const cdi* P, upL_t L, std::byte* image,
                           cdi* square) {
+    images[level] = image;
+    if (is_direct(level)) {
+        std::memcpy(image, P, L * sizeof(cdi));
+        if (square != nullptr) bkt::sqrB(square, P, L);
+        return;
+    }
     BasicParameters serial = bp;
     serial.tds = 1;
     const upL_t N = transform_words(level);
@@ -108,12 +122,9 @@ void CBR_table::add_image(const BasicParameters& bp, unsigned level, const cdi* 
     TransformSlot slot;
     const transform& algorithm = bp.tds == 1 ? *transforms[level] : make_transform<cdi>(bp, slot, N);
     const upL_t needed = algorithm.product_bytes();
-    if (needed > std::min(product_bytes(level, bp.tds), bp.ML)) {
-        fire(BufferTooSmallException("CBR_table::add_image()", bp.ML, needed));
-    }
+    if (needed > bp.ML) fire(BufferTooSmallException("CBR_table::add_image()", bp.ML, needed));
     std::byte* const scratch = bp.M + algorithm.transform_bytes;
     algorithm.forward(image, P, L, scratch);
-    images[level] = image;
     if (square == nullptr) return;
     std::memcpy(bp.M, image, algorithm.transform_bytes);
     algorithm.inverse_fsqr(square, 0, 2 * L, bp.M, scratch);
@@ -130,7 +141,9 @@ int CBR_table::build(const BasicParameters& bp, cdi* powers, std::byte* kept, St
             zero_words == size.zero_words && L >= size.least_stripped() && L <= size.most_stripped();
         if (!right_size || !radix::power_holds(radix, exponent(i), P, L, zero_words)) return 1;
         power_start[i] = static_cast<upL_t>(P - powers);
-        show_power(status, L + zero_words);
+        const upL_t planned_bytes = image_bytes(i, bp.tds);
+        sizes[i] = L + zero_words;
+        show_power(status, sizes[i]);
 
         if (i + 1 == levels) {
             add_image(bp, i, P, L, bp.M, nullptr);
@@ -138,22 +151,34 @@ int CBR_table::build(const BasicParameters& bp, cdi* powers, std::byte* kept, St
         }
         cdi* const square = powers + power_start[i] + L;
         add_image(bp, i, P, L, kept, square);
-        kept += image_bytes(i, bp.tds);
+        kept += planned_bytes;
         P = square;
         L *= 2;
     }
 }
 
-void CBR_table::second_fraction(const transform& algorithm, unsigned level, upL_t m, cdi* end,
+void CBR_table::second_fraction(const transform* algorithm, unsigned level, upL_t m, cdi* end,
                                 std::byte* work) const {
     const upL_t h = base << level;
     const upL_t f = fraction_words(m) - overlap[level];
     const upL_t g = fraction_words(m - h);
-    if (images[level] == work) work += algorithm.transform_bytes;
-    std::byte* const scratch = work + algorithm.transform_bytes;
-    algorithm.forward(work, end - fraction_words(m), f, scratch);
+    cdi* const fraction = end - fraction_words(m);
     cdi* const second = end - (radix::leaf_fraction_words(base) << level) - g;
-    algorithm.inverse_fmul(second, f - g, f, work, images[level], scratch);
+    const upL_t P = power_words(level);
+    if (images[level] == work) {
+        work += algorithm != nullptr ? algorithm->transform_bytes : round_up_32(P * sizeof(cdi));
+    }
+    if (algorithm == nullptr) {
+        // The product begins a word below the fraction where the rounding of the lengths wants it.
+        fraction[-1] = 0;
+        auto* const middle = reinterpret_cast<cdi*>(work);
+        bkt::middleB(middle, fraction + (f - g) - P, static_cast<const cdi*>(images[level]), P, g);
+        std::copy_n(middle + 4, g, second);
+        return;
+    }
+    std::byte* const scratch = work + algorithm->transform_bytes;
+    algorithm->forward(work, fraction, f, scratch);
+    algorithm->inverse_fmul(second, f - g, f, work, images[level], scratch);
 }
 
 }  // namespace znp

@@ -30,12 +30,12 @@ struct CBR_table {
     static constexpr unsigned max_levels = 44;
 
     cdi radix;
-    double words_per_radix;              // log2(radix) / 64
-    double radix_bits;                   // log2(radix)
-    unsigned levels;                     // halvings
-    upL_t base;                          // words of a leaf: 8 to 15, or all n
-    upL_t length;                        // n
-    upL_t sizes[max_levels] = {};        // words of the level's power, zero words included
+    double words_per_radix;        // log2(radix) / 64
+    double radix_bits;             // log2(radix)
+    unsigned levels;               // halvings
+    upL_t base;                    // words of a leaf: 8 to 15, or all n
+    upL_t length;                  // n
+    upL_t sizes[max_levels] = {};  // words of the level's power, zero words included; at most, until built
     upL_t power_start[max_levels] = {};  // where the stripped power begins in the table of the powers
     upL_t overlap[max_levels] = {};      // low words of the power that are zero and left out
     TransformSlot transforms[max_levels];
@@ -58,7 +58,9 @@ struct CBR_table {
     upL_t transform_words(unsigned level) const;               // product length of the level's transform
     upL_t product_bytes(unsigned level, u64_t threads) const;  // two images and the transform's work
     upL_t image_bytes(unsigned level, u64_t threads) const;    // at least an image, a multiple of 32
-    upL_t powers_words() const;                                // all powers while they are built
+    bool is_direct(unsigned level) const;                      // no transform: the image is the power itself
+    const transform* algorithm(unsigned level) const { return transforms[level].operator->(); }
+    upL_t powers_words() const;  // all powers while they are built
 
     // Fills in the transforms and images of all levels. powers: powers_words() words, free afterwards;
     // kept: the images of all levels but the top one, one behind the other; bp's work buffer:
@@ -68,8 +70,8 @@ struct CBR_table {
 
     // The fraction of the second piece of a cut of m words at the level, into its place; see above. `end` is
     // the end of the piece's region. work: product_bytes(level, threads); the top level's image is its
-    // start. `algorithm` is the level's transform or one equal to it.
-    void second_fraction(const transform& algorithm, unsigned level, upL_t m, cdi* end,
+    // start. `algorithm` is the level's transform or one equal to it, null where the level has none.
+    void second_fraction(const transform* algorithm, unsigned level, upL_t m, cdi* end,
                          std::byte* work) const;
 
   private:

@@ -159,7 +159,12 @@ void mul_word(c64i* T, const c64i* A, upL_t La, const c64i* B) {
     Mul1(T, A, La, b);
 }
 
-void mul_strips(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
+// The strips of B, each against La words of A. For a whole product these are the same words, and the strips
+// lie one above the other; for a middle product each strip takes the words of A that bring it to the place of
+// the first one.
+enum class Strips { whole, middle };
+
+ZNP_INLINE void mul_strips(Strips kind, c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     upL_t done = Lb & 3;
     switch (done) {
         case 0:
@@ -176,7 +181,13 @@ void mul_strips(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
             strip_3_first(T, A, La, B);
             break;
     }
-    for (; done < Lb; done += 4) strip_4_later(T + done, A, La, B + done);
+    for (; done < Lb; done += 4) {
+        if (kind == Strips::whole) {
+            strip_4_later(T + done, A, La, B + done);
+        } else {
+            strip_4_later(T, A - done, La, B + done);
+        }
+    }
 }
 
 }  // namespace
@@ -208,7 +219,7 @@ void elmB(c64i* T, const c64i* A, const c64i* B, upL_t n) {
         case 9:
             return product_9(T, A, B);
         default:
-            return mul_strips(T, A, n, B, n);
+            return mul_strips(Strips::whole, T, A, n, B, n);
     }
 }
 
@@ -217,10 +228,14 @@ void mulB(c64i* T, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
     if (La == Lb) {
         elmB(T, A, B, La);
     } else if (La > Lb) {
-        mul_strips(T, A, La, B, Lb);
+        mul_strips(Strips::whole, T, A, La, B, Lb);
     } else {
-        mul_strips(T, B, Lb, A, La);
+        mul_strips(Strips::whole, T, B, Lb, A, La);
     }
+}
+
+void middleB(c64i* T, const c64i* A, const c64i* B, upL_t Lb, upL_t n) {
+    mul_strips(Strips::middle, T, A + (Lb - 4), n + 4, B, Lb);
 }
 
 // Nothing above (Mul1 included) reads or writes words but by instructions and copies that take any address.
