@@ -27,13 +27,13 @@ struct Parts {
     upL_t L;
 };
 
-// The number in front of the point and behind it.
-Parts parts_of(const RunTimeParameters& run, const BigFloat<cdi>& number) {
+// The number in front of the point and behind it. A number of too few words would give wrong last digits.
+Parts parts_of(const RunTimeParameters& run, const BigFloat<cdi>& number, upL_t least_words) {
     const s64_t mag = number.get_mag();
     if (number.get_sign() <= 0 || mag < 0 || mag > 1) fatal_exit("Number is out of range.");
     const upL_t integer_words = static_cast<upL_t>(mag);
     const upL_t L = number.get_L() - integer_words;
-    if (L < least_fraction(run.p)) {
+    if (L < least_words) {
         assert_failure(fatal_category::invalid_parameters, L"BigFloat", L"Fewer words than digits need.");
     }
     const upL_t used = std::min(L, most_fraction(run.p));
@@ -49,8 +49,7 @@ struct WorkBuffer {
     const BasicParameters arithmetic;
 };
 
-// Calls the attempt until it gives true; says so, on the console and in the log, after each one that does
-// not.
+// Calls the attempt until it gives true; says so, on the console and in the log, after each other one.
 template <class Attempt>
 void repeat_until_right(RunTimeParameters& run, StatusLine& status, const std::string& failure,
                         Attempt attempt) {
@@ -161,11 +160,8 @@ void write_hex(RunTimeParameters& run, const BigFloat<cdi>& number) {
     if (run.hex == 0) return;
     Console::print("\nWriting Hexadecimal Digits:   ");
     run.events.add("Writing hexadecimal Digits");
-    const Parts parts = parts_of(run, number);
     const upL_t w = hexadecimal_words(run.hex);
-    if (w > parts.L) {
-        assert_failure(fatal_category::invalid_parameters, L"write_hex()", L"Fewer words than digits need.");
-    }
+    const Parts parts = parts_of(run, number, std::max(w, least_fraction(run.p)));
     const cdi* const end = parts.fraction + parts.L;
 
     const GuardedArray<char> digits = make_guarded_array<char>(&run.heap, CVN::hexadecimal_digits * w);
@@ -180,7 +176,7 @@ void convert_and_write_B(RunTimeParameters& run, const BigFloat<cdi>& number) {
     run.events.add("Base Converting");
     Console::print("\nBase Converting:\n");
     run.take_snapshot();
-    const Parts parts = parts_of(run, number);
+    const Parts parts = parts_of(run, number, least_fraction(run.p));
     const upL_t w = decimal_words(run.dec);
     GuardedArray<cdi> words = make_guarded_array<cdi>(&run.heap, w);
 

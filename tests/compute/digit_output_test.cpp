@@ -287,6 +287,10 @@ TEST_F(DigitOutputDeathTest, NumbersThatAreTooShort) {
                 "Fewer words than digits need.");
     EXPECT_EXIT(dying([&] { convert_and_write_B(state.run, number.view()); }), ExitedWithCode(1),
                 "Fewer words than digits need.");
+
+    state.run.hex = 16 * (state.run.p + 1) + 1;
+    EXPECT_EXIT(dying([&] { write_hex(state.run, root(state, 2).view()); }), ExitedWithCode(1),
+                "Fewer words than digits need.");
 }
 
 // ---- Files that cannot be written -------------------------------------------------------------------------
