@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "compute/constant.hpp"
 #include "compute/drivers/shared_stages.hpp"
 #include "driver_test_support.hpp"
@@ -62,6 +64,25 @@ TEST(SqrtDriver, TextsAndEvents) {
     EXPECT_EQ(driver.printed.find("InvSqrt...\n"), 0u) << driver.printed;
     EXPECT_NE(driver.printed.find("Iterating: "), std::string::npos) << driver.printed;
     EXPECT_NE(driver.printed.find("Time:    "), std::string::npos) << driver.printed;
+}
+
+// Twiddle factors of the wrong sign give wrong products, which the iteration notices.
+TEST(SqrtDriver, AnIterationThatFailsIsFatal) {
+    constexpr u64_t dec = 20000;
+    const upL_t p = testing::precision_of_digits(dec);
+    const u64_t limit_bits = 128 * (p + 100);
+    std::vector<double> memory(table_size(limit_bits) / sizeof(double) + 8);
+    void* aligned = memory.data();
+    std::size_t space = memory.size() * sizeof(double);
+    std::align(64, table_size(limit_bits), aligned, space);
+    DriverRun driver(dec, 1, formula_bytes(p, 1));
+    build_tables(driver.run.tables, limit_bits, static_cast<std::byte*>(aligned));
+    for (std::size_t i = memory.size() / 8; i < memory.size(); i++) memory[i] = -memory[i];
+    EXPECT_EXIT(testing::dying([&] {
+                    HeapFloat out;
+                    sqrt_B(out, driver.run, 2);
+                }),
+                ::testing::ExitedWithCode(1), "Computation Failed");
 }
 
 TEST(GoldenRatioDriver, ValuesInABlockOfThePromisedSize) {
