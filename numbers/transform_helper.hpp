@@ -3,7 +3,10 @@
 // An operand that enters two products is transformed once: three forward transforms and two inverse ones
 // instead of four and two, where both products fit the same transform. All work memory is bp's buffer: two
 // images and the scratch; a buffer below 2 transform_bytes + work_bytes throws BufferTooSmallException at
-// "TransformHelper::TransformHelper()". Results may not overlap operands. Nothing allocates.
+// "TransformHelper::TransformHelper()". Nothing allocates.
+//
+// Results may lie over operands that are used up: an operand is transformed before a result of its product is
+// written. mul_shared: out1 over a, out2 over a, b and c. mul_transformed: out over both.
 #pragma once
 
 #include "multiply/basic_parameters.hpp"

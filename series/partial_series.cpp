@@ -24,6 +24,12 @@ u64_t levels_of(const SectionRow& row) {
     return row.length >= level_min_words ? 1 : 0;
 }
 
+// Words of a sum that joins a section: all that it was made with, so that the words by which the estimate of
+// its weight may be wrong cost no precision.
+constexpr upL_t joined_words(const SectionRow& row) {
+    return row.next_precision + extra_precision;
+}
+
 constexpr upL_t aligned_words(upL_t words) {
     return (words + 3) & ~upL_t{3};
 }
@@ -107,7 +113,7 @@ class PartialSums {
             if (is_last(row)) continue;
             sizes.P = std::max(sizes.P, row.precision + extra_precision);
             const upL_t product = truncated_merge_words(row.length + sums_.series.memory_overhead,
-                                                        row.next_precision + extra_precision, row.precision);
+                                                        joined_words(row) + extra_precision, row.precision);
             sizes.work_bytes = std::max(sizes.work_bytes, work_bytes_for<cdi>(product, threads_));
         }
         sizes.Q = sizes.P;
@@ -177,7 +183,7 @@ class PartialSums {
     upL_t object_words(const SectionRow& row, upL_t object, upL_t words) const {
         if (!is_last(row)) {
             if (object == product_object(row)) words = std::max(words, row.precision + extra_precision);
-            if (object == objects(row) - 1) words = std::max(words, row.next_precision + extra_precision);
+            if (object == objects(row) - 1) words = std::max(words, joined_words(row) + extra_precision);
         }
         return aligned_words(words);
     }
@@ -211,7 +217,7 @@ class PartialSums {
         auto& temporary = node.back();
         FloatR x(product.get_base(), product.get_size());
         FloatR t(temporary.get_base(), temporary.get_size());
-        const upL_t q = row.next_precision;
+        const upL_t q = joined_words(row);
         const bool subtract = subtracts(sums_.series, row.a, row.b);
         truncated_merge(context.bp, context.P, context.Q, nullptr, x, t, results,
                         {context.P.top_words(q), context.Q.top_words(q), {}}, row.precision, q, subtract);

@@ -4,7 +4,8 @@
 // P = Pl Qr +- Rl Pr, Q = Ql Qr and, if R is wanted (not null), R = Rl Rr, each to p words: p + 2 are kept.
 // What a series without R multiplies Pr with takes Rl's place. Of the second product in P only q words are
 // made, or fewer where it lies so far below the first that P keeps less of it: q is what the right range
-// needs.
+// needs. Qr may have as few words, since P and Q are multiplied with the same Qr and only their quotient
+// counts.
 //
 // Buffers: p + 2 words for P, Q, R and the temporary x, q + 2 for t; a product that is shorter takes no more
 // than its words, a sum one more. P may overlap any operand, Q those named Q, R those named R, and x the

@@ -18,6 +18,7 @@ using testing::consistent;
 using testing::exact;
 using testing::ExactIn;
 using testing::expect_too_small;
+using testing::GuardedWords;
 using testing::Integer;
 using testing::Lengths;
 using testing::random_mantissa;
@@ -121,6 +122,44 @@ TEST_F(TransformHelpers, SharedExactProductsWithAnExponentLimit) {
         EXPECT_EQ(value(T1.x, 0), Integer(C) * Integer(A) << 2 * 64);
         EXPECT_EQ(value(T2.x, -3), Integer(C) * Integer(B));
         EXPECT_TRUE(consistent(T1.x) && consistent(T2.x));
+    }
+}
+
+// In one buffer each: the first operand below out1, the second and the common one in out2's.
+TEST_F(TransformHelpers, ResultsMayLieOverOperandsThatAreUsedUp) {
+    for (const auto& [Lc, La, Lb] : cases) {
+        const auto C = random_mantissa<c64i>(Lc, rng), A = random_mantissa<c64i>(La, rng),
+                   B = random_mantissa<c64i>(Lb, rng);
+        GuardedWords<c64i> first(Lc + La), second(Lc + Lb);
+        Work work(bytes_for(Lc + La + transform_slack, Lc + Lb + transform_slack));
+        const auto fill = [&] {
+            std::copy(A.begin(), A.end(), first.data());
+            std::copy(B.begin(), B.end(), second.data());
+            std::copy(C.begin(), C.end(), second.data() + Lb);
+        };
+        const u64_t hash_a = exact(A, 0).get_hash(), hash_b = exact(B, 0).get_hash(),
+                    hash_c = exact(C, 0).get_hash();
+        fill();
+        ExactFloatR<c64i> x(first.data(), Lc + La), y(second.data(), Lc + Lb);
+        mul_shared(work.bp(), x, y, ExactFloat<c64i>(second.data() + Lb, Lc, 0, hash_c),
+                   ExactFloat<c64i>(first.data(), La, 0, hash_a),
+                   ExactFloat<c64i>(second.data(), Lb, 0, hash_b));
+        EXPECT_EQ(value(x, 0), Integer(C) * Integer(A));
+        EXPECT_EQ(value(y, 0), Integer(C) * Integer(B));
+
+        fill();
+        const upL_t p = Lc + La + Lb;
+        BigFloatR<c64i> u(first.data(), Lc + La), v(second.data(), Lc + Lb);
+        mul_shared(work.bp(), u, p, v, p, BigFloat<c64i>(second.data() + Lb, Lc, 0),
+                   BigFloat<c64i>(first.data(), La, 0), BigFloat<c64i>(second.data(), Lb, 0));
+        EXPECT_EQ(value(u, 0), Integer(C) * Integer(A));
+        EXPECT_EQ(value(v, 0), Integer(C) * Integer(B));
+
+        fill();
+        BigFloatR<c64i> w(second.data(), Lc + Lb);
+        mul_transformed(work.bp(), w, BigFloat<c64i>(second.data() + Lb, Lc, 0),
+                        BigFloat<c64i>(second.data(), Lb, 0), p);
+        EXPECT_EQ(value(w, 0), Integer(C) * Integer(B));
     }
 }
 

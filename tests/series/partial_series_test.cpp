@@ -33,10 +33,10 @@ struct Named {
 };
 
 std::vector<Named> catalogue() {
-    return {{"Chudnovsky", std::make_shared<Pi_Chudnovsky>(), 1200},
-            {"Ramanujan", std::make_shared<Pi_Ramanujan>(), 800},
+    return {{"Chudnovsky", std::make_shared<Pi_Chudnovsky>(), 600},
+            {"Ramanujan", std::make_shared<Pi_Ramanujan>(), 400},
             {"ArcCoth 2", std::make_shared<ArcCoth>(2), 100},
-            {"ArcCoth 4294967295", std::make_shared<ArcCoth>(4294967295), 1200},
+            {"ArcCoth 4294967295", std::make_shared<ArcCoth>(4294967295), 600},
             {"Zeta(3) 1", std::make_shared<Zeta3_AZ1>(), 150},
             {"Zeta(3) 2", std::make_shared<Zeta3_AZ2>(), 300},
             {"ArcSinlemn 1/2", std::make_shared<ArcSinlemn>(1, 2), 200},
@@ -44,8 +44,8 @@ std::vector<Named> catalogue() {
             {"Lupas", std::make_shared<Catalan_Lupas>(), 40},
             {"Huvent", std::make_shared<Catalan_Huvent>(), 40},
             {"C of Euler's constant", std::make_shared<EulerGamma_BM_C>(9), 40},
-            {"e", std::make_shared<Series_E_Taylor>(false), 1000},
-            {"1/e", std::make_shared<Series_E_Taylor>(true), 1000},
+            {"e", std::make_shared<Series_E_Taylor>(false), 500},
+            {"1/e", std::make_shared<Series_E_Taylor>(true), 500},
             {"small terms", std::make_shared<SmallSeries>(false), 100},
             {"small terms, alternating", std::make_shared<SmallSeries>(true), 400}};
 }
@@ -154,7 +154,7 @@ TEST(PartialSeries, SumsByPlansOfManyRowsInTheirPromisedBuffers) {
             for (const u64_t threads : thread_counts) {
                 for (const double ratio : {1.0, 0.5}) {
                     const GuardedSum result(*series, make_psr_plan(*series, p, ratio, 0, threads), threads);
-                    EXPECT_GE(agreement(result.fraction(), sum), 64 * static_cast<double>(p))
+                    EXPECT_GE(agreement(result.fraction(), sum), 64 * static_cast<double>(p) + 48)
                         << p << " words, " << threads << " threads, ratio " << ratio;
                 }
             }
