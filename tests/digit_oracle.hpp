@@ -1,6 +1,6 @@
 // Digits of constants by GMP and formulas of their own, truncated: "3.14159...".
 //
-// Plain fixed-point arithmetic with guard bits; a call for d digits costs about d^2.
+// Plain fixed-point arithmetic with guard bits; a constant to d digits costs about d^2.
 #pragma once
 
 #include <gmp.h>
@@ -13,27 +13,28 @@ namespace znp::testing {
 
 class DigitOracle {
   public:
-    explicit DigitOracle(unsigned long digits) : digits_(digits) { mpz_init(x_); }
+    // Room for so many digits in radix 16, or any smaller radix.
+    explicit DigitOracle(unsigned long digits) : bits_(digits * 4 + guard_bits) { mpz_init(x_); }
     ~DigitOracle() { mpz_clear(x_); }
     DigitOracle(const DigitOracle&) = delete;
     DigitOracle& operator=(const DigitOracle&) = delete;
 
-    std::string sqrt(unsigned long n, unsigned radix) {
+    DigitOracle& sqrt(unsigned long n) {
         mpz_set_ui(x_, n);
-        set_root();
-        return text(radix);
+        mpz_mul_2exp(x_, x_, 2 * bits_);
+        mpz_sqrt(x_, x_);
+        return *this;
     }
-    std::string golden_ratio(unsigned radix) {  // (1 + sqrt 5) / 2
-        mpz_set_ui(x_, 5);
-        set_root();
+    DigitOracle& golden_ratio() {  // (1 + sqrt 5) / 2
+        sqrt(5);
         mpz_t one;
         set_one(one);
         mpz_add(x_, x_, one);
         mpz_clear(one);
         mpz_fdiv_q_2exp(x_, x_, 1);
-        return text(radix);
+        return *this;
     }
-    std::string e(unsigned radix) {  // sum of 1 / k!
+    DigitOracle& e() {  // sum of 1 / k!
         mpz_t term;
         set_one(term);
         mpz_set(x_, term);
@@ -42,26 +43,36 @@ class DigitOracle {
             mpz_add(x_, x_, term);
         }
         mpz_clear(term);
-        return text(radix);
+        return *this;
     }
-    std::string pi(unsigned radix) {  // 16 arctan(1/5) - 4 arctan(1/239), J. Machin
+    DigitOracle& pi() {  // 16 arctan(1/5) - 4 arctan(1/239), J. Machin
         mpz_set_ui(x_, 0);
         add_arctan(16, 5, false);
         add_arctan(4, 239, true);
-        return text(radix);
+        return *this;
+    }
+
+    // The integer part, a point, and so many digits.
+    std::string text(unsigned long digits, int radix = 10) const {
+        mpz_t scale;
+        mpz_init(scale);
+        mpz_ui_pow_ui(scale, static_cast<unsigned long>(radix), digits);
+        mpz_mul(scale, scale, x_);
+        mpz_fdiv_q_2exp(scale, scale, bits_);
+        std::vector<char> buffer(mpz_sizeinbase(scale, radix) + 2);
+        mpz_get_str(buffer.data(), radix, scale);
+        mpz_clear(scale);
+        std::string result(buffer.data());
+        result.insert(result.end() - static_cast<std::ptrdiff_t>(digits), '.');
+        return result;
     }
 
   private:
     static constexpr unsigned long guard_bits = 128;
 
-    unsigned long bits() const { return digits_ * 4 + guard_bits; }
     void set_one(mpz_t& one) const {
         mpz_init_set_ui(one, 1);
-        mpz_mul_2exp(one, one, bits());
-    }
-    void set_root() {
-        mpz_mul_2exp(x_, x_, 2 * bits());
-        mpz_sqrt(x_, x_);
+        mpz_mul_2exp(one, one, bits_);
     }
     void add_arctan(unsigned long factor, unsigned long inverse, bool subtract) {
         mpz_t power, term;
@@ -80,22 +91,9 @@ class DigitOracle {
         }
         mpz_clears(power, term, nullptr);
     }
-    std::string text(unsigned radix) {
-        mpz_t scale;
-        mpz_init(scale);
-        mpz_ui_pow_ui(scale, radix, digits_);
-        mpz_mul(scale, scale, x_);
-        mpz_fdiv_q_2exp(scale, scale, bits());
-        std::vector<char> buffer(mpz_sizeinbase(scale, static_cast<int>(radix)) + 2);
-        mpz_get_str(buffer.data(), static_cast<int>(radix), scale);
-        mpz_clear(scale);
-        std::string digits(buffer.data());
-        digits.insert(digits.end() - static_cast<std::ptrdiff_t>(digits_), '.');
-        return digits;
-    }
 
-    unsigned long digits_;
-    mpz_t x_;  // the constant times 2^bits()
+    unsigned long bits_;
+    mpz_t x_;  // the constant times 2^bits_
 };
 
 }  // namespace znp::testing

@@ -12,19 +12,20 @@ using testing::ComputedAlgorithm;
 using testing::ComputedRun;
 using testing::settings_for;
 
-constexpr u64_t most_oracle_digits = 12'000;
-
-std::string oracle(const ComputedAlgorithm& what, unsigned radix) {
-    testing::DigitOracle digits(most_oracle_digits);
-    switch (what.constant.id) {
+void set_oracle(testing::DigitOracle& oracle, const testing::ConstantRow& constant) {
+    switch (constant.id) {
         case constant_id::sqrt:
-            return digits.sqrt(what.constant.parameter, radix);
+            oracle.sqrt(constant.parameter);
+            break;
         case constant_id::golden_ratio:
-            return digits.golden_ratio(radix);
+            oracle.golden_ratio();
+            break;
         case constant_id::e:
-            return digits.e(radix);
+            oracle.e();
+            break;
         default:
-            return digits.pi(radix);
+            ASSERT_EQ(constant.id, constant_id::pi);
+            oracle.pi();
     }
 }
 
@@ -34,8 +35,15 @@ class EverySize : public ::testing::TestWithParam<ComputedAlgorithm> {
         if (!settings_for(GetParam(), 100, 1).constant->runs_B(GetParam().algorithm)) {
             GTEST_SKIP() << "this version does not have the computation";
         }
-        decimal_ = oracle(GetParam(), 10);
-        hexadecimal_ = oracle(GetParam(), 16);
+        ask_oracle(12'000);
+    }
+
+    void ask_oracle(u64_t most_digits) {
+        const u64_t most_hex = hex_digits_for(most_digits);
+        testing::DigitOracle oracle(most_hex);
+        set_oracle(oracle, GetParam().constant);
+        decimal_ = oracle.text(most_digits);
+        hexadecimal_ = oracle.text(most_hex, 16);
     }
 
     void check(ComputeParameters settings) const {
@@ -88,6 +96,18 @@ TEST_P(EverySize, MemoryIsExactlyTheEstimateOnAnyThreads) {
     for (const u64_t threads : {1u, 2u, 3u, 7u, 16u}) {
         for (const u64_t dec : {100u, 285u, 304u, 608u, 1000u, 1216u, 2280u, 3333u, 5000u, 7777u, 10'000u}) {
             check(settings_for(GetParam(), dec, threads));
+        }
+    }
+}
+
+// Across the length at which the large transform takes over.
+TEST_P(EverySize, LargerSizesOnAnyThreads) {
+    ask_oracle(100'100);
+    for (const u64_t dec : {30'000u, 50'000u, 75'000u, 96'694u, 96'695u, 100'100u}) {
+        for (const u64_t threads : {1u, 2u, 3u, 7u, 16u}) {
+            ComputeParameters settings = settings_for(GetParam(), dec, threads);
+            if (const std::string refusal = run_refusal(settings); !refusal.empty()) GTEST_SKIP() << refusal;
+            check(std::move(settings));
         }
     }
 }

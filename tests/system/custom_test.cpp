@@ -65,8 +65,8 @@ class Custom : public ::testing::Test {
     TemporaryFolder folder_;
 };
 
-std::string pi_digits(u64_t count, unsigned radix = 10) {
-    return testing::DigitOracle(count).pi(radix);
+std::string pi_digits(u64_t count, int radix = 10) {
+    return testing::DigitOracle(count).pi().text(count, radix);
 }
 
 std::string heading_digits(const std::string& count) {
@@ -135,15 +135,15 @@ TEST_F(Custom, EveryConstantOfThisVersion) {
         Words words;
         std::string file, digits;
     } rows[] = {
-        {{"sqrt:2"}, "Sqrt(2) - Dec - Newton.txt", oracle.sqrt(2, 10)},
+        {{"sqrt:2"}, "Sqrt(2) - Dec - Newton.txt", oracle.sqrt(2).text(200)},
         {{"sqrt:18446744073709551615"},
          "Sqrt(18446744073709551615) - Dec - Newton.txt",
-         oracle.sqrt(18446744073709551615u, 10)},
-        {{"phi"}, "Golden Ratio - Dec - Newton.txt", oracle.golden_ratio(10)},
-        {{"goldenratio:7"}, "Golden Ratio - Dec - Newton.txt", oracle.golden_ratio(10)},
-        {{"e"}, "e - Dec - exp(1).txt", oracle.e(10)},
-        {{"e", "-algorithm:1"}, "e - Dec - exp(-1).txt", oracle.e(10)},
-        {{"pi", "-algorithm:1"}, "Pi - Dec - Ramanujan.txt", oracle.pi(10)},
+         oracle.sqrt(18446744073709551615u).text(200)},
+        {{"phi"}, "Golden Ratio - Dec - Newton.txt", oracle.golden_ratio().text(200)},
+        {{"goldenratio:7"}, "Golden Ratio - Dec - Newton.txt", oracle.golden_ratio().text(200)},
+        {{"e"}, "e - Dec - exp(1).txt", oracle.e().text(200)},
+        {{"e", "-algorithm:1"}, "e - Dec - exp(-1).txt", oracle.e().text(200)},
+        {{"pi", "-algorithm:1"}, "Pi - Dec - Ramanujan.txt", oracle.pi().text(200)},
     };
     for (const auto& row : rows) {
         Words words = row.words;
