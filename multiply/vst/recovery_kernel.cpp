@@ -12,8 +12,8 @@
 //     high' = high + y C_j,   low' = low + (y C_j + (high - high'))
 //
 // The sums begin with M' and M = 1.5 2^52 and stay in these binades, so that their mantissas, read as
-// integers, are the sums: |y| < 0.54 2^48 and |C_j| <= 2^47, 2^48 for the top limb, so the high parts are at
-// most 9 0.54 2^48 = 9.8 2^47 units of 2^48, and the low ones at most 9 2^47. Both sums have room for 2^51 =
+// integers, are the sums: |y| < 0.58 2^48 and |C_j| <= 2^47, 2^48 for the top limb, so the high parts are at
+// most 9 0.58 2^48 = 10.5 2^47 units of 2^48, and the low ones at most 9 2^47. Both sums have room for 2^51 =
 // 16 2^47.
 //
 // k comes from the top high part t = (x + k P) / 2^(48 (a - 1)) up to a relative error of 2^-38:
@@ -33,6 +33,7 @@ namespace {
 constexpr double high_magic = 0x1.8p100;
 constexpr auto both_bits =
     static_cast<s64_t>(u64_t{0x4338 + 0x4638} << 48);  // of the sum of both magic numbers
+constexpr upL_t largest_lanes = 56;
 constexpr s64_t limb_mask = (s64_t{1} << 48) - 1;
 
 // What a limb's 16 upper bits hold beside its carry, which the next limb's sum takes back.
@@ -61,16 +62,75 @@ struct Shape {
 
 template <unsigned a>
 struct Constants {
-    double factors[a][a - 1];  // limbs of P / p
-    double product[a];         // limbs of P
-    double quotient_offset;    // M' and 0.2 P
-    double quotient_factor;    // -1 / P in units of the top high part
+    const double* factors;   // a - 1 limbs of each P / p
+    double product[a];       // limbs of P
+    double quotient_offset;  // M' and 0.2 P
+    double quotient_factor;  // -1 / P in units of the top high part
 
-    explicit Constants(const PrimeSet& set) {
-        __builtin_memcpy(factors, set.crt_factors, sizeof factors);
+    explicit Constants(const PrimeSet& set) : factors(set.crt_factors) {
         __builtin_memcpy(product, set.crt_factors + a * (a - 1), sizeof product);
         quotient_factor = set.scale * 0x1p-96;
         quotient_offset = high_magic + 0.2 / -quotient_factor;
+    }
+};
+
+// The split sums of four coefficients' limbs, before any carry: integers with what both magic numbers add.
+template <unsigned a>
+struct Sums {
+    __m256i limb[a];
+
+    // The upper limbs come first, for the quotient.
+    ZNP_INLINE void recover(const Constants<a>& set, const double* y, upL_t stride) {
+        constexpr unsigned half = (a - 1) / 2;
+        const __m256d magic = _mm256_set1_pd(round_magic);
+        __m256d high[a - 1], low[a - 1];
+        add<half, a - 1>(set, y, stride, high, low);
+        const __m256d t = _mm256_sub_pd(high[a - 2], _mm256_set1_pd(set.quotient_offset));
+        const __m256d minus_k =
+            _mm256_sub_pd(_mm256_fmadd_pd(t, _mm256_set1_pd(set.quotient_factor), magic), magic);
+        const __m256d top = _mm256_set1_pd(round_magic - both_excess);
+        limb[a - 1] = _mm256_add_epi64(
+            bits(high[a - 2]), bits(_mm256_fmadd_pd(minus_k, _mm256_set1_pd(set.product[a - 1]), top)));
+#pragma GCC unroll 4
+        for (unsigned j = a - 2; j > half; --j) finish(set, j, minus_k, low[j], high[j - 1]);
+        add<0, half>(set, y, stride, high, low);
+        finish(set, half, minus_k, low[half], high[half - 1]);
+#pragma GCC unroll 4
+        for (unsigned j = half - 1; j > 0; --j) finish(set, j, minus_k, low[j], high[j - 1]);
+        limb[0] = bits(_mm256_fmadd_pd(minus_k, _mm256_set1_pd(set.product[0]), low[0]));
+    }
+
+  private:
+    // The sums of the limbs from `begin` to below `end`. The low ones start without what the limb below
+    // carries in excess.
+    template <unsigned begin, unsigned end>
+    ZNP_INLINE static void add(const Constants<a>& set, const double* y, upL_t stride, __m256d* high,
+                               __m256d* low) {
+#pragma GCC unroll 4
+        for (unsigned j = begin; j < end; ++j) {
+            const double excess = j == 0 ? 0 : j == 1 ? low_excess : both_excess;
+            high[j] = _mm256_set1_pd(high_magic);
+            low[j] = _mm256_set1_pd(round_magic - excess);
+        }
+        // Keeps the compiler from taking all of them out of the caller's loop, into the stack.
+        const double* factors = set.factors;
+        asm("" : "+r"(factors));
+#pragma GCC unroll 9
+        for (unsigned s = 0; s < a; ++s) {
+            const __m256d factor = _mm256_load_pd(y + s * stride);
+#pragma GCC unroll 4
+            for (unsigned j = begin; j < end; ++j) {
+                const __m256d c = _mm256_set1_pd(factors[s * (a - 1) + j]);
+                const __m256d sum = _mm256_fmadd_pd(factor, c, high[j]);
+                low[j] = _mm256_add_pd(low[j], _mm256_fmadd_pd(factor, c, _mm256_sub_pd(high[j], sum)));
+                high[j] = sum;
+            }
+        }
+    }
+
+    ZNP_INLINE void finish(const Constants<a>& set, unsigned j, __m256d minus_k, __m256d low, __m256d below) {
+        const __m256d sum = _mm256_fmadd_pd(minus_k, _mm256_set1_pd(set.product[j]), low);
+        limb[j] = _mm256_add_epi64(bits(sum), bits(below));
     }
 };
 
@@ -79,31 +139,18 @@ template <unsigned a>
 struct Coefficients {
     __m256i limb[a];
 
-    ZNP_INLINE void recover(const Constants<a>& set, const double* y, upL_t stride) {
-        const __m256d magic = _mm256_set1_pd(round_magic);
+    ZNP_INLINE void carry(const Sums<a>& sums) {
         const __m256i mask = _mm256_set1_epi64x(limb_mask);
-        __m256d high[a - 1], low[a - 1];
-        sums<a - 2, a - 1>(set, y, stride, high, low);
-        const __m256d t = _mm256_sub_pd(high[a - 2], _mm256_set1_pd(set.quotient_offset));
-        const __m256d minus_k =
-            _mm256_sub_pd(_mm256_fmadd_pd(t, _mm256_set1_pd(set.quotient_factor), magic), magic);
-        sums<(a - 2) / 2, a - 2>(set, y, stride, high, low);
-        sums<0, (a - 2) / 2>(set, y, stride, high, low);
-
-        __m256i carry = _mm256_setzero_si256();
-#pragma GCC unroll 9
-        for (unsigned j = 0; j < a; ++j) {
-            // What the limb below carries in excess is taken off here.
-            const double excess = j == 0 ? 0 : j == 1 ? low_excess : both_excess;
-            const __m256d below = j < a - 1 ? _mm256_sub_pd(low[j], _mm256_set1_pd(excess))
-                                            : _mm256_set1_pd(round_magic - both_excess);
-            const __m256d sum = _mm256_fmadd_pd(minus_k, _mm256_set1_pd(set.product[j]), below);
-            __m256i x = _mm256_add_epi64(bits(sum), carry);
-            if (j > 0) x = _mm256_add_epi64(x, bits(high[j - 1]));
-            if (j == a - 1) x = _mm256_sub_epi64(x, _mm256_set1_epi64x(both_bits));
-            limb[j] = j == a - 1 ? x : _mm256_and_si256(x, mask);
+        limb[0] = _mm256_and_si256(sums.limb[0], mask);
+        __m256i carry = _mm256_srli_epi64(sums.limb[0], 48);
+#pragma GCC unroll 8
+        for (unsigned j = 1; j < a - 1; ++j) {
+            const __m256i x = _mm256_add_epi64(sums.limb[j], carry);
+            limb[j] = _mm256_and_si256(x, mask);
             carry = _mm256_srli_epi64(x, 48);
         }
+        const __m256i top = _mm256_sub_epi64(sums.limb[a - 1], _mm256_set1_epi64x(both_bits));
+        limb[a - 1] = _mm256_add_epi64(top, carry);
     }
 
     // The upper half of the coefficients, as limbs of a point; what is above it.
@@ -120,29 +167,6 @@ struct Coefficients {
     }
     ZNP_INLINE __m256i above() const {
         return limb[a - 1];
-    }
-
-  private:
-    // The split sums of the limbs from `begin` to below `end`.
-    template <unsigned begin, unsigned end>
-    ZNP_INLINE static void sums(const Constants<a>& set, const double* y, upL_t stride, __m256d* high,
-                                __m256d* low) {
-#pragma GCC unroll 4
-        for (unsigned j = begin; j < end; ++j) {
-            high[j] = _mm256_set1_pd(high_magic);
-            low[j] = _mm256_set1_pd(round_magic);
-        }
-#pragma GCC unroll 9
-        for (unsigned s = 0; s < a; ++s) {
-            const __m256d factor = _mm256_load_pd(y + s * stride);
-#pragma GCC unroll 4
-            for (unsigned j = begin; j < end; ++j) {
-                const __m256d c = _mm256_set1_pd(set.factors[s][j]);
-                const __m256d sum = _mm256_fmadd_pd(factor, c, high[j]);
-                low[j] = _mm256_add_pd(low[j], _mm256_fmadd_pd(factor, c, _mm256_sub_pd(high[j], sum)));
-                high[j] = sum;
-            }
-        }
     }
 };
 
@@ -302,18 +326,21 @@ template <unsigned a>
 u64_t convert(const Geometry& g, const PrimeSet& set, std::byte* words, const double* block,
               BlockCarry& carry) {
     const Constants<a> constants(set);
-    const upL_t stride = 4 * g.row(), last = g.lanes() - 1;
+    const upL_t stride = 4 * g.row(), lanes = g.lanes();
     constexpr upL_t step = 4 * Shape<a>::width;
+    Sums<a> sums[largest_lanes];
+    for (upL_t v = 0; v < lanes; ++v) sums[v].recover(constants, block + 4 * v, stride);
+
     Output<a> output(carry);
     Coefficients<a> x;
-    for (upL_t v = 0; v < last; ++v) {
-        x.recover(constants, block + 4 * v, stride);
+    for (upL_t v = 0; v + 1 < lanes; ++v) {
+        x.carry(sums[v]);
         output.put(words + v * step, x);
     }
     std::byte end[step + 16];
-    x.recover(constants, block + 4 * last, stride);
+    x.carry(sums[lanes - 1]);
     output.put(end, x);
-    __builtin_memcpy(words + last * step, end, step);
+    __builtin_memcpy(words + (lanes - 1) * step, end, step);
     output.leave(carry);
     return output.high_parts();
 }

@@ -4,15 +4,15 @@
 // points at a time, and a byte shuffle leaves each limb in the mantissa of a double. Then Horner's rule
 // modulo each prime p: with M = 1.5 2^52, r the value so far, B = 2^48 mod p balanced, and l the next limb,
 //
-//     hi = r B,   lo = r B - hi,   q = round(hi / p),   r' = (hi - q p) + (lo + l)
+//     hi = r B,   lo = r B - hi,   q = round(r (B / p)),   r' = (hi - q p) + (lo + l)
 //
-// and in the last step q = round((hi + lo + l) / p), which leaves r' balanced.
+// and in the last step q = round((hi + l) / p), which leaves r' balanced. That q does not wait for hi keeps
+// the chain of a step short: the chains' latency, not the operations, bounds this kernel.
 //
-// Bounds, where |B| <= p / 2, 2^45 < p < 2^48, 0 <= l < 2^48: the quotient q differs from its argument by at
-// most 1/2 and the roundings of hi, 1 / p and of the FMA. |r| < 1.6 2^48 throughout (by induction: hi / p <
-// 1.6 2^47, whose roundings are below 1.6 2^-6 each, two of them: |r'| < 0.55 p + 2^48), so hi < 2^96,
-// |lo| <= 2^42, and hi - q p is an integer below 2^50: exact. In the last step hi + lo + l is rounded by
-// 2^-53 of at most 1.6 2^47 p, too: in all |r'| < (1/2 + 2 0.8 2^-6 + ..) p < 0.54 p.
+// Bounds, with |B| <= p / 2, 2^45 < p < 2^48, 0 <= l < 2^48. Throughout |r| < 1.53 2^48: then |r B / p| <
+// 0.77 2^48, of which B / p rounded loses 2^-53, 0.024; so |r B - q p| <= 0.524 p and |r'| < 0.524 p + 2^48.
+// As |r B| < 2^95.7, |lo| <= 2^42; hi - q p, lo + l and their sum are integers below 2^50: exact. In the last
+// step lo is left out of q, hi + l is rounded, and 1 / p is: three times 0.024. So |r'| < 0.58 p.
 #include "multiply/vst/conversion.hpp"
 #include "multiply/vst/vst_vector.hpp"
 
@@ -63,36 +63,40 @@ struct Limbs {
     }
 };
 
+// A prime's p, 1 / p, B and B / p.
+struct Constants {
+    const double *primes, *inverses, *bases, *ratios;
+};
+
 template <unsigned a>
-ZNP_INLINE __m256d residue(const Limbs<a>& x, double p_, double inverse_, double base_) {
-    const __m256d magic = _mm256_set1_pd(round_magic);
-    const __m256d p = _mm256_set1_pd(p_), inverse = _mm256_set1_pd(inverse_), base = _mm256_set1_pd(base_);
+ZNP_INLINE __m256d residue(const Limbs<a>& x, const Constants& set, unsigned s) {
     constexpr unsigned top = Limbs<a>::count - 1;
+    const __m256d magic = _mm256_set1_pd(round_magic);
+    const __m256d p = _mm256_set1_pd(set.primes[s]), inverse = _mm256_set1_pd(set.inverses[s]);
+    const __m256d base = _mm256_set1_pd(set.bases[s]), ratio = _mm256_set1_pd(set.ratios[s]);
     __m256d r = x.limb[top];
 #pragma GCC unroll 3
     for (unsigned done = 0; done < top; ++done) {
         const unsigned k = top - 1 - done;
         const __m256d hi = _mm256_mul_pd(r, base);
         const __m256d low = _mm256_add_pd(_mm256_fmsub_pd(r, base, hi), x.limb[k]);
-        const __m256d whole = k == 0 ? _mm256_add_pd(hi, low) : hi;
-        const __m256d q = _mm256_sub_pd(_mm256_fmadd_pd(whole, inverse, magic), magic);
-        r = _mm256_add_pd(_mm256_fnmadd_pd(q, p, hi), low);
+        const __m256d q = k > 0 ? _mm256_fmadd_pd(r, ratio, magic)
+                                : _mm256_fmadd_pd(_mm256_add_pd(hi, x.limb[k]), inverse, magic);
+        r = _mm256_add_pd(_mm256_fnmadd_pd(_mm256_sub_pd(q, magic), p, hi), low);
     }
     return r;
 }
 
 template <unsigned a>
 void convert(const Geometry& g, const PrimeSet& set, double* block, const std::byte* bytes) {
-    for (upL_t v = 0; v < g.lanes(); ++v) {
+    const Constants constants{set.primes, set.inverse_primes, set.limb_bases, set.limb_ratios};
+    const upL_t lanes = g.lanes(), stride = 4 * g.row();
+    for (upL_t v = 0; v < lanes; ++v) {
         Limbs<a> x;
-        x.load(bytes);
-        bytes += 12 * (a - 1);
-        double* out = block + 4 * v;
+        x.load(bytes + 12 * (a - 1) * v);
 #pragma GCC unroll 9
-        for (unsigned s = 0; s < a; ++s) {
-            _mm256_store_pd(out, residue<a>(x, set.primes[s], set.inverse_primes[s], set.limb_bases[s]));
-            out += 4 * g.row();
-        }
+        for (unsigned s = 0; s < a; ++s)
+            _mm256_store_pd(block + s * stride + 4 * v, residue<a>(x, constants, s));
     }
 }
 
