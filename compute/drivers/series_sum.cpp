@@ -49,22 +49,29 @@ Number times(HeapFloat& out, RunTimeParameters& run, const Number& x, cdi factor
     return out;
 }
 
-// Puts T in the place of P.
-void combine(SeriesSum& sum, RunTimeParameters& run, const SeriesQuotient& formula, upL_t p) {
-    HeapFloat T;
-    if (formula.nQ != 0 || formula.nP != 1) {
-        HeapFloat nQ, nP;
-        const Number left = formula.nQ == 0 ? Number() : times(nQ, run, sum.Q, formula.nQ, p);
-        const Number right = times(nP, run, sum.P, formula.nP, p);
-        T = HeapFloat(run.heap, combined_words(p));
-        if (formula.subtract) {
-            T.set_sub(left, right, p + extra_precision);
-        } else {
-            T.set_add(left, right, p + extra_precision);
-        }
+// nQ Q + nP P or nQ Q - nP P.
+HeapFloat combination(const SeriesSum& sum, RunTimeParameters& run, const SeriesQuotient& formula, upL_t p) {
+    HeapFloat nQ, nP;
+    const Number left = formula.nQ == 0 ? Number() : times(nQ, run, sum.Q, formula.nQ, p);
+    const Number right = times(nP, run, sum.P, formula.nP, p);
+    HeapFloat T(run.heap, combined_words(p));
+    if (formula.subtract) {
+        T.set_sub(left, right, p + extra_precision);
+    } else {
+        T.set_add(left, right, p + extra_precision);
     }
-    if (T.get_base() != nullptr) {
-        sum.P = std::move(T);
+    return T;
+}
+
+constexpr bool is_P_alone(const SeriesQuotient& formula) {
+    return formula.nQ == 0 && formula.nP == 1 && !formula.subtract;
+}
+
+// The numbers of the quotient in the places of Q and P.
+void close_sum(SeriesSum& sum, RunTimeParameters& run, const SeriesQuotient& formula, upL_t p) {
+    if (!is_P_alone(formula)) {
+        run.events.add("Finishing Series");
+        sum.P = combination(sum, run, formula, p);
         sum.P.settle();
     }
     if (formula.dQ != 1) {
@@ -74,10 +81,9 @@ void combine(SeriesSum& sum, RunTimeParameters& run, const SeriesQuotient& formu
     }
 }
 
-upL_t combine_bytes(const SeriesQuotient& formula, upL_t p) {
-    const upL_t numbers = (formula.nQ > 1 ? 1u : 0u) + (formula.nP > 1 ? 1u : 0u) +
-                          (formula.nQ != 0 || formula.nP != 1 ? 1u : 0u);
-    return numbers * HeapFloat::bytes(combined_words(p));
+upL_t combination_bytes(const SeriesQuotient& formula, upL_t p) {
+    const upL_t products = (formula.nQ > 1 ? 1u : 0u) + (formula.nP > 1 ? 1u : 0u);
+    return is_P_alone(formula) ? 0 : (products + 1) * HeapFloat::bytes(combined_words(p));
 }
 
 }  // namespace
@@ -93,8 +99,7 @@ void series_quotient_B(HeapFloat& out, RunTimeParameters& run, const zl_BSS& ser
         Stage stage(run, "Summing Series...  ", "Summing Series");
         stage.print_terms(plan.back().b - plan.front().a);
         sum = sum_plan(run, series, plan, stage.start("Summing: "));
-        if (formula.nQ != 0) run.events.add("Finishing Series");
-        combine(sum, run, formula, p);
+        close_sum(sum, run, formula, p);
         stage.finish();
     }
     if (formula.inverted) {
@@ -113,7 +118,7 @@ upL_t series_quotient_bytes(const zl_BSS& series, const PSRPlan& plan, const Ser
     const upL_t sum = sum_bytes(sizes);
     const upL_t T = std::max(HeapFloat::bytes(sizes.P), HeapFloat::bytes(combined_words(p)));
     return std::max({sum + heap_words(sizes.nodes) + heap_bytes(sizes.work_bytes),
-                     sum + combine_bytes(formula, p),
+                     sum + combination_bytes(formula, p),
                      HeapFloat::bytes(Q_words(sizes)) + T + divide_bytes(p, threads)});
 }
 

@@ -8,6 +8,7 @@
 #include "multiply/dispatch.hpp"
 #include "numbers/division.hpp"
 #include "numbers/inverse_sqrt.hpp"
+#include "numbers/transform_helper.hpp"
 
 namespace znp {
 
@@ -27,7 +28,20 @@ upL_t final_multiply_work(upL_t p, u64_t threads, bool half_length) {
     return work_bytes_for<cdi>(2 * p + product_slack, threads, half_length);
 }
 
-// The top p + 2 words of a * b by the dispatcher mulp.
+// The top p + 2 words of a * b, the whole product verified.
+void set_verified_mul(BigFloatR<cdi>& out, const BasicParameters& bp, const Number& a, const Number& b,
+                      upL_t p) {
+    TransformSlot slot;
+    const transform& algorithm = make_transform<cdi>(bp, slot, a.get_L() + b.get_L());
+    const TransformHelper helper(bp, algorithm);
+    newton::ProductCheck product(a, b);
+    Number::Transform A(a, helper.scratch, algorithm, helper.T1, a.get_L());
+    const Number::Transform B(b, helper.scratch, algorithm, helper.T2, b.get_L());
+    product.whole = out.set_checked_fmul(helper.scratch, A, B, A.mag + B.mag, p);
+    if (!product.holds(algorithm)) fatal_exit("Checksum Mismatch. Multiplication Failed.");
+}
+
+// The same by the dispatcher mulp, not verified.
 void set_mulp(BigFloatR<cdi>& out, const BasicParameters& bp, const Number& a, const Number& b, upL_t p) {
     const upL_t n = a.get_L() + b.get_L();
     const upL_t kept = std::min(n, p + extra_precision);
@@ -92,7 +106,7 @@ void final_multiply_B(HeapFloat& out, RunTimeParameters& run, const Number& a, c
     if (half_length) {
         set_mulp(out, bp, a, b, p);
     } else {
-        out.set_mul(bp, a, b, p);
+        set_verified_mul(out, bp, a, b, p);
     }
     stage.finish();
 }

@@ -11,11 +11,11 @@ namespace znp {
 
 using Number = BigFloat<cdi>;
 
-// The memory queries of the constants ask for the stages at this many words more than the precision, so that a
-// stage may come to keep a few guard words more without a change of what users are told.
+// The memory queries of the constants ask for the stages at this many words more than the precision, so that
+// a stage may come to keep a few guard words more without a change of what users are told.
 inline constexpr upL_t estimate_margin = 100;
 
-// Bytes of the heap for a work buffer of so many bytes, and for words.
+// Bytes of the heap for a buffer of so many words.
 upL_t heap_words(upL_t words);
 
 // 1/sqrt(n), with room for `extra` words more than the p + 4 of the iteration. Prints "InvSqrt...". A failure
@@ -34,8 +34,9 @@ constexpr upL_t divide_words(upL_t p) {
     return p + 5;
 }
 
-// The top p + 2 words of a * b. With half_length the product goes by the route of two half-length
-// convolutions. Prints "Final Multiply...".
+// The top p + 2 words of a * b. Prints "Final Multiply...". The whole product is verified by its residue; a
+// mismatch is fatal. With half_length the product goes by the route of two half-length convolutions, which is
+// not verified here: no whole product is ever made.
 void final_multiply_B(HeapFloat& out, RunTimeParameters& run, const Number& a, const Number& b, upL_t p,
                       bool half_length);
 upL_t final_multiply_bytes(upL_t p, u64_t threads, bool half_length);

@@ -6,7 +6,7 @@ namespace znp {
 
 Stage::Stage(RunTimeParameters& run, const char* title, const char* event) {
     Console::print(title);
-    if (event != nullptr) run.events.add(event);
+    run.events.add(event);
 }
 
 void Stage::print_terms(u64_t terms) {
@@ -17,13 +17,9 @@ void Stage::print_terms(u64_t terms) {
 
 StatusLine* Stage::start(const char* label) {
     Console::print_newline();
-    show(label);
-    return &status_;
-}
-
-void Stage::show(const char* label) {
     status_.set_label(label);
     status_.update(StatusLine::Update::force);
+    return &status_;
 }
 
 void Stage::finish() {

@@ -11,7 +11,7 @@ namespace znp {
 
 class Stage {
   public:
-    // Prints the title without a line end; adds the event unless it is null.
+    // Prints the title without a line end, and adds the event.
     Stage(RunTimeParameters& run, const char* title, const char* event);
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
@@ -20,9 +20,6 @@ class Stage {
 
     // Ends the title's line and shows the label on the status line, which is returned.
     StatusLine* start(const char* label);
-    // The label alone, for what follows on the same line.
-    void show(const char* label);
-
     // The time since the constructor in place of the status line.
     void finish();
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "compute/constant.hpp"
 #include "compute/drivers/shared_stages.hpp"
 #include "driver_test_support.hpp"
@@ -70,14 +68,9 @@ TEST(SqrtDriver, TextsAndEvents) {
 TEST(SqrtDriver, AnIterationThatFailsIsFatal) {
     constexpr u64_t dec = 20000;
     const upL_t p = testing::precision_of_digits(dec);
-    const u64_t limit_bits = 128 * (p + 100);
-    std::vector<double> memory(table_size(limit_bits) / sizeof(double) + 8);
-    void* aligned = memory.data();
-    std::size_t space = memory.size() * sizeof(double);
-    std::align(64, table_size(limit_bits), aligned, space);
+    const testing::WrongTables tables(2 * p);
     DriverRun driver(dec, 1, formula_bytes(p, 1));
-    build_tables(driver.run.tables, limit_bits, static_cast<std::byte*>(aligned));
-    for (std::size_t i = memory.size() / 8; i < memory.size(); i++) memory[i] = -memory[i];
+    driver.run.tables = tables.holder;
     EXPECT_EXIT(testing::dying([&] {
                     HeapFloat out;
                     sqrt_B(out, driver.run, 2);
