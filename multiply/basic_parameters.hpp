@@ -7,6 +7,12 @@ namespace znp {
 
 struct TableHolder;
 
+// Parts of a work buffer begin at multiples of this.
+inline constexpr upL_t work_alignment = 32;
+constexpr upL_t work_aligned(upL_t bytes) {
+    return (bytes + (work_alignment - 1)) & ~(work_alignment - 1);
+}
+
 // Owns nothing. The caller of an operation owns the work buffer, whose size a query promised beforehand; a
 // buffer that turns out too small is a fault of the memory plan and throws. The holder's tables are
 // read-only.

@@ -15,12 +15,8 @@ namespace znp {
 
 namespace {
 
-constexpr upL_t round_up_32(upL_t bytes) {
-    return (bytes + 31) & ~upL_t{31};
-}
-
-// The table record is aligned to more than the 32 bytes of a work buffer.
-constexpr upL_t record_bytes = round_up_32(sizeof(CBR_table)) + alignof(CBR_table) - 32;
+// The table record is aligned to more than a work buffer.
+constexpr upL_t record_bytes = work_aligned(sizeof(CBR_table)) + alignof(CBR_table) - work_alignment;
 
 std::byte* record_place(std::byte* buffer) {
     return buffer + (-address_of(buffer) & (alignof(CBR_table) - 1));
@@ -45,7 +41,7 @@ struct Layout {
             products = std::max(products, table.product_bytes(i, threads));
         }
         fraction_words = std::max(table.region_words(table.length), table.powers_words());
-        work = fraction + round_up_32(fraction_words * sizeof(cdi));
+        work = fraction + work_aligned(fraction_words * sizeof(cdi));
         bytes = work + products;
     }
 };

@@ -4,11 +4,11 @@
 #include <bit>
 
 #include "foundation/exceptions.hpp"
-#include "foundation/strings.hpp"
 #include "multiply/dispatch.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "multiply/kernels/word_multiply.hpp"
+#include "numbers/newton_steps.hpp"
 #include "numbers/radix_conversion.hpp"
 #include "numbers/radix_fraction.hpp"
 #include "numbers/radix_power.hpp"
@@ -16,19 +16,6 @@
 namespace znp {
 
 namespace {
-
-constexpr upL_t round_up_32(upL_t bytes) {
-    return (bytes + 31) & ~upL_t{31};
-}
-
-void show(StatusLine* status, const char* label, upL_t words) {
-    if (status == nullptr) return;
-    const double digits = static_cast<double>(words) * WordTraits<cdi>::decimal_digits + 1;
-    status->clear();
-    status->add('w', label);
-    status->add('Y', to_string_u64(static_cast<u64_t>(digits)));
-    status->update(StatusLine::Update::if_due);
-}
 
 // The words of the check and where they lie.
 //
@@ -47,8 +34,8 @@ struct CheckLayout {
           fraction_words(power.most + 2),
           product_words(fraction_words + power.most_stripped()),
           words(power.most + 2),
-          fraction(round_up_32(words * sizeof(cdi))),
-          work(fraction + round_up_32(fraction_words * sizeof(cdi))),
+          fraction(work_aligned(words * sizeof(cdi))),
+          work(fraction + work_aligned(fraction_words * sizeof(cdi))),
           work_bytes(work_bytes_for<cdi>(product_words, threads)) {}
     upL_t bytes() const { return work + work_bytes; }
 };
@@ -71,7 +58,7 @@ void raise(const BasicParameters& bp, Power& P, cdi radix, u64_t e, StatusLine* 
     P.T[0] = e == 0 ? 1 : radix;
     P.L = 1;
     for (auto bit = e == 0 ? u64_t{0} : std::bit_floor(e) >> 1; bit != 0; bit >>= 1) {
-        show(status, "Powering...   ", 2 * P.L);
+        newton::show_step(status, "Powering...   ", 2 * P.L);
         TransformSlot slot;
         const transform& algorithm = make_transform<cdi>(bp, slot, 2 * P.L);
         std::byte* const scratch = bp.M + algorithm.transform_bytes;
@@ -105,7 +92,7 @@ int power_check(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, cons
     raise(work, P, radix, e, status);
     if (!radix::power_holds(radix, e, P.T, P.L, P.zero_words)) return 1;
 
-    show(status, "Multiplying...    ", P.L);
+    newton::show_step(status, "Multiplying...    ", P.L);
     auto* const F = reinterpret_cast<cdi*>(bp.M + layout.fraction);
     radix::load_fraction(F, layout.fraction_words, fraction, L);
     const u64_t expected =

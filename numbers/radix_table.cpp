@@ -5,10 +5,10 @@
 #include <cstring>
 
 #include "foundation/exceptions.hpp"
-#include "foundation/strings.hpp"
 #include "multiply/bkt/basecase.hpp"
 #include "multiply/dispatch.hpp"
 #include "multiply/kernels/word_multiply.hpp"
+#include "numbers/newton_steps.hpp"
 #include "numbers/radix_leaf.hpp"
 #include "numbers/radix_power.hpp"
 
@@ -21,19 +21,6 @@ constexpr upL_t direct_words = 58;
 
 constexpr upL_t half_up(upL_t n) {
     return n - n / 2;
-}
-
-constexpr upL_t round_up_32(upL_t bytes) {
-    return (bytes + 31) & ~upL_t{31};
-}
-
-void show_power(StatusLine* status, upL_t words) {
-    if (status == nullptr) return;
-    const double digits = static_cast<double>(words) * WordTraits<cdi>::decimal_digits + 1;
-    status->clear();
-    status->add('w', "Squaring...    ");
-    status->add('Y', to_string_u64(static_cast<u64_t>(digits)));
-    status->update(StatusLine::Update::if_due);
 }
 
 // The power radix^e, word by word. Returns its length; T has room for e words.
@@ -90,7 +77,7 @@ upL_t CBR_table::transform_words(unsigned level) const {
 }
 
 upL_t CBR_table::product_bytes(unsigned level, u64_t threads) const {
-    return round_up_32(work_bytes_for<cdi>(transform_words(level), threads));
+    return work_aligned(work_bytes_for<cdi>(transform_words(level), threads));
 }
 
 upL_t CBR_table::image_bytes(unsigned level, u64_t threads) const {
@@ -143,7 +130,7 @@ int CBR_table::build(const BasicParameters& bp, cdi* powers, std::byte* kept, St
         power_start[i] = static_cast<upL_t>(P - powers);
         const upL_t planned_bytes = image_bytes(i, bp.tds);
         sizes[i] = L + zero_words;
-        show_power(status, sizes[i]);
+        newton::show_step(status, "Squaring...    ", sizes[i]);
 
         if (i + 1 == levels) {
             add_image(bp, i, P, L, bp.M, nullptr);
@@ -166,7 +153,7 @@ void CBR_table::second_fraction(const transform* algorithm, unsigned level, upL_
     cdi* const second = end - (radix::leaf_fraction_words(base) << level) - g;
     const upL_t P = power_words(level);
     if (images[level] == work) {
-        work += algorithm != nullptr ? algorithm->transform_bytes : round_up_32(P * sizeof(cdi));
+        work += algorithm != nullptr ? algorithm->transform_bytes : work_aligned(P * sizeof(cdi));
     }
     if (algorithm == nullptr) {
         // The product begins a word below the fraction where the rounding of the lengths wants it.
