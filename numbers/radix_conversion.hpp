@@ -4,7 +4,9 @@
 // and the rest as its fraction; the powers and their transforms are made once. No division anywhere.
 //
 // A fraction is L words with the value sum fraction[i] 2^(64 (i - L)), in [0, 1). Words of the result: n,
-// least significant first, each below the radix; the value is truncated.
+// least significant first, each below the radix; the value is truncated. Before that it is raised by less
+// than 2^-50 of the last word (of the last digit in the check), so that a fraction that ends at a digit comes
+// out exactly.
 //
 // Threads: bp.tds. Memory: bp's work buffer, of the bytes that the queries promise, exactly. Nothing
 // allocates.
@@ -26,7 +28,7 @@ upL_t cbr_table_size(cdi radix, upL_t n, u64_t threads);
 
 // The independent check: residue = floor((integer + fraction) * radix^e) mod 2^61 - 1, computed by one big
 // power and one product, with no transform length in common with the conversion. Returns 0, or 1 if the
-// power's residue is wrong: the caller tries again. bp.ML: power_check_size.
+// residue of the power or of the product is wrong: the caller tries again. bp.ML: power_check_size.
 [[nodiscard]] int power_check(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, const cdi* fraction,
                               upL_t L, u64_t& residue, StatusLine* status = nullptr);
 upL_t power_check_size(cdi radix, u64_t e, upL_t L, u64_t threads);
