@@ -82,6 +82,14 @@ void shared_exact_products(const BasicParameters& bp, ExactR& out1, ExactR& out2
 
 constexpr s64_t no_limit = INT64_MAX;
 
+// The rest of a merge by direct products, P +- t and Q.
+void merge_directly(const BasicParameters& bp, DirectProduct& product, ExactR& P, ExactR& Q, const Exact& t,
+                    const Exact& Pl, const Exact& Ql, const Exact& Qr, bool subtract) {
+    set_sum(P, product(bp, Pl, Qr), t, subtract);
+    Q.set_efp(product(bp, Ql, Qr));
+    Q.strip_low();
+}
+
 }  // namespace
 
 void merge_P2B1(const BasicParameters& bp, ExactR& P, ExactR& Q, const Exact& Pl, const Exact& Ql,
@@ -89,10 +97,7 @@ void merge_P2B1(const BasicParameters& bp, ExactR& P, ExactR& Q, const Exact& Pl
     const upL_t L = std::max(Pl.get_L(), Ql.get_L()) + Qr.get_L();
     if (L <= direct_merge_words) {
         DirectProduct product;
-        set_sum(P, product(bp, Pl, Qr), Pr, subtract);
-        Q.set_efp(product(bp, Ql, Qr));
-        Q.strip_low();
-        return;
+        return merge_directly(bp, product, P, Q, Pr, Pl, Ql, Qr, subtract);
     }
     TransformSlot slot;
     const TransformHelper helper(bp, make_transform<cdi>(bp, slot, L));
@@ -111,10 +116,7 @@ void merge_P2B2(const BasicParameters& bp, ExactR& P, ExactR& Q, ExactR& t, cons
     if (L <= direct_merge_words) {
         t.set_mul(bp, Ql, Pr);
         DirectProduct product;
-        set_sum(P, product(bp, Pl, Qr), t, subtract);
-        Q.set_efp(product(bp, Ql, Qr));
-        Q.strip_low();
-        return;
+        return merge_directly(bp, product, P, Q, t, Pl, Ql, Qr, subtract);
     }
     TransformSlot slot;
     const TransformHelper helper(bp, make_transform<cdi>(bp, slot, L));
@@ -137,20 +139,21 @@ void merge_P2B3(const BasicParameters& bp, ExactR& P, ExactR& Q, ExactR* R, Exac
     if (L <= direct_merge_words) {
         DirectProduct product;
         t.set_mul(bp, left.R, right.P);
-        if (R != nullptr) R->set_efp(product(bp, left.R, right.R));
-        set_sum(P, product(bp, left.P, right.Q), t, subtract);
-        Q.set_efp(product(bp, left.Q, right.Q));
-    } else {
         if (R != nullptr) {
-            shared_exact_products(bp, t, *R, left.R, right.P, right.R, no_limit);
-        } else {
-            t.set_mul(bp, left.R, right.P);
+            R->set_efp(product(bp, left.R, right.R));
+            R->strip_low();
         }
-        shared_exact_products(bp, P, Q, right.Q, left.P, left.Q, t.get_exp());
-        accumulate(P, t, subtract);
+        return merge_directly(bp, product, P, Q, t, left.P, left.Q, right.Q, subtract);
     }
+    if (R != nullptr) {
+        shared_exact_products(bp, t, *R, left.R, right.P, right.R, no_limit);
+        R->strip_low();
+    } else {
+        t.set_mul(bp, left.R, right.P);
+    }
+    shared_exact_products(bp, P, Q, right.Q, left.P, left.Q, t.get_exp());
+    accumulate(P, t, subtract);
     Q.strip_low();
-    if (R != nullptr) R->strip_low();
 }
 
 }  // namespace znp
