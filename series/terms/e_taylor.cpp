@@ -1,11 +1,9 @@
 // e and 1/e: 1/(a+1) + 1/((a+1)(a+2)) + ... over [a, b), with the signs +, -, +, ... when alternating.
-#include <algorithm>
 #include <array>
 
 #include "multiply/kernels/word_multiply.hpp"
 #include "series/catalogue.hpp"
 #include "series/terms/bisection.hpp"
-#include "series/terms/term_words.hpp"
 
 namespace znp {
 
@@ -16,45 +14,32 @@ namespace {
 
 constexpr upL_t stack_words = 17;
 
-// x = (a + 1)(a + 2) (a + 3) ... b in the b - a words that it may take: the denominator of both forms.
-void set_Q(IntR& Q, u64_t a, u64_t b) {
-    const Words<2> start = product(a + 1, a + 2);
-    std::copy(start.begin(), start.end(), Q.get_T());
-    upL_t L = 2;
-    for (u64_t i = a + 3; i <= b; i++, L++) Q.get_T()[L] = MulW(Q.get_T(), L, i);
+// Q = (a + 1)(a + 2) ... b. A value of k terms takes k words while it is built up.
+void begin(IntR& P, IntR& Q, u64_t a, u64_t b, const char* location) {
+    P.check_size(location, b - a);
+    Q.check_size(location, b - a);
+    cdi* T = Q.get_T();
+    T[0] = a + 1;
+    upL_t L = 1;
+    for (u64_t i = a + 2; i <= b; i++, L++) T[L] = MulW(T, L, i);
     Q.set_LN(L);
 }
 
-void set_one_term(IntR& P, IntR& Q, u64_t a) {
-    P.set_uW(1);
-    Q.set_uW(a + 1);
-}
-
 void E_Taylor1_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
-    constexpr const char* location = "E_Taylor1_BSR_End_PQ1()";
-    P.check_size(location, b - a);
-    Q.check_size(location, b - a);
-    if (b - a == 1) return set_one_term(P, Q, a);
-    set_Q(Q, a, b);
-
+    begin(P, Q, a, b, "E_Taylor1_BSR_End_PQ1()");
     cdi* T = P.get_T();
-    T[0] = a + 3;
+    T[0] = b - a == 1 ? 1 : a + 3;
     upL_t L = 1;
     for (u64_t i = a + 3; i <= b; i++, L++) T[L] = MulW(T, L, i, 1);
     P.set_LN(L);
 }
 
 void E_Taylor2_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
-    constexpr const char* location = "E_Taylor2_BSR_End_PQ1()";
-    P.check_size(location, b - a);
-    Q.check_size(location, b - a);
-    if (b - a == 1) return set_one_term(P, Q, a);
-    set_Q(Q, a, b);
-
-    // Two steps at a time, which needs no subtraction: (P i + 1)(i + 1) - 1 = P i (i + 1) + i.
+    begin(P, Q, a, b, "E_Taylor2_BSR_End_PQ1()");
     cdi* T = P.get_T();
-    T[0] = a + 1;
+    T[0] = b - a == 1 ? 1 : a + 1;
     upL_t L = 1;
+    // Two steps at a time, which needs no subtraction: (P i + 1)(i + 1) - 1 = P i (i + 1) + i.
     u64_t i = a + 3;
     for (; i < b; i += 2, L += 2) {
         T[L] = MulW(T, L, i);

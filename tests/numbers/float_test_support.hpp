@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ostream>
 #include <random>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "foundation/exceptions.hpp"
@@ -16,6 +18,7 @@
 #include "multiply/kernels/residue.hpp"
 #include "multiply/multiply_test_support.hpp"
 #include "multiply/table_holder.hpp"
+#include "numbers/basic_int.hpp"
 #include "numbers/big_float.hpp"
 #include "numbers/exact_float.hpp"
 
@@ -33,6 +36,8 @@ class Integer {
     }
     template <class word>
     explicit Integer(const std::vector<word>& words) : Integer(words.data(), words.size()) {}
+    template <class word>
+    explicit Integer(const BasicInt<word>& x) : Integer(x.get_T(), x.get_L()) {}
     Integer(const Integer& other) { mpz_init_set(z_, other.z_); }
     Integer& operator=(const Integer& other) {
         mpz_set(z_, other.z_);
@@ -40,9 +45,30 @@ class Integer {
     }
     ~Integer() { mpz_clear(z_); }
 
+    static Integer from(mpz_srcptr x) {
+        Integer r;
+        mpz_set(r.z_, x);
+        return r;
+    }
+    static Integer of(u64_t x) { return Integer(&x, 1); }
+    static Integer decimal(const char* text) {
+        Integer r;
+        mpz_set_str(r.z_, text, 10);
+        return r;
+    }
+    static Integer pow(u64_t base, u64_t e) {
+        Integer r;
+        mpz_ui_pow_ui(r.z_, base, e);
+        return r;
+    }
+    mpz_srcptr get() const { return z_; }
+
     friend Integer operator+(Integer a, const Integer& b) { return mpz_add(a.z_, a.z_, b.z_), a; }
     friend Integer operator-(Integer a, const Integer& b) { return mpz_sub(a.z_, a.z_, b.z_), a; }
     friend Integer operator*(Integer a, const Integer& b) { return mpz_mul(a.z_, a.z_, b.z_), a; }
+    // Rounded towards minus infinity, and what that leaves.
+    friend Integer operator/(Integer a, const Integer& b) { return mpz_fdiv_q(a.z_, a.z_, b.z_), a; }
+    friend Integer operator%(Integer a, const Integer& b) { return mpz_fdiv_r(a.z_, a.z_, b.z_), a; }
     friend Integer operator<<(Integer a, u64_t bits) { return mpz_mul_2exp(a.z_, a.z_, bits), a; }
     // Rounded towards minus infinity.
     friend Integer operator>>(Integer a, u64_t bits) { return mpz_fdiv_q_2exp(a.z_, a.z_, bits), a; }
@@ -62,12 +88,19 @@ class Integer {
         const double d = mpz_get_d_2exp(&exponent, z_);
         return std::log2(std::fabs(d)) + static_cast<double>(exponent);
     }
-    u64_t residue() const {
+    u64_t residue() const { return mpz_get_ui((*this % of(residue::p)).z_); }
+    Integer sqrt() const {
         Integer r;
-        const u64_t p = residue::p;
-        mpz_fdiv_r(r.z_, z_, Integer(&p, 1).z_);
-        return mpz_get_ui(r.z_);
+        mpz_sqrt(r.z_, z_);
+        return r;
     }
+    std::string str() const {
+        std::string text(mpz_sizeinbase(z_, 10) + 2, '\0');
+        mpz_get_str(text.data(), 10, z_);
+        text.resize(text.find('\0'));
+        return text;
+    }
+    friend std::ostream& operator<<(std::ostream& out, const Integer& x) { return out << x.str(); }
 
   private:
     mpz_t z_;

@@ -17,8 +17,8 @@
 namespace znp {
 namespace {
 
-using testing::ExactInteger;
 using testing::GuardedWords;
+using testing::Integer;
 
 struct Case {
     std::string name;
@@ -148,9 +148,9 @@ TEST(SeriesCatalogue, TermsOfCAreTheFewestUpToTheSmallest) {
 
 // ---- Sizes against exact products
 
-double ln(const ExactInteger& x) {
+double ln(const Integer& x) {
     long exponent = 0;
-    const double d = mpz_get_d_2exp(&exponent, x.z);
+    const double d = mpz_get_d_2exp(&exponent, x.get());
     return std::log(d) + static_cast<double>(exponent) * std::log(2);
 }
 
@@ -160,9 +160,9 @@ struct Term {
         cdi words[3][14];
         BasicIntR<cdi> P(words[0], 14), Q(words[1], 14), R(words[2], 14), t0, t1;
         series.BSR_End(P, Q, R, t0, t1, b - 1, b);
-        p = ln(ExactInteger(P));
-        q = ln(ExactInteger(Q));
-        r = ln(ExactInteger(R));
+        p = ln(Integer(P));
+        q = ln(Integer(Q));
+        r = ln(Integer(R));
     }
     double p, q, r;
 };
@@ -225,7 +225,7 @@ TEST(SeriesSizes, Huvent) {
         GuardedWords<cdi> P_words(18), Q_words(18);
         ExactFloatR<cdi> P(P_words.data(), 18), q(Q_words.data(), 18);
         series.BSR_End(P, q, k);
-        Q += ln(ExactInteger(q.get_T(), q.get_L()));
+        Q += ln(Integer(q.get_T(), q.get_L()));
         const double P_nats = Q + static_cast<double>(k) * std::log(64);
         ASSERT_NEAR(P_nats * words_per_nat, static_cast<double>(series.words_of(0, k)), 5) << k;
     }
@@ -245,12 +245,12 @@ TEST(SeriesSizes, AB) {
     for (const u32_t m : {3u, 8u, 20u}) {
         const Series_EulerGamma_BM_AB series(m);
         for (const u64_t a : {u64_t{0}, u64_t{2}, u64_t{100}, u64_t{300}}) {
-            ExactInteger U = 0, V = 1, X = 0;
+            Integer U = 0, V = 1, X = 0;
             for (u64_t b = a + 1; b < a + 700; b++) {
-                const ExactInteger k = ExactInteger::of(b);
+                const Integer k = Integer::of(b);
                 U = U * k + V;
                 V = V * k;
-                X = X * k * k * k + U.shifted(2 * m * (b - a - 1));
+                X = X * k * k * k + (U << (2 * m * (b - a - 1)));
                 const auto words = static_cast<double>(series.words_of(a, b));
                 ASSERT_LE(ln(X) * words_per_nat + 1, words + static_cast<double>(series.memory_overhead))
                     << m << " " << a << " " << b;

@@ -17,21 +17,21 @@ namespace znp {
 namespace {
 
 using testing::BigIn;
-using testing::ExactInteger;
+using testing::consistent;
 using testing::GuardedWords;
+using testing::Integer;
 using testing::Rational;
-using testing::well_formed;
 using testing::Work;
 
 // U, V, W, X of a range by their definitions, term by term over the common denominators V, V^2 and V^3.
 struct Naive {
-    ExactInteger U = 0, V = 1, W = 0, X = 0;
+    Integer U = 0, V = 1, W = 0, X = 0;
 };
 Naive naive(u32_t m, u64_t a, u64_t b) {
     Naive n;
     for (u64_t i = a + 1; i <= b; i++) {
-        const ExactInteger k = ExactInteger::of(i);
-        const ExactInteger power = ExactInteger(1).shifted(2 * m * i);
+        const Integer k = Integer::of(i);
+        const Integer power = Integer(1) << (2 * m * i);
         n.U = n.U * k + n.V;
         n.V = n.V * k;
         n.W = n.W * k * k + power;
@@ -60,7 +60,7 @@ struct Node {
 void expect_exact(const ABRules::Node& node, u32_t m, u64_t a, u64_t b) {
     SCOPED_TRACE("m = " + std::to_string(m) + ", " + std::to_string(a) + " - " + std::to_string(b));
     const Naive exact = naive(m, a, b);
-    for (int i = 0; i < 4; i++) EXPECT_TRUE(well_formed(node[static_cast<upL_t>(i)])) << i;
+    for (int i = 0; i < 4; i++) EXPECT_TRUE(consistent(node[static_cast<upL_t>(i)])) << i;
     EXPECT_EQ(Rational(node[0]), Rational(exact.U));
     EXPECT_EQ(Rational(node[1]), Rational(exact.V));
     EXPECT_EQ(Rational(node[2]), Rational(exact.W));
@@ -100,17 +100,17 @@ TEST(EulerGammaAB, TwoTermsAtLargeIndices) {
             Node leaf = Node::leaf();
             ABRules{Series_EulerGamma_BM_AB(m)}.end(leaf.node, k - 2, k);
             const auto& [U, V, W, X, t4, t5, t6, t7, t8, t9] = leaf.node;
-            const ExactInteger K = ExactInteger::of(k), N = ExactInteger(1).shifted(2 * m);
+            const Integer K = Integer::of(k), N = Integer(1) << (2 * m);
             const u64_t shift = 2 * m * (k - 1);
             EXPECT_EQ(Rational(U), Rational(2 * K - 1));
             EXPECT_EQ(Rational(V), Rational(K * (K - 1)));
             EXPECT_EQ(W.get_exp(), static_cast<s64_t>(shift / 64));
             EXPECT_EQ(X.get_exp(), static_cast<s64_t>(shift / 64));
-            EXPECT_EQ(Rational(W.get_T(), W.get_L(), 0), Rational((K * K + N).shifted(shift % 64)));
+            EXPECT_EQ(Rational(W.get_T(), W.get_L(), 0), Rational((K * K + N) << (shift % 64)));
             EXPECT_EQ(Rational(X.get_T(), X.get_L(), 0),
-                      Rational((K * K * K + (2 * K - 1) * N).shifted(shift % 64)));
-            EXPECT_TRUE(well_formed(W));
-            EXPECT_TRUE(well_formed(X));
+                      Rational((K * K * K + (2 * K - 1) * N) << (shift % 64)));
+            EXPECT_TRUE(consistent(W));
+            EXPECT_TRUE(consistent(X));
         }
     }
 }

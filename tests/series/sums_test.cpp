@@ -16,9 +16,9 @@ namespace znp {
 namespace {
 
 using testing::BigIn;
-using testing::ExactInteger;
 using testing::GuardedSum;
 using testing::GuardedWords;
+using testing::Integer;
 using testing::Work;
 
 // Words for so many digits after the point.
@@ -29,11 +29,11 @@ upL_t words_for(u64_t digits) {
 
 // A quotient of integers.
 struct Quotient {
-    ExactInteger p, q;
+    Integer p, q;
 };
 
-ExactInteger scaled(const BigFloat<cdi>& x, s64_t low) {
-    ExactInteger r = ExactInteger(x.get_T(), x.get_L()).shifted(static_cast<u64_t>(x.get_exp() - low) * 64);
+Integer scaled(const BigFloat<cdi>& x, s64_t low) {
+    Integer r = Integer(x.get_T(), x.get_L()) << (static_cast<u64_t>(x.get_exp() - low) * 64);
     return x.raw_sign() ? r : 0 - r;
 }
 
@@ -53,14 +53,14 @@ Quotient sum(const zl_BSS& series, upL_t p) {
 // c (a Q + P) / (b Q), P subtracted where the series alternates.
 Quotient closed(const zl_BSS& series, upL_t p, s64_t a, s64_t b, s64_t c = 1) {
     const auto [P, Q] = sum(series, p);
-    const ExactInteger T = series.alternating ? a * Q - P : a * Q + P;
+    const Integer T = series.alternating ? a * Q - P : a * Q + P;
     return {c * T, b * Q};
 }
 
-ExactInteger power_of_10(u64_t digits) {
-    return ExactInteger::pow(10, digits);
+Integer power_of_10(u64_t digits) {
+    return Integer::pow(10, digits);
 }
-ExactInteger fixed(const Quotient& x, u64_t digits) {
+Integer fixed(const Quotient& x, u64_t digits) {
     return x.p * power_of_10(digits) / x.q;
 }
 
@@ -68,22 +68,22 @@ ExactInteger fixed(const Quotient& x, u64_t digits) {
 struct Constant {
     std::string name;  // of the formula
     std::string golden;
-    std::function<ExactInteger(u64_t digits, upL_t p)> digits;
+    std::function<Integer(u64_t digits, upL_t p)> digits;
 };
 
 // A sum of quotients: each to guard digits more.
 constexpr u64_t guard_digits = 15;
-ExactInteger added(std::initializer_list<Quotient> terms, u64_t digits) {
-    ExactInteger total = 0;
+Integer added(std::initializer_list<Quotient> terms, u64_t digits) {
+    Integer total = 0;
     for (const Quotient& x : terms) total = total + fixed(x, digits + guard_digits);
     return total / power_of_10(guard_digits);
 }
 
-ExactInteger pi(const zl_BSS& series, u64_t digits, upL_t p, s64_t a, s64_t b, u64_t radicand) {
+Integer pi(const zl_BSS& series, u64_t digits, upL_t p, s64_t a, s64_t b, u64_t radicand) {
     // b Q / ((a Q +- P) sqrt(n)) with the root to 2 d + 40 digits.
     const auto [P, Q] = sum(series, p);
-    const ExactInteger T = series.alternating ? a * Q - P : a * Q + P;
-    const ExactInteger root = (ExactInteger::of(radicand) * power_of_10(2 * digits + 80)).sqrt();
+    const Integer T = series.alternating ? a * Q - P : a * Q + P;
+    const Integer root = (Integer::of(radicand) * power_of_10(2 * digits + 80)).sqrt();
     return b * Q * power_of_10(2 * digits + 40) / (T * root);
 }
 
@@ -95,7 +95,7 @@ Quotient arc_coth(s64_t coefficient, u64_t x, upL_t p) {
 }
 
 // Coefficients for k log 2.
-ExactInteger log_2(s64_t k, u64_t digits, upL_t p) {
+Integer log_2(s64_t k, u64_t digits, upL_t p) {
     return added({arc_coth(18 * k, 26, p), arc_coth(-2 * k, 4801, p), arc_coth(8 * k, 8749, p)}, digits);
 }
 
@@ -125,17 +125,17 @@ struct ABSum {
         R = scaled(R_.x, low);
         EXPECT_EQ(low, 0);
     }
-    ExactInteger T, Q, R;
+    Integer T, Q, R;
 };
 
 // A/B - C/B^2 - k log 2. C as exact sections or with truncated products.
 enum class SeriesC { without, truncated, exact };
-ExactInteger gamma(u32_t m, u64_t digits, upL_t p, SeriesC with_C, double ratio = 1, u64_t threads = 1) {
+Integer gamma(u32_t m, u64_t digits, upL_t p, SeriesC with_C, double ratio = 1, u64_t threads = 1) {
     const ABSum AB(m, p, ratio, threads);
-    const ExactInteger S = AB.Q * AB.Q;
-    const ExactInteger RS = AB.R + S;
+    const Integer S = AB.Q * AB.Q;
+    const Integer RS = AB.R + S;
     const u64_t d = digits + guard_digits;
-    ExactInteger value = fixed({AB.T, AB.Q * RS}, d);
+    Integer value = fixed({AB.T, AB.Q * RS}, d);
     if (with_C != SeriesC::without) {
         const double x = std::ldexp(4, static_cast<int>(m)) * words_per_nat;
         const auto w = static_cast<upL_t>(std::min(x, static_cast<double>(p) - x)) + 1;
@@ -143,7 +143,7 @@ ExactInteger gamma(u32_t m, u64_t digits, upL_t p, SeriesC with_C, double ratio 
         PSRPlan plan = make_psr_plan(series, w, 1.0);
         for (SectionRow& row : plan) row.asr = with_C == SeriesC::truncated;
         const auto [P, Q] = sum(series, plan, threads);
-        value = value - fixed({(P + Q) * S * S, (Q * RS * RS).shifted(m + 2)}, d);
+        value = value - fixed({(P + Q) * S * S, (Q * RS * RS) << (m + 2)}, d);
     }
     value = value - log_2(static_cast<s64_t>(m), d, p);
     return value / power_of_10(guard_digits);
@@ -204,7 +204,7 @@ std::vector<Constant> constants() {
     };
 }
 
-void expect_golden(const ExactInteger& digits, const testing::GoldenDecimal& golden) {
+void expect_golden(const Integer& digits, const testing::GoldenDecimal& golden) {
     EXPECT_EQ(digits.residue(), golden.residue);
     const std::string text = digits.str();
     EXPECT_EQ(text.substr(text.size() - golden.last_digits.size()), golden.last_digits);
@@ -232,9 +232,9 @@ TEST(SeriesPrecision, TermsGiveTheWordsThatTheyPromise) {
         for (const upL_t p : {2u, 3u, 4u, 7u, 20u, 53u}) {
             SCOPED_TRACE(constant.name + " to " + std::to_string(p) + " words");
             const u64_t digits = static_cast<u64_t>(static_cast<double>(p) * digits_per_word);
-            const ExactInteger x = constant.digits(digits, p);
-            const ExactInteger more = constant.digits(digits, p + 10);
-            const ExactInteger difference = x - more;
+            const Integer x = constant.digits(digits, p);
+            const Integer more = constant.digits(digits, p + 10);
+            const Integer difference = x - more;
             EXPECT_LT(difference * difference, 100) << difference;
         }
     }
@@ -246,7 +246,7 @@ TEST(SeriesGamma, ThreadsAndSections) {
     const u64_t digits = 1000;
     const upL_t p = words_for(digits);
     const u32_t k = brent_mcmillan_exponent(p);
-    const ExactInteger expected = gamma(k, digits, p, SeriesC::without);
+    const Integer expected = gamma(k, digits, p, SeriesC::without);
     for (const u64_t threads : {2u, 3u, 8u}) {
         for (const double ratio : {1.0, 0.3}) {
             EXPECT_EQ(gamma(k, digits, p, SeriesC::without, ratio, threads), expected);
@@ -263,9 +263,9 @@ TEST(SeriesGamma, RefinedAtTheLimitOfItsParameter) {
         const auto p = static_cast<upL_t>(2 * x) - 1;
         EXPECT_EQ(EulerGamma_BM_C(m).terms(static_cast<upL_t>(x) + 1), u64_t{2} << m);
         const u64_t digits = static_cast<u64_t>(static_cast<double>(p) * digits_per_word) - 1;
-        const ExactInteger expected = gamma(m + 2, digits, p + 2, SeriesC::without);
+        const Integer expected = gamma(m + 2, digits, p + 2, SeriesC::without);
         for (const SeriesC with_C : {SeriesC::truncated, SeriesC::exact}) {
-            const ExactInteger difference = gamma(m, digits, p, with_C) - expected;
+            const Integer difference = gamma(m, digits, p, with_C) - expected;
             EXPECT_LT(difference * difference, 100) << difference;
         }
     }
