@@ -8,6 +8,7 @@
 #include "multiply/bkt/bkt_multiplier.hpp"
 #include "multiply/fft/fft_multiplier.hpp"
 #include "multiply/unavailable_multiplier.hpp"
+#include "multiply/vst/vst_multiplier.hpp"
 #include "shell/console.hpp"
 
 namespace znp {
@@ -25,7 +26,7 @@ struct Objects {
     static constinit const BKTMultiplier<word> BKT;
     static constinit const FFTMultiplier<word> FFT;
     static constinit const UnavailableMultiplier<word> HNT;
-    static constinit const UnavailableMultiplier<word> VST;
+    static constinit const VSTMultiplier<word> VST;
 };
 
 template <class word>
@@ -35,7 +36,7 @@ constinit const FFTMultiplier<word> Objects<word>::FFT{};
 template <class word>
 constinit const UnavailableMultiplier<word> Objects<word>::HNT{0x7fff0000000, "HNT", "Hybrid NTT"};
 template <class word>
-constinit const UnavailableMultiplier<word> Objects<word>::VST{vst_bits, "VST", "VST Algorithm"};
+constinit const VSTMultiplier<word> Objects<word>::VST{};
 
 template <class word>
 constexpr upL_t words(u64_t bits) {

@@ -119,8 +119,8 @@ TEST(Selection, LengthBeyondTheLastRowIsCodeMinus4) {
     EXPECT_NE(output.find("Error Code: -4"), std::string::npos);
 }
 
-TEST(Selection, AlgorithmsToComeThrowSilentlyAndNameThemselves) {
-    for (const char* key : {"HNT", "VST"}) {
+TEST(Selection, AnAlgorithmToComeThrowsSilentlyAndNamesItself) {
+    for (const char* key : {"HNT"}) {
         SCOPED_TRACE(key);
         const multiplier<c64i>& algorithm = *find_multiplier<c64i>(key);
         std::vector<c64i> A(100), T(200);

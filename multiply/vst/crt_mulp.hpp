@@ -1,0 +1,26 @@
+// CRT_mulp: a product from two transforms of half its length.
+//
+// With N = transform.capacity and the product C of operands of 2 N bits together, a cyclic convolution gives
+// C modulo 2^N - 1 and a negacyclic one C modulo 2^N + 1. The moduli are coprime, so both residues give C
+// modulo their product 2^(2N) - 1, which is C itself: a half-sum and a half-difference. The two run one after
+// the other in the work area of one transform of half the length.
+//
+// Cost: two products of half the length and a few passes over the operands; serial beside the transforms.
+#pragma once
+
+#include "multiply/basic_parameters.hpp"
+#include "multiply/vst/vst_transform.hpp"
+
+namespace znp {
+
+// Bytes of a work buffer: 2.5 images and the transform's scratch. At most 4.8 bytes a byte of the longest
+// product, where two images of the full length have up to 7.3.
+upL_t crt_mulp_bytes(const VST& transform);
+
+// The words [s, e) of the product, e at most La + Lb; T has e - s words. The lengths are not in order. More
+// than 2 N bits together is the generic exception with a text as location.
+template <class word>
+void CRT_mulp(const VST& transform, const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
+              upL_t La, const word* B, upL_t Lb);
+
+}  // namespace znp

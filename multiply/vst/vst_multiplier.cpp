@@ -1,0 +1,90 @@
+#include "multiply/vst/vst_multiplier.hpp"
+
+#include <algorithm>
+#include <new>
+
+#include "foundation/fail.hpp"
+#include "multiply/table_holder.hpp"
+#include "multiply/vst/crt_mulp.hpp"
+#include "multiply/vst/size_plan.hpp"
+#include "multiply/vst/vst_tables.hpp"
+#include "multiply/vst/vst_transform.hpp"
+
+namespace znp {
+
+namespace {
+
+template <class word>
+constexpr u64_t bits(upL_t L) {
+    return L * WordTraits<word>::bits;
+}
+
+// The largest need of the rows that products of up to so many bits take.
+template <class Need>
+upL_t largest_need(u64_t product_bits, const Need& need) {
+    const u64_t last = vst::find_size(product_bits).capacity();
+    const u64_t main_end = vst::main_plan().back().capacity();
+    upL_t bytes = 0;
+    for (const vst::SizePlanRow& row : vst::main_plan()) {
+        if (row.capacity() <= last) bytes = std::max(bytes, need(row.geometry()));
+    }
+    for (const vst::SizePlanRow& row : vst::large_plan()) {
+        if (row.capacity() > main_end && row.capacity() <= last)
+            bytes = std::max(bytes, need(row.geometry()));
+    }
+    return bytes;
+}
+
+vst::Geometry half(const vst::Geometry& g) {
+    return {g.a, g.b, g.c - 1};
+}
+
+}  // namespace
+
+template <class word>
+upL_t VSTMultiplier<word>::table_bytes(u64_t limit_bits) const {
+    return vst::table_bytes(vst::TablePlan(limit_bits));
+}
+
+template <class word>
+std::byte* VSTMultiplier<word>::build_tables(TableHolder& holder, u64_t limit_bits, std::byte* memory) const {
+    holder.limit_bits = limit_bits;
+    return vst::build_tables(holder.vst, vst::TablePlan(limit_bits), memory);
+}
+
+template <class word>
+upL_t VSTMultiplier<word>::work_bytes(upL_t L, u64_t threads) const {
+    return largest_need(bits<word>(L), [threads](const vst::Geometry& g) {
+        return VST(nullptr, g, threads).product_bytes();
+    });
+}
+
+template <class word>
+transform* VSTMultiplier<word>::make_transform(const BasicParameters& bp, void* place, upL_t L) const {
+    static_assert(sizeof(VST) <= TransformSlot::bytes);
+    if (place == nullptr) return nullptr;
+    return new (place) VST(bp.holder, vst::find_size(bits<word>(L)).geometry(), bp.tds);
+}
+
+template <class word>
+upL_t VSTMultiplier<word>::mulp_bytes(upL_t L, u64_t threads) const {
+    return largest_need(bits<word>(L), [threads](const vst::Geometry& g) {
+        try {
+            return crt_mulp_bytes(VST(nullptr, half(g), threads));
+        } catch (const InvalidTransformParametersException&) {
+            return upL_t{0};  // the half is too small for a transform
+        }
+    });
+}
+
+template <class word>
+void VSTMultiplier<word>::mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
+                               const word* B, upL_t Lb) const {
+    const VST transform(bp.holder, half(vst::find_size(bits<word>(La + Lb)).geometry()), bp.tds);
+    CRT_mulp(transform, bp, T, s, e, A, La, B, Lb);
+}
+
+template class VSTMultiplier<c32i>;
+template class VSTMultiplier<c64i>;
+
+}  // namespace znp
