@@ -9,7 +9,7 @@
 namespace znp {
 namespace {
 
-constexpr upL_t lengths[] = {0, 1, 2, 17, 100, 1000, 4999, 10000};
+constexpr upL_t lengths[] = {0, 1, 2, 17, 100, 1000, 4999, 10000, 12345, 60000, 500000};
 constexpr upL_t overheads[] = {6, 19, 60};
 
 // w, w/2 + c, ... with the given number of halvings.

@@ -178,6 +178,18 @@ TEST(PartialSeries, OneRowIsOneExactRecursion) {
     }
 }
 
+// Products beyond the floating-point transform, in sections and in the merges with the sum on their right.
+TEST(PartialSeries, LongSumsInTheirPromisedBuffers) {
+    const Pi_Chudnovsky series;
+    constexpr upL_t p = 9000;
+    const Fraction sum = exact_sum(series, 0, series.terms(p)).fraction();
+    for (const u64_t threads : {1u, 3u, 16u}) {
+        const GuardedSum result(series, make_psr_plan(series, p, 1.0, 0, threads), threads, nullptr, nullptr,
+                                testing::tables_up_to<64 * 4 * p>());
+        EXPECT_GE(agreement(result.fraction(), sum), 64 * static_cast<double>(p) + 48) << threads;
+    }
+}
+
 // Where terms are long the halves, the numbers above Q and the end routines need the most beside the size
 // functions' account.
 TEST(PartialSeries, RangesOfLateTermsFitTheirPromisedBuffers) {

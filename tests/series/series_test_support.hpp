@@ -116,15 +116,28 @@ class SmallSeries : public zl_BSS_P2B3_Type0 {
 
 // ---- Sums in guarded buffers
 
+// Twiddle tables for products of up to so many bits; built at the first call.
+template <u64_t limit_bits>
+const TableHolder& tables_up_to() {
+    struct Tables {
+        GuardedArray<std::byte> memory = make_guarded_array<std::byte>(nullptr, table_size(limit_bits), 64);
+        TableHolder holder;
+        Tables() { build_tables(holder, limit_bits, memory.get()); }
+    };
+    static const Tables tables;
+    return tables.holder;
+}
+
 // B_PSR with every buffer exactly as promised, guard words behind each.
 class GuardedSum {
   public:
     GuardedSum(const zl_BSS& series, const PSRPlan& plan, u64_t threads, EventLog* log = nullptr,
-               StatusLine* status = nullptr)
+               StatusLine* status = nullptr, const TableHolder& tables = all_tables())
         : sizes(sum_sizes(series, plan, threads)), P_(sizes.P), Q_(sizes.Q), nodes_(sizes.nodes) {
         Work work(sizes.work_bytes);
         BasicParameters bp = work.bp();
         bp.tds = threads;
+        bp.holder = &tables;
         B_PSR(bp, series, plan, P_.x, Q_.x, nodes_.data(), log, status);
     }
 
