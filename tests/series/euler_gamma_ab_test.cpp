@@ -12,6 +12,7 @@
 #include "numbers/float_test_support.hpp"
 #include "series/euler_gamma_ab_rules.hpp"
 #include "series/exact_numbers.hpp"
+#include "test_seed.hpp"
 
 namespace znp {
 namespace {
@@ -252,6 +253,24 @@ TEST(EulerGammaABSum, PlansBeginAtEvenIndicesAndCoverAllTerms) {
                 EXPECT_GE(plan.front().precision, p);
             }
         }
+    }
+}
+
+// Sections anywhere, of every length and on every count of threads; the check inside says that they are
+// right.
+TEST(EulerGammaABSum, RandomSectionsInTheirPromisedBuffers) {
+    auto rng = testing::make_rng(7);
+    for (int i = 0; i < 100; i++) {
+        const Series_EulerGamma_BM_AB series(static_cast<u32_t>(rng() % 46));
+        const u64_t a = (rng() % 3 == 0 ? 0 : rng() >> (20 + rng() % 44)) & ~u64_t{1};
+        const u64_t k = 1 + rng() % (u64_t{1} << (rng() % 13));
+        PSRPlan plan = make_single_section(series, a, a + k);
+        if (plan[0].length > 4500) continue;
+        plan[0].precision = plan[0].length + 64;
+        SCOPED_TRACE("m = " + std::to_string(series.m) + ", " + std::to_string(a) + " + " +
+                     std::to_string(k));
+        const Sum sum(series, plan, 1 + rng() % 16);
+        EXPECT_FALSE(sum.T.x.is_zero());
     }
 }
 
