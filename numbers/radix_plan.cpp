@@ -11,6 +11,9 @@ namespace {
 
 constexpr unsigned serial_levels = 8;
 
+// Measured on two threads: a transform of the large kind gains nothing from the second one below.
+constexpr upL_t early_words = upL_t{1} << 17;
+
 // A piece below a cut at `level` or above, at most base << level words: the largest of its products.
 upL_t products_bytes(const CBR_table& table, unsigned level, u64_t threads) {
     upL_t bytes = 0;
@@ -27,6 +30,17 @@ upL_t CBR_ParallelPlan::task_bytes(unsigned depth, u64_t threads) const {
     fail(zn_exception(error_code::unspecified, "znp_CBRv2_ci_btrf_ap_make(): Thread Inconsistancy"));
 }
 
+bool CBR_ParallelPlan::starts_early(const CBR_table& table, unsigned level) {
+    return !table.is_direct(level) && table.transform_words(level) <= early_words;
+}
+
+upL_t CBR_ParallelPlan::second_bytes(const CBR_table& table, unsigned cut_level, unsigned depth,
+                                     u64_t threads) const {
+    const u64_t count = second_threads(threads);
+    const upL_t bytes = task_bytes(depth + 1, count);
+    return starts_early(table, cut_level) ? std::max(bytes, table.product_bytes(cut_level, count)) : bytes;
+}
+
 CBR_ParallelPlan znp_CBRv2_ci_btrf_ap_make(const CBR_table& table, u64_t threads) {
     CBR_ParallelPlan plan{};
     const unsigned parallel = table.levels > serial_levels ? table.levels - serial_levels : 0;
@@ -37,18 +51,21 @@ CBR_ParallelPlan znp_CBRv2_ci_btrf_ap_make(const CBR_table& table, u64_t threads
     for (unsigned d = 0; d < plan.thread_levels; d++) {
         plan.at[d + 1].threads = CBR_ParallelPlan::first_threads(plan.at[d].threads);
     }
-    const auto bytes = [&](unsigned depth, u64_t count) -> upL_t {
+    const auto bytes_of = [&](unsigned depth, u64_t count) -> upL_t {
         if (count == 0) return 0;
         const unsigned level = table.levels - depth;
         if (!plan.forks(depth, count)) return products_bytes(table, level, 1);
-        const upL_t halves = plan.task_bytes(depth + 1, CBR_ParallelPlan::first_threads(count)) +
-                             plan.task_bytes(depth + 1, CBR_ParallelPlan::second_threads(count));
-        return std::max(products_bytes(table, level, count), halves);
+        const upL_t first = plan.task_bytes(depth + 1, CBR_ParallelPlan::first_threads(count));
+        upL_t bytes = products_bytes(table, level, count);
+        for (unsigned k = 0; k < level; k++) {
+            bytes = std::max(bytes, first + plan.second_bytes(table, k, depth, count));
+        }
+        return bytes;
     };
     for (unsigned d = plan.thread_levels + 1; d-- > 0;) {
         CBR_ParallelPlan::Level& level = plan.at[d];
-        level.bytes = bytes(d, level.threads);
-        level.fewer_bytes = bytes(d, level.threads - 1);
+        level.bytes = bytes_of(d, level.threads);
+        level.fewer_bytes = bytes_of(d, level.threads - 1);
     }
     return plan;
 }

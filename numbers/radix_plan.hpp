@@ -15,9 +15,15 @@ struct CBR_ParallelPlan {
     // takes so many bytes. Another count is a fault of the recursion and throws.
     upL_t task_bytes(unsigned depth, u64_t threads) const;
 
-    // The halves of a piece: the first one's threads and bytes come first.
+    // The first half of a piece does not need the cut's product. Where that product is too short to gain much
+    // from threads, the first half starts as soon as the fraction is transformed, and the rest of the product
+    // belongs to the second half's task.
+    static bool starts_early(const CBR_table& table, unsigned level);
+
+    // The threads of the halves of a piece, and the bytes of the second one with the product of its cut.
     static u64_t first_threads(u64_t threads) { return threads - threads / 2; }
     static u64_t second_threads(u64_t threads) { return threads / 2; }
+    upL_t second_bytes(const CBR_table& table, unsigned cut_level, unsigned depth, u64_t threads) const;
     bool forks(unsigned depth, u64_t threads) const { return depth < thread_levels && threads > 1; }
 
     struct Level {

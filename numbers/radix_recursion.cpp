@@ -37,6 +37,14 @@ int join(const char* mismatch, const CBR_table& table, const Cut& cut, cdi expec
     return overlap_error;
 }
 
+// The second piece's fraction, by the level's transform on one thread.
+void make_second_fraction(const CBR_table& table, unsigned level, const RadixPiece& piece, std::byte* work) {
+    const transform* const algorithm = table.algorithm(level);
+    if (algorithm == nullptr) return table.multiply_directly(level, piece.m, piece.end, work);
+    table.transform_fraction(*algorithm, level, piece.m, piece.end, work);
+    table.multiply_fraction(*algorithm, level, piece.m, piece.end, work);
+}
+
 // A leaf's fraction has fewer words than the leaf works on only where the radix is short.
 cdi convert_piece(const CBR_table& table, const RadixPiece& piece) {
     const upL_t w = radix::leaf_fraction_words(piece.m);
@@ -98,7 +106,7 @@ int znh_CBRv2_ci_btrf_L(const CBR_table& table, const RadixPiece& piece, cdi& ov
         return 0;
     }
     const Cut cut(table, piece);
-    table.second_fraction(table.algorithm(cut.k), cut.k, piece.m, piece.end, work);
+    make_second_fraction(table, cut.k, piece, work);
     cdi expected = 0;
     if (const int error = znh_CBRv2_ci_btrf_L(table, cut.first, expected, work, progress)) return error;
     if (const int error = znh_CBRv2_ci_btrf_L(table, cut.second, overlap, work, progress)) return error;
@@ -120,20 +128,23 @@ int znq_CBRv2_ci_btrf_T(const BasicParameters& bp, const CBR_table& table, const
     if (progress != nullptr) progress->enter(2, digits);
 
     const Cut cut(table, piece);
-    {
-        TransformSlot slot;
-        const transform* algorithm = nullptr;
-        if (!table.is_direct(cut.k)) algorithm = &make_transform<cdi>(bp, slot, table.transform_words(cut.k));
-        table.second_fraction(algorithm, cut.k, piece.m, piece.end, bp.M);
-    }
-
+    const bool early = CBR_ParallelPlan::starts_early(table, cut.k);
     BasicParameters first = bp;
     BasicParameters second = bp;
     first.tds = CBR_ParallelPlan::first_threads(bp.tds);
     second.tds = CBR_ParallelPlan::second_threads(bp.tds);
+    second.ML = plan.second_bytes(table, cut.k, depth, bp.tds);
+    first.M += second.ML;
     first.ML = plan.task_bytes(depth + 1, first.tds);
-    second.M += first.ML;
-    second.ML = plan.task_bytes(depth + 1, second.tds);
+    TransformSlot slot;
+    const auto multiply = [&] { table.multiply_fraction(*slot, cut.k, piece.m, piece.end, bp.M); };
+    if (table.is_direct(cut.k)) {
+        table.multiply_directly(cut.k, piece.m, piece.end, bp.M);
+    } else {
+        make_transform<cdi>(early ? second : bp, slot, table.transform_words(cut.k));
+        table.transform_fraction(*slot, cut.k, piece.m, piece.end, bp.M);
+        if (!early) multiply();
+    }
 
     cdi expected = 0;
     int first_error = 0;
@@ -142,6 +153,7 @@ int znq_CBRv2_ci_btrf_T(const BasicParameters& bp, const CBR_table& table, const
         first_error = znq_CBRv2_ci_btrf_T(first, table, plan, depth + 1, cut.first, expected, nullptr);
     });
     auto second_task = make_task([&](u64_t) {
+        if (early) multiply();
         second_error = znq_CBRv2_ci_btrf_T(second, table, plan, depth + 1, cut.second, overlap, progress);
     });
     raise_status(fork_two(first_task, second_task));

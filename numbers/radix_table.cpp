@@ -144,28 +144,41 @@ int CBR_table::build(const BasicParameters& bp, cdi* powers, std::byte* kept, St
     }
 }
 
-void CBR_table::second_fraction(const transform* algorithm, unsigned level, upL_t m, cdi* end,
-                                std::byte* work) const {
+std::byte* CBR_table::behind_image(const transform& algorithm, unsigned level, std::byte* work) const {
+    return images[level] == work ? work + algorithm.transform_bytes : work;
+}
+
+cdi* CBR_table::second_place(unsigned level, upL_t m, cdi* end) const {
     const upL_t h = base << level;
-    const upL_t f = fraction_words(m) - overlap[level];
-    const upL_t g = fraction_words(m - h);
-    cdi* const fraction = end - fraction_words(m);
-    cdi* const second = end - (radix::leaf_fraction_words(base) << level) - g;
+    return end - (radix::leaf_fraction_words(base) << level) - fraction_words(m - h);
+}
+
+void CBR_table::transform_fraction(const transform& algorithm, unsigned level, upL_t m, const cdi* end,
+                                   std::byte* work) const {
+    std::byte* const T = behind_image(algorithm, level, work);
+    algorithm.forward(T, end - fraction_words(m), needed_words(level, m), T + algorithm.transform_bytes);
+}
+
+void CBR_table::multiply_fraction(const transform& algorithm, unsigned level, upL_t m, cdi* end,
+                                  std::byte* work) const {
+    std::byte* const T = behind_image(algorithm, level, work);
+    const upL_t f = needed_words(level, m);
+    const upL_t g = fraction_words(m - (base << level));
+    algorithm.inverse_fmul(second_place(level, m, end), f - g, f, T, images[level],
+                           T + algorithm.transform_bytes);
+}
+
+void CBR_table::multiply_directly(unsigned level, upL_t m, cdi* end, std::byte* work) const {
     const upL_t P = power_words(level);
-    if (images[level] == work) {
-        work += algorithm != nullptr ? algorithm->transform_bytes : work_aligned(P * sizeof(cdi));
-    }
-    if (algorithm == nullptr) {
-        // The product begins a word below the fraction where the rounding of the lengths wants it.
-        fraction[-1] = 0;
-        auto* const middle = reinterpret_cast<cdi*>(work);
-        bkt::middleB(middle, fraction + (f - g) - P, static_cast<const cdi*>(images[level]), P, g);
-        std::copy_n(middle + 4, g, second);
-        return;
-    }
-    std::byte* const scratch = work + algorithm->transform_bytes;
-    algorithm->forward(work, fraction, f, scratch);
-    algorithm->inverse_fmul(second, f - g, f, work, images[level], scratch);
+    const upL_t f = needed_words(level, m);
+    const upL_t g = fraction_words(m - (base << level));
+    if (images[level] == work) work += work_aligned(P * sizeof(cdi));
+    auto* const middle = reinterpret_cast<cdi*>(work);
+    cdi* const fraction = end - fraction_words(m);
+    // The product begins a word below the fraction where the rounding of the lengths wants it.
+    fraction[-1] = 0;
+    bkt::middleB(middle, fraction + (f - g) - P, static_cast<const cdi*>(images[level]), P, g);
+    std::copy_n(middle + 4, g, second_place(level, m, end));
 }
 
 }  // namespace znp

@@ -70,13 +70,22 @@ struct CBR_table {
 
     // The fraction of the second piece of a cut of m words at the level, into its place; see above. `end` is
     // the end of the piece's region. work: product_bytes(level, threads); the top level's image is its
-    // start. `algorithm` is the level's transform or one equal to it, null where the level has none.
-    void second_fraction(const transform* algorithm, unsigned level, upL_t m, cdi* end,
-                         std::byte* work) const;
+    // start. `algorithm` is the level's transform or one equal to it.
+    //
+    // In two steps: the forward transform, after which the first piece may be converted, and the product.
+    void transform_fraction(const transform& algorithm, unsigned level, upL_t m, const cdi* end,
+                            std::byte* work) const;
+    void multiply_fraction(const transform& algorithm, unsigned level, upL_t m, cdi* end,
+                           std::byte* work) const;
+    // Where the level has no transform: in one step.
+    void multiply_directly(unsigned level, upL_t m, cdi* end, std::byte* work) const;
 
   private:
     void add_image(const BasicParameters& bp, unsigned level, const cdi* P, upL_t L, std::byte* image,
                    cdi* square);
+    std::byte* behind_image(const transform& algorithm, unsigned level, std::byte* work) const;
+    upL_t needed_words(unsigned level, upL_t m) const { return fraction_words(m) - overlap[level]; }
+    cdi* second_place(unsigned level, upL_t m, cdi* end) const;
 };
 
 }  // namespace znp

@@ -37,7 +37,11 @@ TEST(RadixConversion, ThreadsGiveTheSameWords) {
     auto rng = testing::make_rng(403);
     for (const upL_t n : {5u, 200u, 3840u, 3841u, 4097u, 5000u, 7681u, 8193u, 10000u, 12000u}) {
         const CdiArray F = random_words(enough_words(n), rng);
-        for (const u64_t threads : thread_counts) EXPECT_TRUE(converts(F, n, threads));
+        const CdiArray words = testing::converted(F, n, 1);
+        EXPECT_TRUE(converts(F, n));
+        for (int run = 0; run < 5; run++) {
+            for (const u64_t threads : thread_counts) EXPECT_EQ(testing::converted(F, n, threads), words);
+        }
     }
 }
 
