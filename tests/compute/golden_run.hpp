@@ -9,6 +9,18 @@
 
 namespace znp::testing {
 
+// The computed algorithms of the constants whose golden digits reach a size.
+inline std::vector<ComputedAlgorithm> algorithms_with_golden_digits(u64_t dec) {
+    std::vector<ComputedAlgorithm> algorithms;
+    const std::vector<GoldenDecimal> golden = golden_decimal();
+    for (const ComputedAlgorithm& what : computed_algorithms()) {
+        for (const GoldenDecimal& row : golden) {
+            if (row.constant == what.constant.name && row.dec == dec) algorithms.push_back(what);
+        }
+    }
+    return algorithms;
+}
+
 class GoldenRun : public ::testing::TestWithParam<ComputedAlgorithm> {
   protected:
     // Every golden size of [low, high], on so many threads; decimal and, where known, hexadecimal digits.
