@@ -76,28 +76,21 @@ struct BlockNodes {
     }
 };
 
-ZNP_INLINE void forward_block_1(double* x, const BlockNodes& node, const Modulus& m) {
-    const __m256d top[3] = {all(node.level[0]), all(node.level[1]), all(node.level[1] + 1)};
-    for (unsigned i = 0; i < 16; i += 4) {
-        __m256d x0 = _mm256_load_pd(x + i), x1 = _mm256_load_pd(x + i + 16);
-        __m256d x2 = _mm256_load_pd(x + i + 32), x3 = _mm256_load_pd(x + i + 48);
-        split4(x0, x1, x2, x3, top, m);
-        _mm256_store_pd(x + i, x0);
-        _mm256_store_pd(x + i + 16, x1);
-        _mm256_store_pd(x + i + 32, x2);
-        _mm256_store_pd(x + i + 48, x3);
+ZNP_INLINE void forward_block_1(double* x, const BlockNodes& node, __m256d i, const Modulus& m) {
+    split4_rows<false>(x, 16, 4, make_factors4(node.level[0], node.level[1], i, m), m);
+    const auto factors = [&](unsigned g) {
+        return make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
+    };
+    Factors4 f = factors(0);
+    Half4 half = split4_begin(x, 4, _mm256_load_pd(x), f, m);
+    for (unsigned g = 1; g < 4; g++, x += 16) {
+        const Factors4 next = factors(g);
+        const Half4 next_half = split4_begin(x + 16, 4, _mm256_load_pd(x + 16), next, m);
+        split4_end(x, 4, half, f, m);
+        f = next;
+        half = next_half;
     }
-    for (unsigned g = 0; g < 4; g++, x += 16) {
-        const __m256d low[3] = {all(node.level[2] + g), all(node.level[3] + 2 * g),
-                                all(node.level[3] + 2 * g + 1)};
-        __m256d x0 = _mm256_load_pd(x), x1 = _mm256_load_pd(x + 4);
-        __m256d x2 = _mm256_load_pd(x + 8), x3 = _mm256_load_pd(x + 12);
-        split4(x0, x1, x2, x3, low, m);
-        _mm256_store_pd(x, x0);
-        _mm256_store_pd(x + 4, x1);
-        _mm256_store_pd(x + 8, x2);
-        _mm256_store_pd(x + 12, x3);
-    }
+    split4_end(x, 4, half, f, m);
 }
 
 // The weights of the polynomials of a pair of nodes: s0, -s0, s1, -s1.
@@ -107,30 +100,19 @@ ZNP_INLINE __m256d pair_weights(const double* s) {
 }
 
 ZNP_INLINE void inverse_block_1(double* x, const double* y, const double* weights, const BlockNodes& node,
-                                __m256d magic, const Modulus& m) {
+                                __m256d i, __m256d magic, const Modulus& m) {
     for (unsigned g = 0; g < 4; g++) {
         double* const z = x + 16 * g;
         Vectors4 c;
         if (y != nullptr) {
             c = pointwise(z, y + 16 * g, pair_weights(weights + 2 * g), magic, m);
         } else {
-            for (unsigned i = 0; i < 4; i++) c.x[i] = reduce_mod(_mm256_load_pd(z + 4 * i), m);
+            for (unsigned k = 0; k < 4; k++) c.x[k] = reduce_mod(_mm256_load_pd(z + 4 * k), m);
         }
-        const __m256d low[3] = {all(node.level[2] + g), all(node.level[3] + 2 * g),
-                                all(node.level[3] + 2 * g + 1)};
-        join4(c.x[0], c.x[1], c.x[2], c.x[3], low, m);
-        for (unsigned i = 0; i < 4; i++) _mm256_store_pd(z + 4 * i, c.x[i]);
+        const Factors4 f = make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
+        join4_end(z, 4, join4_begin(z, 4, c.x, false, f, m), f, m);
     }
-    const __m256d top[3] = {all(node.level[0]), all(node.level[1]), all(node.level[1] + 1)};
-    for (unsigned i = 0; i < 16; i += 4) {
-        __m256d x0 = _mm256_load_pd(x + i), x1 = _mm256_load_pd(x + i + 16);
-        __m256d x2 = _mm256_load_pd(x + i + 32), x3 = _mm256_load_pd(x + i + 48);
-        join4(x0, x1, x2, x3, top, m);
-        _mm256_store_pd(x + i, x0);
-        _mm256_store_pd(x + i + 16, x1);
-        _mm256_store_pd(x + i + 32, x2);
-        _mm256_store_pd(x + i + 48, x3);
-    }
+    join4_rows<true>(x, 16, 4, make_factors4(node.level[0], node.level[1], i, m), m);
 }
 
 // ---- b = 3, 5, 7: 8 b vectors, three levels and the odd step ----------------------------------------------
@@ -196,6 +178,7 @@ void forward_block(const Part& part, upL_t block, const Modulus& m) {
     const double* const twiddles = part.twiddles.twiddles[forward_direction];
     // The rest of the block's tree: three levels on 8 rows of b vectors.
     double local[8];
+    local[0] = twiddles[0];
     for (unsigned e = 0; e < 3; e++) {
         for (upL_t j = 0; j < upL_t{1} << e; j++)
             local[(1u << e) + j] = twiddles[(upL_t{1} << (part.levels + e)) + (block << e) + j];
@@ -225,6 +208,7 @@ void inverse_block(const Part& part, const double* other, upL_t block, __m256d m
         inverse_odd<b>(x + 4 * b * g, powers + g, part.twiddles.nodes, part.prime->odd[inverse_direction], m);
     const double* const twiddles = part.twiddles.twiddles[inverse_direction];
     double local[8];
+    local[0] = twiddles[0];
     for (unsigned e = 0; e < 3; e++) {
         for (upL_t j = 0; j < upL_t{1} << e; j++)
             local[(1u << e) + j] = twiddles[(upL_t{1} << (part.levels + e)) + (block << e) + j];
@@ -240,7 +224,7 @@ void forward_blocks(const Part& part, upL_t first, upL_t count) {
         switch (part.b) {
             case 1:
                 forward_block_1(part.data + i * part.stride,
-                                BlockNodes(part.twiddles.twiddles[forward_direction], part.levels, i), m);
+                                BlockNodes(part.twiddles.twiddles[forward_direction], part.levels, i), all(part.twiddles.twiddles[forward_direction]), m);
                 break;
             case 3:
                 forward_block<3>(part, i, m);
@@ -264,7 +248,7 @@ void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t co
             case 1:
                 inverse_block_1(part.data + i * part.stride,
                                 other != nullptr ? other + i * part.stride : nullptr, weights + 8 * i,
-                                BlockNodes(part.twiddles.twiddles[inverse_direction], part.levels, i), magic,
+                                BlockNodes(part.twiddles.twiddles[inverse_direction], part.levels, i), all(part.twiddles.twiddles[inverse_direction]), magic,
                                 m);
                 break;
             case 3:

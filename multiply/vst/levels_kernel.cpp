@@ -19,19 +19,22 @@ struct Node {
     unsigned level;
     upL_t index;
 
-    ZNP_INLINE __m256d at(unsigned depth, upL_t child) const {
-        return _mm256_broadcast_sd(twiddles + (upL_t{1} << (level + depth)) + (index << depth) + child);
+    ZNP_INLINE const double* at(unsigned depth) const {
+        return twiddles + (upL_t{1} << (level + depth)) + (index << depth);
+    }
+    ZNP_INLINE Factor factor(unsigned depth, upL_t child, const Modulus& m) const {
+        return make_factor(_mm256_broadcast_sd(at(depth) + child), m);
     }
 };
 
-ZNP_INLINE void split8(__m256d (&x)[8], const __m256d (&s)[7], const Modulus& m) {
+ZNP_INLINE void split8(__m256d (&x)[8], const Factor (&s)[7], const Modulus& m) {
     for (unsigned i = 0; i < 4; i++) split(x[i], x[i + 4], s[0], m);
     for (unsigned i = 0; i < 2; i++) split(x[i], x[i + 2], s[1], m);
     for (unsigned i = 4; i < 6; i++) split(x[i], x[i + 2], s[2], m);
     for (unsigned i = 0; i < 4; i++) split(x[2 * i], x[2 * i + 1], s[3 + i], m);
 }
 
-ZNP_INLINE void join8(__m256d (&x)[8], const __m256d (&s)[7], const Modulus& m) {
+ZNP_INLINE void join8(__m256d (&x)[8], const Factor (&s)[7], const Modulus& m) {
     for (unsigned i = 0; i < 4; i++) join(x[2 * i], x[2 * i + 1], s[3 + i], m);
     for (unsigned i = 0; i < 2; i++) join(x[i], x[i + 2], s[1], m);
     for (unsigned i = 4; i < 6; i++) join(x[i], x[i + 2], s[2], m);
@@ -41,9 +44,9 @@ ZNP_INLINE void join8(__m256d (&x)[8], const __m256d (&s)[7], const Modulus& m) 
 }
 
 template <bool inverse>
-ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
-    const __m256d s[7] = {node.at(0, 0), node.at(1, 0), node.at(1, 1), node.at(2, 0),
-                          node.at(2, 1), node.at(2, 2), node.at(2, 3)};
+ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, Modulus m, bool reduce) {
+    const Factor s[7] = {node.factor(0, 0, m), node.factor(1, 0, m), node.factor(1, 1, m), node.factor(2, 0, m),
+                         node.factor(2, 1, m), node.factor(2, 2, m), node.factor(2, 3, m)};
     for (double* end = row + 4 * count; row != end; row += 4) {
         __m256d x[8];
         for (unsigned i = 0; i < 8; i++) x[i] = _mm256_load_pd(row + i * step);
@@ -59,23 +62,19 @@ ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, co
 
 template <bool inverse>
 ZNP_INLINE void step4(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
-    const __m256d s[3] = {node.at(0, 0), node.at(1, 0), node.at(1, 1)};
-    for (double* end = row + 4 * count; row != end; row += 4) {
-        __m256d x[4];
-        for (unsigned i = 0; i < 4; i++) x[i] = _mm256_load_pd(row + i * step);
-        if constexpr (inverse) {
-            join4(x[0], x[1], x[2], x[3], s, m);
-        } else {
-            if (reduce) x[0] = reduce_mod(x[0], m);
-            split4(x[0], x[1], x[2], x[3], s, m);
-        }
-        for (unsigned i = 0; i < 4; i++) _mm256_store_pd(row + i * step, x[i]);
+    const Factors4 f = make_factors4(node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), m);
+    if constexpr (inverse) {
+        join4_rows<true>(row, step, count, f, m);
+    } else if (reduce) {
+        split4_rows<true>(row, step, count, f, m);
+    } else {
+        split4_rows<false>(row, step, count, f, m);
     }
 }
 
 template <bool inverse>
-ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
-    const __m256d s = node.at(0, 0);
+ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, Modulus m, bool reduce) {
+    const Factor s = node.factor(0, 0, m);
     for (double* end = row + 4 * count; row != end; row += 4) {
         __m256d x = _mm256_load_pd(row);
         __m256d y = _mm256_load_pd(row + step);
@@ -93,7 +92,7 @@ ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, co
 
 // Levels of the next step: three as long as no single one is left over.
 constexpr unsigned step_levels(unsigned levels) {
-    return levels == 1 ? 1 : levels == 2 || levels == 4 ? 2 : 3;
+    return levels == 1 ? 1 : levels == 3 ? 3 : 2;
 }
 
 template <bool inverse>

@@ -33,6 +33,7 @@ void scale(double* out, double factor, const double* x, upL_t count, const Prime
 
 void local_twiddles(double* out, const PrimeTables& tables, Direction direction, u64_t node,
                     unsigned levels) {
+    out[0] = tables.twiddles[direction][1];
     if (levels == 0) return;
     double factors[max_local_levels];
     double factor = node_factor(tables.bits[direction], node, levels - 1, tables);
