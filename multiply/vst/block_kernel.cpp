@@ -183,7 +183,7 @@ void forward_block(const Part& part, upL_t block, const Modulus& m) {
         for (upL_t j = 0; j < upL_t{1} << e; j++)
             local[(1u << e) + j] = twiddles[(upL_t{1} << (part.levels + e)) + (block << e) + j];
     }
-    forward_levels({x, 4 * b, b, local, part.prime}, 3, false);
+    forward_levels({x, 4 * b, b, local, part.prime}, 3, Top::any);
     const double* const powers = part.twiddles.powers[forward_direction] + 8 * block;
     for (unsigned g = 0; g < 8; g++)
         forward_odd<b>(x + 4 * b * g, powers + g, part.twiddles.nodes, part.prime->odd[forward_direction], m);
@@ -224,7 +224,8 @@ void forward_blocks(const Part& part, upL_t first, upL_t count) {
         switch (part.b) {
             case 1:
                 forward_block_1(part.data + i * part.stride,
-                                BlockNodes(part.twiddles.twiddles[forward_direction], part.levels, i), all(part.twiddles.twiddles[forward_direction]), m);
+                                BlockNodes(part.twiddles.twiddles[forward_direction], part.levels, i),
+                                all(part.twiddles.twiddles[forward_direction]), m);
                 break;
             case 3:
                 forward_block<3>(part, i, m);
@@ -248,8 +249,8 @@ void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t co
             case 1:
                 inverse_block_1(part.data + i * part.stride,
                                 other != nullptr ? other + i * part.stride : nullptr, weights + 8 * i,
-                                BlockNodes(part.twiddles.twiddles[inverse_direction], part.levels, i), all(part.twiddles.twiddles[inverse_direction]), magic,
-                                m);
+                                BlockNodes(part.twiddles.twiddles[inverse_direction], part.levels, i),
+                                all(part.twiddles.twiddles[inverse_direction]), magic, m);
                 break;
             case 3:
                 inverse_block<3>(part, other, i, magic, m);

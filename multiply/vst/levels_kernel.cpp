@@ -45,8 +45,9 @@ ZNP_INLINE void join8(__m256d (&x)[8], const Factor (&s)[7], const Modulus& m) {
 
 template <bool inverse>
 ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, Modulus m, bool reduce) {
-    const Factor s[7] = {node.factor(0, 0, m), node.factor(1, 0, m), node.factor(1, 1, m), node.factor(2, 0, m),
-                         node.factor(2, 1, m), node.factor(2, 2, m), node.factor(2, 3, m)};
+    const Factor s[7] = {node.factor(0, 0, m), node.factor(1, 0, m), node.factor(1, 1, m),
+                         node.factor(2, 0, m), node.factor(2, 1, m), node.factor(2, 2, m),
+                         node.factor(2, 3, m)};
     for (double* end = row + 4 * count; row != end; row += 4) {
         __m256d x[8];
         for (unsigned i = 0; i < 8; i++) x[i] = _mm256_load_pd(row + i * step);
@@ -87,6 +88,49 @@ ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, Mo
         }
         _mm256_store_pd(row, x);
         _mm256_store_pd(row + step, y);
+    }
+}
+
+// The top of the tree of X^N - 1, where all twiddles are 1 but that of the second child.
+ZNP_INLINE void split_root(const Rows& rows, upL_t quarter, bool half, const Modulus& m) {
+    const Factor i = make_factor(_mm256_broadcast_sd(rows.twiddles), m);
+    const upL_t step = quarter * rows.stride;
+    for (upL_t r = 0; r < quarter; r++) {
+        double* x = rows.data + r * rows.stride;
+        for (double* const end = x + 4 * rows.count; x != end; x += 4) {
+            __m256d u = _mm256_load_pd(x), e = _mm256_load_pd(x + step);
+            __m256d v = u, d = e;
+            if (!half) {
+                const __m256d x2 = _mm256_load_pd(x + 2 * step), x3 = _mm256_load_pd(x + 3 * step);
+                u = _mm256_add_pd(v, x2);
+                v = _mm256_sub_pd(v, x2);
+                e = _mm256_add_pd(d, x3);
+                d = _mm256_sub_pd(d, x3);
+            }
+            d = mul_mod(d, i, m);
+            _mm256_store_pd(x, _mm256_add_pd(u, e));
+            _mm256_store_pd(x + step, _mm256_sub_pd(u, e));
+            _mm256_store_pd(x + 2 * step, _mm256_add_pd(v, d));
+            _mm256_store_pd(x + 3 * step, _mm256_sub_pd(v, d));
+        }
+    }
+}
+ZNP_INLINE void join_root(const Rows& rows, upL_t quarter, double scale, const Modulus& m) {
+    const Factor i = make_factor(_mm256_broadcast_sd(rows.twiddles), m);
+    const Factor f = make_factor(_mm256_set1_pd(scale), m);
+    const upL_t step = quarter * rows.stride;
+    for (upL_t r = 0; r < quarter; r++) {
+        double* x = rows.data + r * rows.stride;
+        for (double* const end = x + 4 * rows.count; x != end; x += 4) {
+            const __m256d y0 = _mm256_load_pd(x), y1 = _mm256_load_pd(x + step);
+            const __m256d y2 = _mm256_load_pd(x + 2 * step), y3 = _mm256_load_pd(x + 3 * step);
+            const __m256d u = _mm256_add_pd(y0, y1), e = _mm256_sub_pd(y0, y1);
+            const __m256d v = _mm256_add_pd(y2, y3), d = mul_mod(_mm256_sub_pd(y2, y3), i, m);
+            _mm256_store_pd(x, mul_mod(_mm256_add_pd(u, v), f, m));
+            _mm256_store_pd(x + step, mul_mod(_mm256_add_pd(e, d), f, m));
+            _mm256_store_pd(x + 2 * step, mul_mod(_mm256_sub_pd(u, v), f, m));
+            _mm256_store_pd(x + 3 * step, mul_mod(_mm256_sub_pd(e, d), f, m));
+        }
     }
 }
 
@@ -153,9 +197,16 @@ Rows part_rows(const Part& part, Direction direction) {
 
 }  // namespace
 
-void forward_levels(const Rows& rows, unsigned levels, bool reduce) {
+void forward_levels(const Rows& rows, unsigned levels, Top top) {
     const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
-    forward_tree(rows, nullptr, 0, levels, {rows.twiddles, 0, 0}, m, reduce);
+    if (top == Top::any || top == Top::large) {
+        forward_tree(rows, nullptr, 0, levels, {rows.twiddles, 0, 0}, m, top == Top::large);
+        return;
+    }
+    const upL_t quarter = upL_t{1} << (levels - 2);
+    split_root(rows, quarter, top == Top::half_root, m);
+    for (upL_t i = 0; i < 4 && levels > 2; i++)
+        forward_tree(rows, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i}, m, false);
 }
 
 void inverse_levels(const Rows& rows, unsigned levels) {
@@ -163,10 +214,18 @@ void inverse_levels(const Rows& rows, unsigned levels) {
     inverse_tree(rows, nullptr, nullptr, 0, levels, {rows.twiddles, 0, 0}, m);
 }
 
-void forward_part(const Part& part, bool reduce) {
+void inverse_levels_root(const Rows& rows, unsigned levels, double scale) {
+    const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
+    const upL_t quarter = upL_t{1} << (levels - 2);
+    for (upL_t i = 0; i < 4 && levels > 2; i++)
+        inverse_tree(rows, nullptr, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i}, m);
+    join_root(rows, quarter, scale, m);
+}
+
+void forward_part(const Part& part) {
     const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
     const Rows rows = part_rows(part, forward_direction);
-    forward_tree(rows, &part, 0, part.levels, {rows.twiddles, 0, 0}, m, reduce);
+    forward_tree(rows, &part, 0, part.levels, {rows.twiddles, 0, 0}, m, true);
 }
 
 void inverse_part(const Part& part, const double* other) {

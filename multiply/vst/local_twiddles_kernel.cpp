@@ -62,12 +62,6 @@ void local_weights(double* out, const PrimeTables& tables, unsigned b, u64_t nod
     scale(out, factor, tables.weights, upL_t{b} << levels, tables);
 }
 
-void scale_row(double* x, upL_t count, double factor, const PrimeTables& prime) {
-    const Modulus m = make_modulus(prime.p, prime.inverse);
-    const __m256d f = _mm256_set1_pd(factor);
-    for (upL_t i = 0; i < 4 * count; i += 4) _mm256_store_pd(x + i, mul_mod(_mm256_load_pd(x + i), f, m));
-}
-
 void scale_row_offset(double* x, upL_t count, double factor, double offset, const PrimeTables& prime) {
     const Modulus m = make_modulus(prime.p, prime.inverse);
     const __m256d f = _mm256_set1_pd(factor);

@@ -1,8 +1,7 @@
 // The steps of the VST on the data of one prime.
 //
 // Serial, no allocation. Data as in geometry.hpp; `stride` counts doubles from a row of points to the next.
-// Bounds are in multiples of the prime p. A product with |x| <= B p, |y| <= p / 2 has |result| <= (1/2 +
-// B/32) p, see vst_vector.hpp, and all values stay below 16 p < 2^52.
+// Bounds are in multiples of the prime p; all values stay below 16 p < 2^52.
 #pragma once
 
 #include "multiply/vst/vst_tables.hpp"
@@ -22,9 +21,7 @@ void local_powers(double* out, const PrimeTables& tables, unsigned b, upL_t bloc
                   u64_t node, unsigned levels);
 void local_weights(double* out, const PrimeTables& tables, unsigned b, u64_t node, unsigned levels);
 
-// `levels` binary levels on 2^levels rows of `count` vectors, with the twiddles of their subtree.
-// forward: input below 9 p; output below 13 p. reduce says that the input may exceed p.
-// inverse: input below 2.7 p; output below 1.4 p, levels times multiplied by two.
+// Rows of points of one column. `twiddles`: local_twiddles of its subtree.
 struct Rows {
     double* data;
     upL_t stride;  // in doubles
@@ -32,8 +29,18 @@ struct Rows {
     const double* twiddles;
     const PrimeTables* prime;
 };
-void forward_levels(const Rows& rows, unsigned levels, bool reduce);
+
+// What stands at the top of a forward step: any node with values up to p (any) or up to 10 p (large), or the
+// root of X^N - 1, all of it or with zeros in its upper half, which are not read. A root has two levels at
+// least, and values up to p.
+enum class Top { any, large, root, half_root };
+
+// `levels` binary levels on 2^levels rows. An inverse takes values below 1.2 p and gives values below 1.2 p,
+// each level multiplying by two. The one that ends at the root multiplies by the scale, and its results are
+// below 0.54 p.
+void forward_levels(const Rows& rows, unsigned levels, Top top);
 void inverse_levels(const Rows& rows, unsigned levels);
+void inverse_levels_root(const Rows& rows, unsigned levels, double scale);
 
 // What the blocks of a part need beside the twiddles, which go down to their nodes.
 struct PartTwiddles {
@@ -52,16 +59,14 @@ struct Part {
     PartTwiddles twiddles;
     const PrimeTables* prime;
 };
-void forward_part(const Part& part, bool reduce);
+void forward_part(const Part& part);
 void inverse_part(const Part& part, const double* other);
 
 // The blocks [first, first + count) of a part alone.
 void forward_blocks(const Part& part, upL_t first, upL_t count);
 void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t count);
 
-// x = x scale for count vectors: input below 1.4 p, output below 0.55 p.
-void scale_row(double* x, upL_t count, double scale, const PrimeTables& prime);
-// The same with x + offset, both scaled already: output below 0.55 p.
+// x = x scale + offset for count vectors: input below 1.4 p, output below 0.54 p.
 void scale_row_offset(double* x, upL_t count, double scale, double offset, const PrimeTables& prime);
 
 }  // namespace znp::vst

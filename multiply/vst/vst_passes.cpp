@@ -161,7 +161,7 @@ void middle_stage(const Frame& frame, double* image, Direction direction, unsign
             for (unsigned s = 0; s < frame.geometry.a; s++) {
                 const Rows rows = column_rows(frame, slot, image, stage, first, s);
                 if (direction == forward_direction) {
-                    forward_levels(rows, frame.stages.levels[stage], true);
+                    forward_levels(rows, frame.stages.levels[stage], Top::large);
                 } else {
                     inverse_levels(rows, frame.stages.levels[stage]);
                 }
@@ -207,7 +207,7 @@ void part_stage(const Frame& frame, double* image, Direction direction, const do
                         for (unsigned s = 0; s < frame.geometry.a; s++) {
                             const Part part = make_part(frame, slot, image, direction, j, s);
                             if (direction == forward_direction) {
-                                forward_part(part, frame.stages.part_depth() > 0);
+                                forward_part(part);
                             } else {
                                 inverse_part(part, other != nullptr ? other + (part.data - image) : nullptr);
                             }
@@ -406,7 +406,10 @@ class ResultWords {
 void first_stage(const Frame& frame, double* image, const std::byte* words, upL_t L) {
     const Geometry& g = frame.geometry;
     const unsigned columns_log = frame.stages.columns_log(0);
-    const u64_t rows = u64_t{1} << frame.stages.levels[0];
+    const bool root = frame.ring == Ring::cyclic;
+    const bool half = root && L <= (g.blocks() / 2) * g.input_words();  // the upper rows are zero
+    const Top top = half ? Top::half_root : root ? Top::root : Top::any;
+    const u64_t rows = (u64_t{1} << frame.stages.levels[0]) >> (half ? 1 : 0);
     split_range(0, u64_t{1} << columns_log, frame.threads, 0, [&](u64_t low, u64_t high, u64_t index) {
         const Slot slot(frame, index);
         make_column_twiddles(frame, slot, forward_direction, 0, 0);
@@ -416,7 +419,7 @@ void first_stage(const Frame& frame, double* image, const std::byte* words, upL_
                 words_to_block(g, *frame.tables->set, image + block * block_doubles(g), words, L, block);
             }
             for (unsigned s = 0; s < g.a; s++)
-                forward_levels(column_rows(frame, slot, image, 0, column, s), frame.stages.levels[0], false);
+                forward_levels(column_rows(frame, slot, image, 0, column, s), frame.stages.levels[0], top);
         }
     });
 }
@@ -476,15 +479,14 @@ class LastStage {
         const Geometry& g = frame_.geometry;
         for (unsigned s = 0; s < g.a; s++) {
             const Rows rows = column_rows(frame_, slot, image_, 0, column, s);
-            inverse_levels(rows, frame_.stages.levels[0]);
-            for (u64_t r = 0; r < rows_; r++) {
-                double* const x = rows.data + r * rows.stride;
-                if (frame_.ring == Ring::cyclic) {
-                    scale_row(x, g.lanes(), scale_[s], frame_.tables->prime[s]);
-                } else {
-                    scale_row_offset(x, g.lanes(), scale_[s], offset_[s], frame_.tables->prime[s]);
-                }
+            if (frame_.ring == Ring::cyclic) {
+                inverse_levels_root(rows, frame_.stages.levels[0], scale_[s]);
+                continue;
             }
+            inverse_levels(rows, frame_.stages.levels[0]);
+            for (u64_t r = 0; r < rows_; r++)
+                scale_row_offset(rows.data + r * rows.stride, g.lanes(), scale_[s], offset_[s],
+                                 frame_.tables->prime[s]);
         }
     }
 

@@ -9,8 +9,8 @@ namespace znp::vst {
 inline constexpr unsigned max_column_levels = 11;
 
 // Stage s works on the nodes at depth first_level(s): 2^first_level sections of 2^columns_log columns each,
-// a column being 2^levels[s] blocks at distances of 2^columns_log blocks. The first stage is always there and
-// is fused with the conversions; it may have no levels. part: levels of the contiguous parts.
+// a column being 2^levels[s] blocks at distances of 2^columns_log blocks. The first stage is fused with the
+// conversions and has two levels at least. part: levels of the contiguous parts.
 struct Stages {
     static constexpr unsigned max_count = 4;
 
@@ -21,10 +21,9 @@ struct Stages {
 
     // part_limit: levels that a part may have at most; threads: how many shall find work in each stage.
     Stages(unsigned total_, unsigned part_limit, unsigned log2_threads) : total(total_), count(1), levels{} {
-        const unsigned least_columns = log2_threads == 0 ? 0 : log2_threads + 1;
         unsigned columns = total > part_limit ? total - part_limit : 0;
-        if (columns > 0 && columns < 3) columns = 3;
-        if (columns < least_columns) columns = least_columns;
+        if (columns < 2) columns = 2;
+        if (columns < log2_threads + 1) columns = log2_threads + 1;
         if (columns > total - 1) columns = total - 1;
         part = total - columns;
         if (columns > max_column_levels) count = (columns + max_column_levels - 1) / max_column_levels;
