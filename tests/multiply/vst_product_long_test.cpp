@@ -1,0 +1,64 @@
+// Long products of the large transform against an independent library: the capacity of every row of the plan
+// up to two million words, and operands of up to ten million words.
+#include <gtest/gtest.h>
+
+#include "multiply/dispatch.hpp"
+#include "multiply/vst/size_plan.hpp"
+#include "multiply/vst_test_support.hpp"
+#include "test_seed.hpp"
+
+namespace znp {
+namespace {
+
+using Words = std::vector<c64i>;
+
+Words product(const TableHolder& holder, const Words& A, const Words& B, u64_t threads, bool use_mulp) {
+    const upL_t L = A.size() + B.size();
+    const testing::VSTWork work(holder, work_bytes_for<c64i>(L, threads, use_mulp), threads);
+    Words T(L);
+    if (use_mulp) {
+        mulp(work.bp(), T.data(), 0, L, A.data(), A.size(), B.data(), B.size());
+    } else {
+        mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+    }
+    return T;
+}
+
+TEST(VSTLongProducts, CapacityOfEveryRow) {
+    std::mt19937_64 rng = testing::make_rng(1);
+    const testing::VSTTablesOf tables(u64_t{1} << 27);
+    for (const vst::SizePlanRow& row : vst::main_plan()) {
+        if (row.capacity() <= 1'500'000) continue;
+        if (row.capacity() > u64_t{1} << 27) break;
+        SCOPED_TRACE(::testing::Message() << int(row.a) << " " << int(row.b) << " " << int(row.c));
+        const upL_t L = row.capacity() / 64;
+        const Words ones = testing::all_ones<c64i>(L / 2), A = testing::random_words<c64i>(rng, L / 2 + 1),
+                    B = testing::random_words<c64i>(rng, L - A.size());
+        EXPECT_TRUE(product(tables.holder, ones, ones, 2, false) == testing::gmp_product(ones, ones));
+        const Words AB = testing::gmp_product(A, B);
+        EXPECT_TRUE(product(tables.holder, A, B, 1, false) == AB);
+        EXPECT_TRUE(product(tables.holder, A, B, 2, true) == AB);
+    }
+}
+
+TEST(VSTLongProducts, UpToTenMillionWords) {
+    std::mt19937_64 rng = testing::make_rng(2);
+    const testing::VSTTablesOf tables(u64_t{20'000'000} * 64);
+    for (const upL_t n : {upL_t{1'000'000}, upL_t{3'141'593}, upL_t{10'000'000}}) {
+        const Words A = testing::random_words<c64i>(rng, n), B = testing::random_words<c64i>(rng, n);
+        const Words AB = testing::gmp_product(A, B);
+        for (const bool use_mulp : {false, true}) {
+            for (const u64_t threads : {1u, 2u})
+                EXPECT_TRUE(product(tables.holder, A, B, threads, use_mulp) == AB) << n << " " << use_mulp;
+        }
+        const Words ones = testing::all_ones<c64i>(n);
+        Words expected(2 * n);  // 1 - 2 B^n + B^2n
+        expected[0] = 1;
+        std::fill(expected.begin() + static_cast<long>(n), expected.end(), ~c64i{0});
+        expected[n] = ~c64i{1};
+        EXPECT_TRUE(product(tables.holder, ones, ones, 2, false) == expected) << n;
+    }
+}
+
+}  // namespace
+}  // namespace znp
