@@ -69,15 +69,24 @@ void shared_exact_products(const BasicParameters& bp, ExactR& out1, ExactR& out2
                            const Exact& a, const Exact& b, s64_t e) {
     const upL_t L1 = product_length(c, a);
     const upL_t L2 = product_length(c, b);
-    if (3 * std::min(L1, L2) < 2 * std::max(L1, L2)) return mul_shared(bp, out1, out2, c, a, b, e);
-
-    TransformSlot slot;
-    const TransformHelper helper(bp, make_transform<cdi>(bp, slot, std::max(L1, L2)));
-    const Transform C(c, helper.algorithm, helper.T2, helper.scratch);
-    Transform A(a, helper.algorithm, helper.T1, helper.scratch);
-    out1.set_inverse_fmul(helper.scratch, A, C, e);
-    Transform B(b, helper.algorithm, helper.T1, helper.scratch);
-    out2.set_inverse_fmul(helper.scratch, B, C);
+    const bool share = 3 * std::min(L1, L2) >= 2 * std::max(L1, L2);
+    TransformSlot slot1;
+    TransformSlot slot2;
+    const transform& t1 = make_transform<cdi>(bp, slot1, share ? std::max(L1, L2) : L1);
+    const transform& t2 = share ? t1 : make_transform<cdi>(bp, slot2, L2);
+    shared_products(
+        bp, t1, t2,
+        [&](const TransformHelper& helper) {
+            return Transform(c, helper.algorithm, helper.T2, helper.scratch);
+        },
+        [&](const TransformHelper& helper, const Transform& C) {
+            Transform A(a, helper.algorithm, helper.T1, helper.scratch);
+            out1.set_inverse_fmul(helper.scratch, A, C, e);
+        },
+        [&](const TransformHelper& helper, const Transform& C) {
+            Transform B(b, helper.algorithm, helper.T1, helper.scratch);
+            out2.set_inverse_fmul(helper.scratch, B, C);
+        });
 }
 
 constexpr s64_t no_limit = INT64_MAX;

@@ -63,5 +63,16 @@ TEST(SeriesGamma, RefinedAtTheLimitOfItsParameter) {
     }
 }
 
+// Q of series C drops so many low zero words that the two products of P and Q take different transforms.
+TEST(SeriesGamma, LongExactSectionOfCInItsPromisedBuffers) {
+    const EulerGamma_BM_C series(19);
+    const PSRPlan plan = make_single_section(series, 8046, 11945);
+    for (const u64_t threads : {1u, 2u}) {
+        const testing::GuardedSum sum(series, plan, threads);
+        EXPECT_GT(sum.Q().get_exp(), 1000);
+        EXPECT_LE(sum.P().get_L(), plan[0].length + series.memory_overhead);
+    }
+}
+
 }  // namespace
 }  // namespace znp
