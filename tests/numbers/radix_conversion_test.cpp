@@ -131,6 +131,32 @@ TEST(RadixConversion, OtherRadices) {
     }
 }
 
+// ---- Beyond the floating-point transform
+
+TEST(RadixConversion, LongConversionsOnThreads) {
+    auto rng = testing::make_rng(411);
+    // 12,372 words: the longest product of the floating-point transform is the top cut's; below and above.
+    for (const upL_t n : {12'300u, 12'400u, 16'384u, 33'001u}) {
+        const CdiArray F = random_words(enough_words(n), rng);
+        EXPECT_TRUE(converts(F, n));
+        const CdiArray words = testing::converted(F, n, 1);
+        for (const u64_t threads : {u64_t{2}, u64_t{3}, u64_t{7}, u64_t{16}}) {
+            EXPECT_EQ(testing::converted(F, n, threads), words) << n << " " << threads;
+        }
+    }
+}
+
+TEST(RadixConversion, EdgesOfLongConversions) {
+    for (const upL_t n : {13'000u, 20'000u}) {
+        for (const long delta : {-1, 0, 1}) {
+            EXPECT_TRUE(converts(decimal_point(enough_words(n), 7, n / 2, delta), n, 2)) << n << " " << delta;
+        }
+        EXPECT_EQ(testing::converted(CdiArray(n, 0), n, 2), CdiArray(n, 0)) << n;
+        EXPECT_EQ(testing::converted(CdiArray(enough_words(n), ~cdi{0}), n, 2), CdiArray(n, ten19 - 1)) << n;
+        EXPECT_TRUE(converts(CdiArray{cdi{1} << 63}, n, 2)) << n;
+    }
+}
+
 TEST(RadixConversion, WorkBufferAByteShort) {
     for (const upL_t n : {1u, 100u, 4000u}) {
         const upL_t need = cbr_table_size(ten19, n, 2);

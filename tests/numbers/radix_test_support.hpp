@@ -63,13 +63,38 @@ struct Expected {
     }
 };
 
+// Twiddle tables for every product of a conversion of these tests and its check.
+inline const TableHolder& radix_tables() {
+    static constexpr u64_t limit_bits = 64 * 70'000;
+    struct Tables {
+        GuardedArray<std::byte> memory = make_guarded_array<std::byte>(nullptr, table_size(limit_bits), 64);
+        TableHolder holder;
+        Tables() { build_tables(holder, limit_bits, memory.get()); }
+    };
+    static const Tables tables;
+    return tables.holder;
+}
+
+// A work buffer of exactly so many bytes between guards, with these tables.
+class RadixWork : public Work {
+  public:
+    explicit RadixWork(upL_t bytes, u64_t threads = 1) : Work(bytes), threads_(threads) {}
+    BasicParameters bp() {
+        BasicParameters bp = Work::bp();
+        bp.holder = &radix_tables();
+        bp.tds = threads_;
+        return bp;
+    }
+
+  private:
+    u64_t threads_;
+};
+
 // A conversion whose result and work buffer are exactly as large as promised, between guards.
 inline CdiArray converted(const CdiArray& F, upL_t n, u64_t threads = 1, cdi radix = ten19) {
-    Work work(cbr_table_size(radix, n, threads));
-    BasicParameters bp = work.bp();
-    bp.tds = threads;
+    RadixWork work(cbr_table_size(radix, n, threads), threads);
     GuardedWords<cdi> out(n);
-    EXPECT_EQ(convert(bp, radix, out.data(), n, F.data(), F.size()), 0);
+    EXPECT_EQ(convert(work.bp(), radix, out.data(), n, F.data(), F.size()), 0);
     return CdiArray(out.data(), out.data() + n);
 }
 
