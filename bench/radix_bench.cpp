@@ -18,6 +18,19 @@ namespace {
 
 constexpr cdi ten19 = 10'000'000'000'000'000'000u;
 
+// Tables for the conversion of ten million digits and its check.
+const TableHolder& tables() {
+    static constexpr u64_t limit_bits = 64 * 1'000'000;
+    static const GuardedArray<std::byte> memory =
+        make_guarded_array<std::byte>(nullptr, table_size(limit_bits), 64);
+    static const TableHolder holder = [] {
+        TableHolder built;
+        build_tables(built, limit_bits, memory.get());
+        return built;
+    }();
+    return holder;
+}
+
 std::vector<cdi> random_fraction(upL_t L) {
     std::mt19937_64 rng(2026);
     std::vector<cdi> F(L);
@@ -28,7 +41,7 @@ std::vector<cdi> random_fraction(upL_t L) {
 // A fraction, its words and the memory to convert it on so many threads.
 struct Conversion {
     Conversion(u64_t digits, u64_t threads) : n(digits / 19 + 3), fraction(random_fraction(n + 2)), words(n) {
-        bp.holder = &bench::computation_tables();
+        bp.holder = &tables();
         bp.tds = threads;
         work = bench::work_buffer(bp, cbr_table_size(ten19, n, threads));
     }
@@ -93,22 +106,9 @@ void leaf(benchmark::State& state) {
         products, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-BENCHMARK(conversion)
-    ->Arg(1'000)
-    ->Arg(5'000)
-    ->Arg(10'000)
-    ->Arg(50'000)
-    ->Arg(100'000)
-    ->Arg(200'000)
-    ->UseManualTime();
-BENCHMARK(threads)
-    ->Arg(75'000)
-    ->Arg(100'000)
-    ->Arg(150'000)
-    ->Arg(200'000)
-    ->UseManualTime()
-    ->MeasureProcessCPUTime();
-BENCHMARK(verification)->Arg(10'000)->Arg(50'000)->Arg(100'000)->UseManualTime();
+BENCHMARK(conversion)->Arg(1'000)->Arg(10'000)->Arg(50'000)->Arg(200'000)->Arg(1'000'000)->UseManualTime();
+BENCHMARK(threads)->Arg(100'000)->Arg(200'000)->Arg(1'000'000)->Arg(10'000'000)->UseManualTime();
+BENCHMARK(verification)->Arg(50'000)->Arg(1'000'000)->Arg(10'000'000)->UseManualTime();
 BENCHMARK(leaf)->DenseRange(8, 15);
 
 }  // namespace

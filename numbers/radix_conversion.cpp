@@ -22,6 +22,10 @@ std::byte* record_place(std::byte* buffer) {
     return buffer + (-address_of(buffer) & (alignof(CBR_table) - 1));
 }
 
+bool is_convertible(cdi radix, upL_t n) {
+    return radix >= 2 && n != 0 && n <= memory_table<cdi>().back().max_words;
+}
+
 // The work buffer of a conversion, from its start:
 //     the table record
 //     the images of the powers, except the top level's
@@ -35,10 +39,10 @@ struct Layout {
     Layout(const CBR_table& table, const CBR_ParallelPlan& plan, u64_t threads) {
         images = record_bytes;
         fraction = images;
-        upL_t products = plan.at[0].bytes;
-        for (unsigned i = 0; i < table.levels; i++) {
-            if (i + 1 < table.levels) fraction += table.image_bytes(i, threads);
-            products = std::max(products, table.product_bytes(i, threads));
+        upL_t products = 0;
+        if (table.levels != 0) {
+            products = std::max(plan.at[0].bytes, table.product_bytes(table.levels - 1, threads));
+            for (unsigned i = 0; i + 1 < table.levels; i++) fraction += table.image_bytes(i);
         }
         fraction_words = std::max(table.region_words(table.length), table.powers_words());
         work = fraction + work_aligned(fraction_words * sizeof(cdi));
@@ -62,19 +66,22 @@ class TableInPlace {
 }  // namespace
 
 upL_t cbr_table_size(cdi radix, upL_t n, u64_t threads) {
-    if (radix < 2 || n == 0 || n > memory_table<cdi>().back().max_words) return ~upL_t{0};
+    if (!is_convertible(radix, n)) return ~upL_t{0};
     const CBR_table table(radix, n);
     return Layout(table, znp_CBRv2_ci_btrf_ap_make(table, threads), threads).bytes;
 }
 
 int convert(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
             StatusLine* status) {
-    const upL_t needed = cbr_table_size(radix, n, bp.tds);
-    if (bp.ML < needed) fire(BufferTooSmallException("convert()", bp.ML, needed));
+    // The record is in the buffer before the whole need is known.
+    if (bp.ML < record_bytes || !is_convertible(radix, n)) {
+        fire(BufferTooSmallException("convert()", bp.ML, cbr_table_size(radix, n, bp.tds)));
+    }
     const TableInPlace place(record_place(bp.M), radix, n);
     CBR_table& table = *place;
     const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(table, bp.tds);
     const Layout layout(table, plan, bp.tds);
+    if (bp.ML < layout.bytes) fire(BufferTooSmallException("convert()", bp.ML, layout.bytes));
     auto* const words = reinterpret_cast<cdi*>(bp.M + layout.fraction);
     BasicParameters work = bp;
     work.M = bp.M + layout.work;

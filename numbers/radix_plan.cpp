@@ -14,13 +14,6 @@ constexpr unsigned serial_levels = 8;
 // Measured on two threads: a transform of the large kind gains nothing from the second one below.
 constexpr upL_t early_words = upL_t{1} << 17;
 
-// A piece below a cut at `level` or above, at most base << level words: the largest of its products.
-upL_t products_bytes(const CBR_table& table, unsigned level, u64_t threads) {
-    upL_t bytes = 0;
-    for (unsigned i = 0; i < level; i++) bytes = std::max(bytes, table.product_bytes(i, threads));
-    return bytes;
-}
-
 }  // namespace
 
 upL_t CBR_ParallelPlan::task_bytes(unsigned depth, u64_t threads) const {
@@ -31,7 +24,7 @@ upL_t CBR_ParallelPlan::task_bytes(unsigned depth, u64_t threads) const {
 }
 
 bool CBR_ParallelPlan::starts_early(const CBR_table& table, unsigned level) {
-    return !table.is_direct(level) && table.transform_words(level) <= early_words;
+    return !table.is_direct(level) && table.lengths[level] <= early_words;
 }
 
 upL_t CBR_ParallelPlan::second_bytes(const CBR_table& table, unsigned cut_level, unsigned depth,
@@ -54,11 +47,14 @@ CBR_ParallelPlan znp_CBRv2_ci_btrf_ap_make(const CBR_table& table, u64_t threads
     const auto bytes_of = [&](unsigned depth, u64_t count) -> upL_t {
         if (count == 0) return 0;
         const unsigned level = table.levels - depth;
-        if (!plan.forks(depth, count)) return products_bytes(table, level, 1);
+        if (level == 0) return 0;
+        if (!plan.forks(depth, count)) return table.product_bytes(level - 1, 1);
         const upL_t first = plan.task_bytes(depth + 1, CBR_ParallelPlan::first_threads(count));
-        upL_t bytes = products_bytes(table, level, count);
-        for (unsigned k = 0; k < level; k++) {
+        upL_t bytes = table.product_bytes(level - 1, count);
+        // A short piece may be cut further down: down to where the first half starts early, and no further.
+        for (unsigned k = level; k-- > 0;) {
             bytes = std::max(bytes, first + plan.second_bytes(table, k, depth, count));
+            if (CBR_ParallelPlan::starts_early(table, k)) break;
         }
         return bytes;
     };

@@ -141,7 +141,7 @@ int znq_CBRv2_ci_btrf_T(const BasicParameters& bp, const CBR_table& table, const
     if (table.is_direct(cut.k)) {
         table.multiply_directly(cut.k, piece.m, piece.end, bp.M);
     } else {
-        make_transform<cdi>(early ? second : bp, slot, table.transform_words(cut.k));
+        make_transform<cdi>(early ? second : bp, slot, table.lengths[cut.k]);
         table.transform_fraction(*slot, cut.k, piece.m, piece.end, bp.M);
         if (!early) multiply();
     }

@@ -48,6 +48,7 @@ CBR_table::CBR_table(cdi radix_, upL_t n)
         const radix::PowerSize size = radix::power_size(radix, exponent(i));
         sizes[i] = size.most;
         overlap[i] = size.zero_words;
+        lengths[i] = product_length(i);
     }
 }
 
@@ -70,18 +71,20 @@ upL_t CBR_table::region_words(upL_t m) const {
     return words + radix::leaf_fraction_words(m);
 }
 
-upL_t CBR_table::transform_words(unsigned level) const {
+upL_t CBR_table::product_length(unsigned level) const {
     const upL_t h = base << level;
     const upL_t m = std::min(length, 2 * h);
     return std::max(power_words(level) + fraction_words(m - h), fraction_words(m) - overlap[level]);
 }
 
 upL_t CBR_table::product_bytes(unsigned level, u64_t threads) const {
-    return work_aligned(work_bytes_for<cdi>(transform_words(level), threads));
+    return work_aligned(work_bytes_for<cdi>(lengths[level], threads));
 }
 
-upL_t CBR_table::image_bytes(unsigned level, u64_t threads) const {
-    return product_bytes(level, threads) / 64 * 32;
+upL_t CBR_table::image_bytes(unsigned level) const {
+    if (is_direct(level)) return work_aligned(power_words(level) * sizeof(cdi));
+    TransformSlot slot;
+    return make_transform<cdi>(BasicParameters{}, slot, lengths[level]).transform_bytes;
 }
 
 upL_t CBR_table::powers_words() const {
@@ -91,7 +94,7 @@ upL_t CBR_table::powers_words() const {
 }
 
 bool CBR_table::is_direct(unsigned level) const {
-    return transform_words(level) <= direct_words && power_words(level) >= 4;
+    return lengths[level] <= direct_words && power_words(level) >= 4;
 }
 
 void CBR_table::add_image(const BasicParameters& bp, unsigned level, const cdi* P, upL_t L, std::byte* image,
@@ -104,10 +107,10 @@ void CBR_table::add_image(const BasicParameters& bp, unsigned level, const cdi* 
     }
     BasicParameters serial = bp;
     serial.tds = 1;
-    const upL_t N = transform_words(level);
-    make_transform<cdi>(serial, transforms[level], N);
+    make_transform<cdi>(serial, transforms[level], lengths[level]);
     TransformSlot slot;
-    const transform& algorithm = bp.tds == 1 ? *transforms[level] : make_transform<cdi>(bp, slot, N);
+    const transform& algorithm =
+        bp.tds == 1 ? *transforms[level] : make_transform<cdi>(bp, slot, lengths[level]);
     const upL_t needed = algorithm.product_bytes();
     if (needed > bp.ML) fire(BufferTooSmallException("CBR_table::add_image()", bp.ML, needed));
     std::byte* const scratch = bp.M + algorithm.transform_bytes;
@@ -128,7 +131,7 @@ int CBR_table::build(const BasicParameters& bp, cdi* powers, std::byte* kept, St
             zero_words == size.zero_words && L >= size.least_stripped() && L <= size.most_stripped();
         if (!right_size || !radix::power_holds(radix, exponent(i), P, L, zero_words)) return 1;
         power_start[i] = static_cast<upL_t>(P - powers);
-        const upL_t planned_bytes = image_bytes(i, bp.tds);
+        const upL_t planned_bytes = image_bytes(i);
         sizes[i] = L + zero_words;
         newton::show_step(status, "Squaring...    ", sizes[i]);
 

@@ -38,6 +38,7 @@ struct CBR_table {
     upL_t sizes[max_levels] = {};  // words of the level's power, zero words included; at most, until built
     upL_t power_start[max_levels] = {};  // where the stripped power begins in the table of the powers
     upL_t overlap[max_levels] = {};      // low words of the power that are zero and left out
+    upL_t lengths[max_levels] = {};      // product lengths of the transforms; grow with the level
     TransformSlot transforms[max_levels];
     const void* images[max_levels] = {};
 
@@ -55,10 +56,9 @@ struct CBR_table {
     // ---- Powers ----
     u64_t exponent(unsigned level) const { return u64_t{base} << level; }
     upL_t power_words(unsigned level) const { return sizes[level] - overlap[level]; }
-    upL_t transform_words(unsigned level) const;               // product length of the level's transform
     upL_t product_bytes(unsigned level, u64_t threads) const;  // two images and the transform's work
-    upL_t image_bytes(unsigned level, u64_t threads) const;    // at least an image, a multiple of 32
-    bool is_direct(unsigned level) const;                      // no transform: the image is the power itself
+    upL_t image_bytes(unsigned level) const;
+    bool is_direct(unsigned level) const;  // no transform: the image is the power itself
     const transform* algorithm(unsigned level) const { return transforms[level].operator->(); }
     upL_t powers_words() const;  // all powers while they are built
 
@@ -81,6 +81,7 @@ struct CBR_table {
     void multiply_directly(unsigned level, upL_t m, cdi* end, std::byte* work) const;
 
   private:
+    upL_t product_length(unsigned level) const;
     void add_image(const BasicParameters& bp, unsigned level, const cdi* P, upL_t L, std::byte* image,
                    cdi* square);
     std::byte* behind_image(const transform& algorithm, unsigned level, std::byte* work) const;

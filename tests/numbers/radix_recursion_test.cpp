@@ -54,6 +54,13 @@ TEST(RadixTable, APieceOfExactlyAPowerIsCutOneLevelLower) {
     }
 }
 
+TEST(RadixTable, ProductLengthsGrowWithTheLevel) {
+    for (upL_t n = 16; n < 10'000'000; n += 1 + n / 61) {
+        const CBR_table table(ten19, n);
+        for (unsigned k = 1; k < table.levels; k++) EXPECT_GT(table.lengths[k], table.lengths[k - 1]) << n;
+    }
+}
+
 TEST(RadixTable, PowersWithoutTheirZeroWords) {
     const CBR_table table(ten19, 4000);
     EXPECT_EQ(table.radix, ten19);
@@ -177,7 +184,7 @@ struct BuiltTable {
         : table(ten19, n),
           plan(znp_CBRv2_ci_btrf_ap_make(table, threads)),
           powers(table.powers_words()),
-          kept(total_image_bytes(threads)),
+          kept(total_image_bytes()),
           work(std::max(plan.at[0].bytes, table.product_bytes(table.levels - 1, threads))),
           fraction(table.region_words(n), 0),
           out(n) {
@@ -185,9 +192,9 @@ struct BuiltTable {
         bp.tds = threads;
         EXPECT_EQ(table.build(bp, powers.data(), kept.bp().M, nullptr), 0);
     }
-    upL_t total_image_bytes(u64_t threads) const {
+    upL_t total_image_bytes() const {
         upL_t bytes = 32;
-        for (unsigned i = 0; i + 1 < table.levels; i++) bytes += table.image_bytes(i, threads);
+        for (unsigned i = 0; i + 1 < table.levels; i++) bytes += table.image_bytes(i);
         return bytes;
     }
     int run() {
@@ -313,7 +320,7 @@ TEST(PowerCheck, SharesNoTransformLengthWithTheConversion) {
          {u64_t{5000}, u64_t{20'000}, u64_t{50'000}, u64_t{1'000'000}, u64_t{100'000'000}}) {
         const CBR_table table(ten19, digits / 19 + 3);
         std::vector<upL_t> lengths;
-        for (unsigned i = 0; i < table.levels; i++) lengths.push_back(table.transform_words(i));
+        for (unsigned i = 0; i < table.levels; i++) lengths.push_back(table.lengths[i]);
         for (u64_t e = digits / 2; e > 500; e /= 2) {
             const radix::PowerSize size = radix::power_size(10, e);
             for (upL_t L = size.least_stripped(); L <= size.most_stripped() + 1; L++) {
