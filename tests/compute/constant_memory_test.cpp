@@ -29,7 +29,7 @@ constexpr u32_t with_estimate[] = {constant_id::sqrt,        constant_id::golden
                                    constant_id::lemniscate,  constant_id::catalan,
                                    constant_id::euler_gamma, constant_id::euler_gamma_override};
 constexpr u64_t parameter = 5;
-constexpr u64_t some_digits[] = {100, 1000, 5000, 20000, 40000};
+constexpr u64_t some_digits[] = {100, 1000, 5000, 20000, 50000, 1000000, 100000000};
 
 upL_t memory_of(u32_t id, s32_t algorithm, u64_t dec, u64_t threads) {
     const upL_t p = precision_for(hex_digits_for(dec));
@@ -93,6 +93,22 @@ TEST(ConstantMemory, HoldsTheOutputOfTheDigits) {
             EXPECT_GE(memory_of(id, 0, dec, 2), HeapFloat::bytes(p + 2) + conversion_bytes(p, dec, 2));
         }
     }
+}
+
+TEST(ConstantMemory, TheLargestRunHasAnEstimate) {
+    constexpr u64_t most_digits = 90'000'000'000'050;
+    const upL_t p = precision_for(hex_digits_for(most_digits));
+    for (const u32_t id : {constant_id::sqrt, constant_id::e, constant_id::pi, constant_id::zeta3}) {
+        ASSERT_EQ(make_constant(id, parameter, p)->get_max_digits(), most_digits);
+        const upL_t bytes = memory_of(id, 0, most_digits, 256);
+        EXPECT_GT(bytes / sizeof(cdi), 10 * p) << id;
+        EXPECT_LT(bytes / sizeof(cdi), 30 * p) << id;
+    }
+}
+
+// Two threads, 1.5 GiB in all.
+TEST(ConstantMemory, AHundredMillionDigitsOfPiFitASmallMachine) {
+    EXPECT_LT(memory_of(constant_id::pi, 0, 100'000'000, 2), upL_t{750} << 20);
 }
 
 TEST(ConstantMemory, SizesBeyondTheMultipliersAreAnError) {

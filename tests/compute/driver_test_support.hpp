@@ -83,17 +83,22 @@ inline bool texts_in_order(const std::string& printed, const std::vector<std::st
     return true;
 }
 
-// Tables for products of so many words whose twiddle factors have the wrong sign, but for the first ones and
-// what tells about the tables.
-struct WrongTables {
-    explicit WrongTables(upL_t words)
+// Tables for products of so many words.
+struct Tables {
+    explicit Tables(upL_t words)
         : bytes(table_size(64 * words)), memory(make_guarded_array<std::byte>(nullptr, bytes, 64)) {
         build_tables(holder, 64 * words, memory.get());
-        for (upL_t at = bytes / 8 / 8 * 8; at + 8 <= bytes; at += 8) memory[at + 7] ^= std::byte{0x80};
     }
     upL_t bytes;
     GuardedArray<std::byte> memory;
     TableHolder holder;
+};
+
+// The same with twiddle factors of the wrong sign, but for the first ones and what tells about the tables.
+struct WrongTables : Tables {
+    explicit WrongTables(upL_t words) : Tables(words) {
+        for (upL_t at = bytes / 64 * 8; at + 8 <= bytes; at += 8) memory[at + 7] ^= std::byte{0x80};
+    }
 };
 
 inline upL_t precision_of_digits(u64_t dec) {

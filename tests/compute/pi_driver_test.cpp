@@ -100,11 +100,12 @@ TEST(PiDriver, TextsAndEventsInOrder) {
 }
 
 TEST(PiDriver, TheReducedFormsNeedNoMore) {
-    constexpr u64_t dec = 50000;
-    const upL_t p = testing::precision_of_digits(dec);
-    for (const u64_t threads : {u64_t{1}, u64_t{2}}) {
-        EXPECT_LE(pi_memory_B(2, p, dec, threads), pi_memory_B(0, p, dec, threads));
-        EXPECT_LE(pi_memory_B(3, p, dec, threads), pi_memory_B(1, p, dec, threads));
+    for (const u64_t dec : {u64_t{50000}, u64_t{1000000}, u64_t{100000000}}) {
+        const upL_t p = testing::precision_of_digits(dec);
+        for (const u64_t threads : {u64_t{1}, u64_t{2}}) {
+            EXPECT_LE(pi_memory_B(2, p, dec, threads), pi_memory_B(0, p, dec, threads));
+            EXPECT_LE(pi_memory_B(3, p, dec, threads), pi_memory_B(1, p, dec, threads));
+        }
     }
 }
 
