@@ -59,7 +59,7 @@ inline bool subtracts(const zl_BSS& series, u64_t a, u64_t m) {
     return series.alternating && ((a ^ m) & 1) != 0;
 }
 
-// A merge costs about as much as a level below it.
+// The part of a node's time that its merge takes, for the progress only.
 inline constexpr double merge_share = 0.1;
 
 // The halves one after the other by sum_half(rules, node, a, b, progress), then the merge.

@@ -134,8 +134,7 @@ TEST_F(TransformHelpers, ResultsMayLieOverOperandsThatAreUsedUp) {
         Work work(bytes_for(Lc + La + transform_slack, Lc + Lb + transform_slack));
         const auto fill = [&, Lb = Lb] {
             std::copy(A.begin(), A.end(), first.data());
-            std::copy(B.begin(), B.end(), second.data());
-            std::copy(C.begin(), C.end(), second.data() + Lb);
+            std::copy(C.begin(), C.end(), std::copy(B.begin(), B.end(), second.data()));
         };
         const u64_t hash_a = exact(A, 0).get_hash(), hash_b = exact(B, 0).get_hash(),
                     hash_c = exact(C, 0).get_hash();
