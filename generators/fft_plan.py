@@ -17,7 +17,8 @@ import math
 import os
 import sys
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+from generated import ROOT, write_or_check
+
 LARGEST_SUM = 48.6
 LARGEST_ERROR = 0.3
 MAIN_ROWS, EXACT_ROWS = 98, 261
@@ -186,17 +187,7 @@ def main():
         "multiply/fft/fft_exact_plan.inc": include_text(exact_rows, "exact"),
         "docs/FFT_ERRORS.md": errors_text(main_rows, exact_rows, errors),
     }
-    differ = 0
-    for name, text in files.items():
-        path = os.path.join(ROOT, name)
-        if "--check" in sys.argv[1:]:
-            same = os.path.exists(path) and open(path, encoding="ascii").read() == text
-            print(f"{name}: {'as made' if same else 'differs'}")
-            differ += not same
-        else:
-            with open(path, "w", encoding="ascii") as file:
-                file.write(text)
-    return 1 if differ else 0
+    return write_or_check(files)
 
 
 if __name__ == "__main__":

@@ -12,11 +12,11 @@ For each set (a, b) the a largest primes p = h b 2^max_c + 1 below 2^48. Proved 
     the room            the product of the primes is above every coefficient at max_c; slack() says how far
 """
 import math
-import os
 import random
 import sys
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+from generated import write_or_check
+
 MAX_C = {4: (43, 41, 39, 39), 5: (42, 39, 39, 38), 6: (42, 39, 39, 38), 7: (41, 39, 38, 38), 8: (40, 39, 38, 37),
          9: (40, 39, 38, 37)}
 LIMIT = 1 << 48
@@ -161,15 +161,7 @@ def main():
     rng = random.Random(48)
     for s in sets:
         s.verify(rng)
-    text = include_text(sets)
-    path = os.path.join(ROOT, "multiply/vst/prime_sets.inc")
-    if "--check" in sys.argv[1:]:
-        same = os.path.exists(path) and open(path, encoding="ascii").read() == text
-        print("multiply/vst/prime_sets.inc: %s" % ("as made" if same else "differs"))
-        return 0 if same else 1
-    with open(path, "w", encoding="ascii") as file:
-        file.write(text)
-    return 0
+    return write_or_check({"multiply/vst/prime_sets.inc": include_text(sets)})
 
 
 if __name__ == "__main__":

@@ -16,9 +16,9 @@ import math
 import os
 import sys
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-MAX_C = {4: (43, 41, 39, 39), 5: (42, 39, 39, 38), 6: (42, 39, 39, 38), 7: (41, 39, 38, 38), 8: (40, 39, 38, 37),
-         9: (40, 39, 38, 37)}
+from generated import ROOT, write_or_check
+from vst_prime_sets import MAX_C
+
 MAIN_ROWS, LARGE_ROWS = 159, 296
 MAIN_C, LARGE_C = (9, 28), (11, 43)
 FIRST = [(4, 1, 10), (5, 1, 10), (4, 3, 9), (6, 1, 10), (7, 1, 10), (8, 1, 10), (6, 3, 9), (9, 1, 10)]
@@ -109,14 +109,7 @@ def main():
     times = read_measurements()
     text = "// Made by generators/vst_size_plan.py: a, b, c by capacity.\n" + include_text(
         "main_rows", main_table(times)) + include_text("large_rows", large_table(times))
-    path = os.path.join(ROOT, "multiply/vst/size_plan.inc")
-    if "--check" in sys.argv[1:]:
-        same = os.path.exists(path) and open(path, encoding="ascii").read() == text
-        print("multiply/vst/size_plan.inc: %s" % ("as made" if same else "differs"))
-        return 0 if same else 1
-    with open(path, "w", encoding="ascii") as file:
-        file.write(text)
-    return 0
+    return write_or_check({"multiply/vst/size_plan.inc": text})
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 #include "multiply/vst/conversion_reference.hpp"
 
+#include <cmath>
 #include <cstring>
 
 namespace znp::vst {
@@ -134,6 +135,16 @@ u64_t block_to_words_reference(const Geometry& g, const PrimeSet& set, std::byte
     }
     std::memcpy(&carry, &sum, sizeof sum);
     return high_parts;
+}
+
+bool is_balanced(const Geometry& g, const PrimeSet& set, const double* block) {
+    for (unsigned s = 0; s < g.a; ++s) {
+        for (upL_t j = 0; j < g.n(); ++j) {
+            const double r = block[4 * g.row() * s + j];
+            if (!(std::fabs(r) <= 0.58 * set.primes[s]) || r != std::rint(r)) return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace znp::vst

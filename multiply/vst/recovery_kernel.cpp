@@ -18,13 +18,17 @@
 //
 // k comes from the top high part t = (x + k P) / 2^(48 (a - 1)) up to a relative error of 2^-38:
 // -k = round(0.2 - t 2^(48 (a - 1)) / P). As 0 <= x < 2^-1.29 P < 0.41 P, the argument lies within 0.21 of
-// -k. -k P, |k| <= 5, is added limb by limb to the low parts: at most 14 2^47 in all. A value that is no
-// coefficient comes out modulo P between -0.3 P and 0.7 P; its high part shows it.
+// -k; a negacyclic transform, whose coefficients have an offset, leaves at most 0.44 P and 0.24. -k P, |k| <=
+// 5, is added limb by limb to the low parts: at most 14 2^47 in all. A value that is no coefficient comes out
+// modulo P between -0.3 P and 0.7 P; its high part shows it.
 //
 // Carries go through the limbs in 64-bit integers. Then neighbouring points are added: the upper input_bits
 // of the point before, and of the one before that what lies above 2 input_bits, of which the OR is kept.
 // Last, the limbs become bytes.
+#include <cassert>
+
 #include "multiply/vst/conversion.hpp"
+#include "multiply/vst/conversion_reference.hpp"
 #include "multiply/vst/vst_vector.hpp"
 
 namespace znp::vst {
@@ -349,6 +353,7 @@ u64_t convert(const Geometry& g, const PrimeSet& set, std::byte* words, const do
 
 u64_t block_to_words(const Geometry& g, const PrimeSet& set, std::byte* words, const double* block,
                      BlockCarry& carry) {
+    assert(is_balanced(g, set, block));
     switch (g.a) {
         case 4:
             return convert<4>(g, set, words, block, carry);

@@ -13,7 +13,10 @@
 // 0.77 2^48, of which B / p rounded loses 2^-53, 0.024; so |r B - q p| <= 0.524 p and |r'| < 0.524 p + 2^48.
 // As |r B| < 2^95.7, |lo| <= 2^42; hi - q p, lo + l and their sum are integers below 2^50: exact. In the last
 // step lo is left out of q, hi + l is rounded, and 1 / p is: three times 0.024. So |r'| < 0.58 p.
+#include <cassert>
+
 #include "multiply/vst/conversion.hpp"
+#include "multiply/vst/conversion_reference.hpp"
 #include "multiply/vst/vst_vector.hpp"
 
 namespace znp::vst {
@@ -107,6 +110,23 @@ void clear(const Geometry& g, double* block) {
     }
 }
 
+void convert(const Geometry& g, const PrimeSet& set, double* block, const std::byte* bytes) {
+    switch (g.a) {
+        case 4:
+            return convert<4>(g, set, block, bytes);
+        case 5:
+            return convert<5>(g, set, block, bytes);
+        case 6:
+            return convert<6>(g, set, block, bytes);
+        case 7:
+            return convert<7>(g, set, block, bytes);
+        case 8:
+            return convert<8>(g, set, block, bytes);
+        default:
+            return convert<9>(g, set, block, bytes);
+    }
+}
+
 }  // namespace
 
 void words_to_block(const Geometry& g, const PrimeSet& set, double* block, const std::byte* words, upL_t L,
@@ -123,20 +143,8 @@ void words_to_block(const Geometry& g, const PrimeSet& set, double* block, const
         __builtin_memset(copy + rest, 0, size + load_bytes - rest);
         bytes = copy;
     }
-    switch (g.a) {
-        case 4:
-            return convert<4>(g, set, block, bytes);
-        case 5:
-            return convert<5>(g, set, block, bytes);
-        case 6:
-            return convert<6>(g, set, block, bytes);
-        case 7:
-            return convert<7>(g, set, block, bytes);
-        case 8:
-            return convert<8>(g, set, block, bytes);
-        default:
-            return convert<9>(g, set, block, bytes);
-    }
+    convert(g, set, block, bytes);
+    assert(is_balanced(g, set, block));
 }
 
 }  // namespace znp::vst

@@ -11,11 +11,13 @@
 
 #include "multiply/vst/conversion_reference.hpp"
 #include "multiply/vst/redundancy.hpp"
+#include "multiply/vst_test_support.hpp"
 #include "test_seed.hpp"
 
 namespace znp::vst {
 namespace {
 
+using testing::Integer;
 using testing::make_rng;
 
 constexpr double untouched = 1e300;
@@ -52,14 +54,6 @@ std::vector<Geometry> all_shapes() {
     }
     return shapes;
 }
-
-struct Integer {
-    mpz_t value;
-    Integer() { mpz_init(value); }
-    ~Integer() { mpz_clear(value); }
-    Integer(const Integer&) = delete;
-    Integer& operator=(const Integer&) = delete;
-};
 
 upL_t block_bytes_of_words(const Geometry& g) {
     return 4 * g.input_words();

@@ -5,6 +5,9 @@ namespace znp {
 namespace {
 
 TEST(VSTFaults, NoWrongProductGoesUnnoticed) {
+#ifndef NDEBUG
+    GTEST_SKIP() << "assertions see the faults first";
+#endif
     testing::run_fault_campaign({9, 1, 11}, 1, {100, 30, 30, 30, 20}, 1);
 }
 

@@ -5,24 +5,19 @@
 #include <cmath>
 #include <vector>
 
+#include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
-#include "multiply/multiply_test_support.hpp"
 #include "multiply/vst/prime_sets.hpp"
 #include "multiply/vst/redundancy.hpp"
 #include "multiply/vst/size_plan.hpp"
+#include "multiply/vst_test_support.hpp"
 
 namespace znp::vst {
 namespace {
 
 using testing::caught;
-
-struct Integer {
-    mpz_t value;
-    Integer() { mpz_init(value); }
-    ~Integer() { mpz_clear(value); }
-    Integer(const Integer&) = delete;
-    Integer& operator=(const Integer&) = delete;
-};
+using testing::console_output;
+using testing::Integer;
 
 std::vector<const PrimeSet*> all_sets() {
     std::vector<const PrimeSet*> sets;
@@ -192,8 +187,10 @@ TEST(VSTSizePlan, LookupAtEveryBoundary) {
         before = row.capacity();
     }
     EXPECT_EQ(&find_size(0), &main_plan().front());
-    const auto e = caught<zn_exception>([&] { find_size(before + 1); });
-    EXPECT_EQ(e.code, error_code::size_beyond_tables);
+    console_output([&] {
+        const auto e = caught<zn_exception>([&] { find_size(before + 1); });
+        EXPECT_EQ(e.code, error_code::size_beyond_tables);
+    });
 }
 
 }  // namespace

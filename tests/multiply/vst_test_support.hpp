@@ -51,17 +51,24 @@ class VSTWork {
     BasicParameters bp_;
 };
 
-// Products of operands of any length by an independent library.
+// An integer of the independent library.
+struct Integer {
+    mpz_t value;
+    Integer() { mpz_init(value); }
+    ~Integer() { mpz_clear(value); }
+    Integer(const Integer&) = delete;
+    Integer& operator=(const Integer&) = delete;
+};
+
+// Products of operands of any length.
 template <class word>
 std::vector<word> gmp_product(const std::vector<word>& A, const std::vector<word>& B) {
-    mpz_t a, b;
-    mpz_inits(a, b, nullptr);
-    mpz_import(a, A.size(), -1, sizeof(word), 0, 0, A.data());
-    mpz_import(b, B.size(), -1, sizeof(word), 0, 0, B.data());
-    mpz_mul(a, a, b);
+    Integer a, b;
+    mpz_import(a.value, A.size(), -1, sizeof(word), 0, 0, A.data());
+    mpz_import(b.value, B.size(), -1, sizeof(word), 0, 0, B.data());
+    mpz_mul(a.value, a.value, b.value);
     std::vector<word> product(A.size() + B.size());
-    mpz_export(product.data(), nullptr, -1, sizeof(word), 0, 0, a);
-    mpz_clears(a, b, nullptr);
+    mpz_export(product.data(), nullptr, -1, sizeof(word), 0, 0, a.value);
     return product;
 }
 
