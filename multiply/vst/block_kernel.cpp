@@ -12,57 +12,91 @@ ZNP_INLINE __m256d all(const double* x) {
     return _mm256_broadcast_sd(x);
 }
 
-struct Vectors4 {
-    __m256d x[4];
+// ---- The pointwise step -----------------------------------------------------------------------------------
+//
+// Products modulo X^4 - w of four polynomials at a time, one in each lane. The three parts go over the whole
+// block one after the other, through a buffer: each is a shorter chain of dependent operations than all
+// together, and so many of them are under way at once.
+
+// Four vectors, transposed: coefficient by coefficient.
+ZNP_INLINE void load_polynomials(__m256d (&v)[4], const double* x, const Modulus& m) {
+    for (unsigned i = 0; i < 4; i++) v[i] = reduce_mod(_mm256_load_pd(x + 4 * i), m);
+    transpose(v[0], v[1], v[2], v[3]);
+}
+
+struct Operands {
+    __m256d a[4], b[4], wb[4];
 };
 
-// Four polynomials of four coefficients, coefficient by coefficient, reduced.
-ZNP_INLINE Vectors4 load_polynomials(const double* x, const Modulus& m) {
-    Vectors4 v = {{_mm256_load_pd(x), _mm256_load_pd(x + 4), _mm256_load_pd(x + 8), _mm256_load_pd(x + 12)}};
-    for (__m256d& y : v.x) y = reduce_mod(y, m);
-    transpose(v.x[0], v.x[1], v.x[2], v.x[3]);
-    return v;
-}
-
-// Products modulo X^4 - w, one polynomial in each lane. Inputs below 0.54 p... outputs below 1.12 p.
-ZNP_INLINE Vectors4 multiply_polynomials(const Vectors4& a, const Vectors4& b, __m256d w, __m256d magic,
-                                         const Modulus& m) {
-    const __m256d wb[4] = {b.x[0], mul_mod(b.x[1], w, m), mul_mod(b.x[2], w, m), mul_mod(b.x[3], w, m)};
-    Vectors4 c;
+// Inputs up to p / 2 and a little, so that the sums stay below 1.2 p^2; outputs below 1.12 p.
+ZNP_INLINE void multiply_polynomials(__m256d (&c)[4], const Operands& x, __m256d magic, const Modulus& m) {
     for (unsigned k = 0; k < 4; k++) {
         ProductSum sum(magic);
-        for (unsigned i = 0; i < 4; i++) sum.add(a.x[i], i <= k ? b.x[k - i] : wb[k + 4 - i]);
-        c.x[k] = sum.reduce(magic, m);
+        for (unsigned i = 0; i < 4; i++) sum.add(x.a[i], i <= k ? x.b[k - i] : x.wb[k + 4 - i]);
+        c[k] = sum.reduce(magic, m);
     }
-    return c;
 }
 
-ZNP_INLINE Vectors4 square_polynomials(const Vectors4& a, __m256d w, __m256d magic, const Modulus& m) {
-    const __m256d wa2 = mul_mod(a.x[2], w, m), wa3 = mul_mod(a.x[3], w, m);
-    const __m256d twice0 = _mm256_add_pd(a.x[0], a.x[0]);
-    const __m256d twice1 = _mm256_add_pd(a.x[1], a.x[1]);
-    const __m256d twice2 = _mm256_add_pd(a.x[2], a.x[2]);
+// wb[2], wb[3]: w a[2], w a[3].
+ZNP_INLINE void square_polynomials(__m256d (&c)[4], const Operands& x, __m256d magic, const Modulus& m) {
+    const __m256d twice0 = _mm256_add_pd(x.a[0], x.a[0]);
+    const __m256d twice1 = _mm256_add_pd(x.a[1], x.a[1]);
+    const __m256d twice2 = _mm256_add_pd(x.a[2], x.a[2]);
     ProductSum s0(magic), s1(magic), s2(magic), s3(magic);
-    s0.add(a.x[0], a.x[0]);
-    s1.add(twice0, a.x[1]);
-    s2.add(twice0, a.x[2]);
-    s3.add(twice0, a.x[3]);
-    s0.add(twice1, wa3);
-    s1.add(twice2, wa3);
-    s2.add(a.x[1], a.x[1]);
-    s3.add(twice1, a.x[2]);
-    s0.add(a.x[2], wa2);
-    s2.add(a.x[3], wa3);
-    return {{s0.reduce(magic, m), s1.reduce(magic, m), s2.reduce(magic, m), s3.reduce(magic, m)}};
+    s0.add(x.a[0], x.a[0]);
+    s1.add(twice0, x.a[1]);
+    s2.add(twice0, x.a[2]);
+    s3.add(twice0, x.a[3]);
+    s0.add(twice1, x.wb[3]);
+    s1.add(twice2, x.wb[3]);
+    s2.add(x.a[1], x.a[1]);
+    s3.add(twice1, x.a[2]);
+    s0.add(x.a[2], x.wb[2]);
+    s2.add(x.a[3], x.wb[3]);
+    c[0] = s0.reduce(magic, m);
+    c[1] = s1.reduce(magic, m);
+    c[2] = s2.reduce(magic, m);
+    c[3] = s3.reduce(magic, m);
 }
 
-// The pointwise step on 4 vectors: x = x y modulo X^4 - w of its four polynomials.
-ZNP_INLINE Vectors4 pointwise(const double* x, const double* y, __m256d w, __m256d magic, const Modulus& m) {
-    const Vectors4 a = load_polynomials(x, m);
-    Vectors4 c = x == y ? square_polynomials(a, w, magic, m)
-                        : multiply_polynomials(a, load_polynomials(y, m), w, magic, m);
-    transpose(c.x[0], c.x[1], c.x[2], c.x[3]);
-    return c;
+// x = x y for the polynomials of `groups` times 4 vectors, with weight(group) their four w.
+template <unsigned groups, class Weight>
+ZNP_INLINE void pointwise(double* x, const double* y, const Weight& weight, __m256d magic, Modulus m) {
+    Operands buffer[groups];
+    if (x == y) {
+        for (unsigned g = 0; g < groups; g++) {
+            Operands& o = buffer[g];
+            const __m256d w = weight(g);
+            load_polynomials(o.a, x + 16 * g, m);
+            o.wb[2] = mul_mod(o.a[2], w, m);
+            o.wb[3] = mul_mod(o.a[3], w, m);
+        }
+        for (unsigned g = 0; g < groups; g++) square_polynomials(buffer[g].b, buffer[g], magic, m);
+    } else {
+        for (unsigned g = 0; g < groups; g++) load_polynomials(buffer[g].a, x + 16 * g, m);
+        for (unsigned g = 0; g < groups; g++) {
+            Operands& o = buffer[g];
+            const __m256d w = weight(g);
+            load_polynomials(o.b, y + 16 * g, m);
+            for (unsigned i = 1; i < 4; i++) o.wb[i] = mul_mod(o.b[i], w, m);
+        }
+        for (unsigned g = 0; g < groups; g++) {
+            __m256d c[4];
+            multiply_polynomials(c, buffer[g], magic, m);
+            for (unsigned i = 0; i < 4; i++) buffer[g].b[i] = c[i];
+        }
+    }
+    for (unsigned g = 0; g < groups; g++) {
+        __m256d c[4] = {buffer[g].b[0], buffer[g].b[1], buffer[g].b[2], buffer[g].b[3]};
+        transpose(c[0], c[1], c[2], c[3]);
+        for (unsigned i = 0; i < 4; i++) _mm256_store_pd(x + 16 * g + 4 * i, c[i]);
+    }
+}
+
+// No product: the values themselves, reduced.
+ZNP_INLINE void reduce_block(double* x, upL_t vectors, Modulus m) {
+    for (double* const end = x + 4 * vectors; x != end; x += 4)
+        _mm256_store_pd(x, reduce_mod(_mm256_load_pd(x), m));
 }
 
 // ---- b = 1: 16 vectors, four levels -----------------------------------------------------------------------
@@ -76,21 +110,17 @@ struct BlockNodes {
     }
 };
 
-ZNP_INLINE void forward_block_1(double* x, const BlockNodes& node, __m256d i, const Modulus& m) {
+ZNP_INLINE void forward_block_1(double* x, const BlockNodes& node, __m256d i, Modulus m) {
     split4_rows<false>(x, 16, 4, make_factors4(node.level[0], node.level[1], i, m), m);
-    const auto factors = [&](unsigned g) {
-        return make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
-    };
-    Factors4 f = factors(0);
-    Half4 half = split4_begin(x, 4, _mm256_load_pd(x), f, m);
+    Factors4 f[4];
+    for (unsigned g = 0; g < 4; g++) f[g] = make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
+    Half4 half = split4_begin(x, 4, _mm256_load_pd(x), f[0], m);
     for (unsigned g = 1; g < 4; g++, x += 16) {
-        const Factors4 next = factors(g);
-        const Half4 next_half = split4_begin(x + 16, 4, _mm256_load_pd(x + 16), next, m);
-        split4_end(x, 4, half, f, m);
-        f = next;
-        half = next_half;
+        const Half4 next = split4_begin(x + 16, 4, _mm256_load_pd(x + 16), f[g], m);
+        split4_end(x, 4, half, f[g - 1], m);
+        half = next;
     }
-    split4_end(x, 4, half, f, m);
+    split4_end(x, 4, half, f[3], m);
 }
 
 // The weights of the polynomials of a pair of nodes: s0, -s0, s1, -s1.
@@ -100,19 +130,29 @@ ZNP_INLINE __m256d pair_weights(const double* s) {
 }
 
 ZNP_INLINE void inverse_block_1(double* x, const double* y, const double* weights, const BlockNodes& node,
-                                __m256d i, __m256d magic, const Modulus& m) {
-    for (unsigned g = 0; g < 4; g++) {
-        double* const z = x + 16 * g;
-        Vectors4 c;
-        if (y != nullptr) {
-            c = pointwise(z, y + 16 * g, pair_weights(weights + 2 * g), magic, m);
-        } else {
-            for (unsigned k = 0; k < 4; k++) c.x[k] = reduce_mod(_mm256_load_pd(z + 4 * k), m);
-        }
-        const Factors4 f = make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
-        join4_end(z, 4, join4_begin(z, 4, c.x, false, f, m), f, m);
+                                __m256d i, __m256d magic, Modulus m) {
+    if (y != nullptr) {
+        pointwise<4>(
+            x, y, [&](unsigned g) { return pair_weights(weights + 2 * g); }, magic, m);
+    } else {
+        reduce_block(x, 16, m);
     }
-    join4_rows<true>(x, 16, 4, make_factors4(node.level[0], node.level[1], i, m), m);
+    const auto begin = [&](double* z, const Factors4& f) {
+        const __m256d v[4] = {_mm256_load_pd(z), _mm256_load_pd(z + 4), _mm256_load_pd(z + 8),
+                              _mm256_load_pd(z + 12)};
+        return join4_begin(z, 4, v, false, f, m);
+    };
+    Factors4 f[4];
+    for (unsigned g = 0; g < 4; g++) f[g] = make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
+    double* z = x;
+    Half4 half = begin(z, f[0]);
+    for (unsigned g = 1; g < 4; g++, z += 16) {
+        const Half4 next = begin(z + 16, f[g]);
+        join4_end(z, 4, half, f[g - 1], m);
+        half = next;
+    }
+    join4_end(z, 4, half, f[3], m);
+    join4_rows(x, 16, 4, make_factors4(node.level[0], node.level[1], i, m), m);
 }
 
 // ---- b = 3, 5, 7: 8 b vectors, three levels and the odd step ----------------------------------------------
@@ -150,70 +190,83 @@ ZNP_INLINE void odd_dft(__m256d (&t)[b], const OddConstants& c, const Modulus& m
     }
 }
 
-template <unsigned b>
-ZNP_INLINE void forward_odd(double* x, const double* powers, upL_t nodes, const OddConstants& c,
-                            const Modulus& m) {
-    __m256d t[b];
-    t[0] = _mm256_load_pd(x);
-    for (unsigned r = 1; r < b; r++)
-        t[r] = mul_mod(_mm256_load_pd(x + 4 * r), all(powers + (r - 1) * nodes), m);
-    odd_dft<b>(t, c, m);
-    for (unsigned r = 0; r < b; r++) _mm256_store_pd(x + 4 * r, t[r]);
-}
+// Where the twiddles of a block's nodes stand, by level, and i.
+struct OddBlockNodes {
+    const double* level[3];
+    __m256d i;
 
-template <unsigned b>
-ZNP_INLINE void inverse_odd(double* x, const double* powers, upL_t nodes, const OddConstants& c,
-                            const Modulus& m) {
-    __m256d t[b];
-    for (unsigned r = 0; r < b; r++) t[r] = _mm256_load_pd(x + 4 * r);
-    odd_dft<b>(t, c, m);
-    _mm256_store_pd(x, reduce_mod(t[0], m));
-    for (unsigned r = 1; r < b; r++)
-        _mm256_store_pd(x + 4 * r, mul_mod(t[r], all(powers + (r - 1) * nodes), m));
-}
-
-template <unsigned b>
-void forward_block(const Part& part, upL_t block, const Modulus& m) {
-    double* const x = part.data + block * part.stride;
-    const double* const twiddles = part.twiddles.twiddles[forward_direction];
-    // The rest of the block's tree: three levels on 8 rows of b vectors.
-    double local[8];
-    local[0] = twiddles[0];
-    for (unsigned e = 0; e < 3; e++) {
-        for (upL_t j = 0; j < upL_t{1} << e; j++)
-            local[(1u << e) + j] = twiddles[(upL_t{1} << (part.levels + e)) + (block << e) + j];
+    ZNP_INLINE OddBlockNodes(const double* twiddles, unsigned levels, upL_t block) : i(all(twiddles)) {
+        for (unsigned e = 0; e < 3; e++) level[e] = twiddles + (upL_t{1} << (levels + e)) + (block << e);
     }
-    forward_levels({x, 4 * b, b, local, part.prime}, 3, Top::any);
-    const double* const powers = part.twiddles.powers[forward_direction] + 8 * block;
-    for (unsigned g = 0; g < 8; g++)
-        forward_odd<b>(x + 4 * b * g, powers + g, part.twiddles.nodes, part.prime->odd[forward_direction], m);
+};
+
+template <unsigned b>
+ZNP_INLINE void forward_block(const Part& part, upL_t block, Modulus m) {
+    double* x = part.data + block * part.stride;
+    const OddBlockNodes node(part.twiddles.twiddles[forward_direction], part.levels, block);
+    const double* powers = part.twiddles.powers[forward_direction] + 8 * block;
+    const OddConstants& constants = part.prime->odd[forward_direction];
+    const upL_t nodes = part.twiddles.nodes;
+    split4_rows<false>(x, 8 * b, 2 * b, make_factors4(node.level[0], node.level[1], node.i, m), m);
+    for (unsigned g = 0; g < 4; g++, x += 8 * b, powers += 2) {
+        const Factor f = make_factor(all(node.level[2] + g), m);
+        __m256d t[b], u[b];
+        for (unsigned r = 0; r < b; r++) {
+            t[r] = _mm256_load_pd(x + 4 * r);
+            u[r] = _mm256_load_pd(x + 4 * (b + r));
+            split(t[r], u[r], f, m);
+        }
+        for (unsigned r = 1; r < b; r++) {
+            t[r] = mul_mod(t[r], all(powers + (r - 1) * nodes), m);
+            u[r] = mul_mod(u[r], all(powers + (r - 1) * nodes + 1), m);
+        }
+        odd_dft<b>(t, constants, m);
+        odd_dft<b>(u, constants, m);
+        for (unsigned r = 0; r < b; r++) {
+            _mm256_store_pd(x + 4 * r, t[r]);
+            _mm256_store_pd(x + 4 * (b + r), u[r]);
+        }
+    }
 }
 
 template <unsigned b>
-void inverse_block(const Part& part, const double* other, upL_t block, __m256d magic, const Modulus& m) {
+ZNP_INLINE void inverse_block(const Part& part, const double* other, upL_t block, __m256d magic, Modulus m) {
     double* const x = part.data + block * part.stride;
     const double* const weights = part.twiddles.weights + 8 * b * block;
-    for (unsigned i = 0; i < 8 * b; i += 4) {
-        Vectors4 c;
-        if (other != nullptr) {
-            c = pointwise(x + 4 * i, other + block * part.stride + 4 * i, _mm256_load_pd(weights + i), magic,
-                          m);
-        } else {
-            for (unsigned k = 0; k < 4; k++) c.x[k] = reduce_mod(_mm256_load_pd(x + 4 * (i + k)), m);
+    if (other != nullptr) {
+        pointwise<2 * b>(
+            x, other + block * part.stride, [&](unsigned g) { return _mm256_load_pd(weights + 4 * g); },
+            magic, m);
+    } else {
+        reduce_block(x, 8 * b, m);
+    }
+    const OddBlockNodes node(part.twiddles.twiddles[inverse_direction], part.levels, block);
+    const double* powers = part.twiddles.powers[inverse_direction] + 8 * block;
+    const OddConstants& constants = part.prime->odd[inverse_direction];
+    const upL_t nodes = part.twiddles.nodes;
+    double* z = x;
+    for (unsigned g = 0; g < 4; g++, z += 8 * b, powers += 2) {
+        const Factor f = make_factor(all(node.level[2] + g), m);
+        __m256d t[b], u[b];
+        for (unsigned r = 0; r < b; r++) {
+            t[r] = _mm256_load_pd(z + 4 * r);
+            u[r] = _mm256_load_pd(z + 4 * (b + r));
         }
-        for (unsigned k = 0; k < 4; k++) _mm256_store_pd(x + 4 * (i + k), c.x[k]);
+        odd_dft<b>(t, constants, m);
+        odd_dft<b>(u, constants, m);
+        t[0] = reduce_mod(t[0], m);
+        u[0] = reduce_mod(u[0], m);
+        for (unsigned r = 1; r < b; r++) {
+            t[r] = mul_mod(t[r], all(powers + (r - 1) * nodes), m);
+            u[r] = mul_mod(u[r], all(powers + (r - 1) * nodes + 1), m);
+        }
+        for (unsigned r = 0; r < b; r++) {
+            join(t[r], u[r], f, m);
+            _mm256_store_pd(z + 4 * r, t[r]);
+            _mm256_store_pd(z + 4 * (b + r), u[r]);
+        }
     }
-    const double* const powers = part.twiddles.powers[inverse_direction] + 8 * block;
-    for (unsigned g = 0; g < 8; g++)
-        inverse_odd<b>(x + 4 * b * g, powers + g, part.twiddles.nodes, part.prime->odd[inverse_direction], m);
-    const double* const twiddles = part.twiddles.twiddles[inverse_direction];
-    double local[8];
-    local[0] = twiddles[0];
-    for (unsigned e = 0; e < 3; e++) {
-        for (upL_t j = 0; j < upL_t{1} << e; j++)
-            local[(1u << e) + j] = twiddles[(upL_t{1} << (part.levels + e)) + (block << e) + j];
-    }
-    inverse_levels({x, 4 * b, b, local, part.prime}, 3);
+    join4_rows(x, 8 * b, 2 * b, make_factors4(node.level[0], node.level[1], node.i, m), m);
 }
 
 }  // namespace

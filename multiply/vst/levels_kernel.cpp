@@ -27,45 +27,11 @@ struct Node {
     }
 };
 
-ZNP_INLINE void split8(__m256d (&x)[8], const Factor (&s)[7], const Modulus& m) {
-    for (unsigned i = 0; i < 4; i++) split(x[i], x[i + 4], s[0], m);
-    for (unsigned i = 0; i < 2; i++) split(x[i], x[i + 2], s[1], m);
-    for (unsigned i = 4; i < 6; i++) split(x[i], x[i + 2], s[2], m);
-    for (unsigned i = 0; i < 4; i++) split(x[2 * i], x[2 * i + 1], s[3 + i], m);
-}
-
-ZNP_INLINE void join8(__m256d (&x)[8], const Factor (&s)[7], const Modulus& m) {
-    for (unsigned i = 0; i < 4; i++) join(x[2 * i], x[2 * i + 1], s[3 + i], m);
-    for (unsigned i = 0; i < 2; i++) join(x[i], x[i + 2], s[1], m);
-    for (unsigned i = 4; i < 6; i++) join(x[i], x[i + 2], s[2], m);
-    for (unsigned i = 0; i < 4; i++) join(x[i], x[i + 4], s[0], m);
-    x[0] = reduce_mod(x[0], m);
-    x[1] = reduce_mod(x[1], m);
-}
-
-template <bool inverse>
-ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, Modulus m, bool reduce) {
-    const Factor s[7] = {node.factor(0, 0, m), node.factor(1, 0, m), node.factor(1, 1, m),
-                         node.factor(2, 0, m), node.factor(2, 1, m), node.factor(2, 2, m),
-                         node.factor(2, 3, m)};
-    for (double* end = row + 4 * count; row != end; row += 4) {
-        __m256d x[8];
-        for (unsigned i = 0; i < 8; i++) x[i] = _mm256_load_pd(row + i * step);
-        if constexpr (inverse) {
-            join8(x, s, m);
-        } else {
-            if (reduce) x[0] = reduce_mod(x[0], m);
-            split8(x, s, m);
-        }
-        for (unsigned i = 0; i < 8; i++) _mm256_store_pd(row + i * step, x[i]);
-    }
-}
-
 template <bool inverse>
 ZNP_INLINE void step4(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
     const Factors4 f = make_factors4(node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), m);
     if constexpr (inverse) {
-        join4_rows<true>(row, step, count, f, m);
+        join4_rows(row, step, count, f, m);
     } else if (reduce) {
         split4_rows<true>(row, step, count, f, m);
     } else {
@@ -74,25 +40,35 @@ ZNP_INLINE void step4(double* row, upL_t step, upL_t count, const Node& node, co
 }
 
 template <bool inverse>
-ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, Modulus m, bool reduce) {
-    const Factor s = node.factor(0, 0, m);
-    for (double* end = row + 4 * count; row != end; row += 4) {
-        __m256d x = _mm256_load_pd(row);
-        __m256d y = _mm256_load_pd(row + step);
-        if constexpr (inverse) {
-            join(x, y, s, m);
-            x = reduce_mod(x, m);
-        } else {
-            if (reduce) x = reduce_mod(x, m);
-            split(x, y, s, m);
-        }
-        _mm256_store_pd(row, x);
-        _mm256_store_pd(row + step, y);
+ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
+    const Factor f = node.factor(0, 0, m);
+    if constexpr (inverse) {
+        join_rows<true>(row, step, count, f, m);
+    } else if (reduce) {
+        split_rows<true>(row, step, count, f, m);
+    } else {
+        split_rows<false>(row, step, count, f, m);
+    }
+}
+
+// Two levels and one on 8 rows, which stay in the first-level cache meanwhile.
+template <bool inverse>
+ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
+    if constexpr (!inverse) {
+        step4<false>(row, 2 * step, count, node, m, reduce);
+        step4<false>(row + step, 2 * step, count, node, m, reduce);
+        for (unsigned i = 0; i < 4; i++)
+            split_rows<false>(row + 2 * i * step, step, count, node.factor(2, i, m), m);
+    } else {
+        for (unsigned i = 0; i < 4; i++)
+            join_rows<false>(row + 2 * i * step, step, count, node.factor(2, i, m), m);
+        step4<true>(row, 2 * step, count, node, m, false);
+        step4<true>(row + step, 2 * step, count, node, m, false);
     }
 }
 
 // The top of the tree of X^N - 1, where all twiddles are 1 but that of the second child.
-ZNP_INLINE void split_root(const Rows& rows, upL_t quarter, bool half, const Modulus& m) {
+ZNP_INLINE void split_root(const Rows& rows, upL_t quarter, bool half, Modulus m) {
     const Factor i = make_factor(_mm256_broadcast_sd(rows.twiddles), m);
     const upL_t step = quarter * rows.stride;
     for (upL_t r = 0; r < quarter; r++) {
@@ -115,7 +91,7 @@ ZNP_INLINE void split_root(const Rows& rows, upL_t quarter, bool half, const Mod
         }
     }
 }
-ZNP_INLINE void join_root(const Rows& rows, upL_t quarter, double scale, const Modulus& m) {
+ZNP_INLINE void join_root(const Rows& rows, upL_t quarter, double scale, Modulus m) {
     const Factor i = make_factor(_mm256_broadcast_sd(rows.twiddles), m);
     const Factor f = make_factor(_mm256_set1_pd(scale), m);
     const upL_t step = quarter * rows.stride;

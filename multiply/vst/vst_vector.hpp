@@ -159,9 +159,10 @@ ZNP_INLINE void join4_end(double* x, upL_t step, const Half4& half, const Factor
     _mm256_store_pd(x + 3 * step, mul_mod(half.b, f.rs, m));
 }
 
-// Two levels on 4 rows of `count` vectors, `step` doubles apart.
+// Two levels on 4 rows of `count` vectors, `step` doubles apart. The constants come by value: stores to the
+// rows cannot change them.
 template <bool reduce>
-ZNP_INLINE void split4_rows(double* x, upL_t step, upL_t count, const Factors4& f, const Modulus& m) {
+ZNP_INLINE void split4_rows(double* x, upL_t step, upL_t count, Factors4 f, Modulus m) {
     const auto begin = [&](double* y) {
         const __m256d x0 = _mm256_load_pd(y);
         return split4_begin(y, step, reduce ? reduce_mod(x0, m) : x0, f, m);
@@ -174,12 +175,11 @@ ZNP_INLINE void split4_rows(double* x, upL_t step, upL_t count, const Factors4& 
     }
     split4_end(x, step, half, f, m);
 }
-template <bool reduce>
-ZNP_INLINE void join4_rows(double* x, upL_t step, upL_t count, const Factors4& f, const Modulus& m) {
+ZNP_INLINE void join4_rows(double* x, upL_t step, upL_t count, Factors4 f, Modulus m) {
     const auto begin = [&](double* y) {
         const __m256d v[4] = {_mm256_load_pd(y), _mm256_load_pd(y + step), _mm256_load_pd(y + 2 * step),
                               _mm256_load_pd(y + 3 * step)};
-        return join4_begin(y, step, v, reduce, f, m);
+        return join4_begin(y, step, v, true, f, m);
     };
     Half4 half = begin(x);
     for (double* const last = x + 4 * (count - 1); x != last; x += 4) {
@@ -188,6 +188,31 @@ ZNP_INLINE void join4_rows(double* x, upL_t step, upL_t count, const Factors4& f
         half = next;
     }
     join4_end(x, step, half, f, m);
+}
+
+// One level on 2 rows, four vectors at a time; count is a multiple of 4.
+template <bool reduce>
+ZNP_INLINE void split_rows(double* x, upL_t step, upL_t count, Factor f, Modulus m) {
+    for (double* const end = x + 4 * count; x != end; x += 16) {
+        for (unsigned i = 0; i < 16; i += 4) {
+            __m256d u = _mm256_load_pd(x + i), v = _mm256_load_pd(x + step + i);
+            if (reduce) u = reduce_mod(u, m);
+            split(u, v, f, m);
+            _mm256_store_pd(x + i, u);
+            _mm256_store_pd(x + step + i, v);
+        }
+    }
+}
+template <bool reduce>
+ZNP_INLINE void join_rows(double* x, upL_t step, upL_t count, Factor f, Modulus m) {
+    for (double* const end = x + 4 * count; x != end; x += 16) {
+        for (unsigned i = 0; i < 16; i += 4) {
+            __m256d u = _mm256_load_pd(x + i), v = _mm256_load_pd(x + step + i);
+            join(u, v, f, m);
+            _mm256_store_pd(x + i, reduce ? reduce_mod(u, m) : u);
+            _mm256_store_pd(x + step + i, v);
+        }
+    }
 }
 
 }  // namespace znp::vst
