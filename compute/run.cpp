@@ -94,14 +94,11 @@ void end_computation(RunTimeParameters& run, const Time& start) {
 }  // namespace
 
 std::string run_refusal(const ComputeParameters& settings) {
-    const auto missing = [](const std::string& what) {
-        return what + " is not available in this version yet.";
-    };
-    if (settings.mode == ComputeMode::swap) return missing("Swap Mode");
+    if (settings.mode == ComputeMode::swap) return not_available_text("Swap Mode");
     if (!settings.constant->runs_B(settings.algorithm)) {
-        return missing("The computation of " + settings.constant->get_short_name());
+        return not_available_text("The computation of " + settings.constant->get_short_name());
     }
-    if (settings.digits_per_file != 0) return missing("Compressed output");
+    if (settings.digits_per_file != 0) return not_available_text("Compressed output");
     return settings.estimate_refusal;
 }
 

@@ -84,7 +84,11 @@ void report_reattempts(u64_t count) {
 }
 
 void not_available_yet(const std::string& what) {
-    fatal_exit(what + " is not available in this version yet.");
+    fatal_exit(not_available_text(what));
+}
+
+std::string not_available_text(const std::string& what) {
+    return what + " is not available in this version yet.";
 }
 
 }  // namespace znp

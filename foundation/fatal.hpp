@@ -41,7 +41,8 @@ inline constexpr const char* label_expected = "Expected: ";
 // For retry loops that count their rounds: "Succeeded after N re-attempt(s). ..." in red.
 void report_reattempts(u64_t count);
 
-// One clear fatal error for a piece of the system that is not part of this version yet.
+// One clear fatal error for a piece of the system that is not part of this version yet, and its text.
 [[noreturn]] void not_available_yet(const std::string& what);
+std::string not_available_text(const std::string& what);
 
 }  // namespace znp
