@@ -95,8 +95,7 @@ class PrimeSet:
         self.inverses = [balanced(pow(m, -1, p), p) for m, p in zip(self.cofactors, self.primes)]
         self.factors = [limb for m in self.cofactors for limb in limbs(m, a - 1)] + limbs(self.product, a)
         self.inverse_primes = [1.0 / p for p in self.primes]
-        self.limb_bases = [balanced(1 << LIMB, p) for p in self.primes]
-        self.limb_ratios = [base / p for base, p in zip(self.limb_bases, self.primes)]
+        self.limb_powers = [balanced(1 << LIMB * k, p) for p in self.primes for k in (1, 2, 3)]
         self.scale = -(2.0 ** 48) * (1 << (LIMB * (a - 1))) / self.product
 
     def slack(self, c):
@@ -139,8 +138,7 @@ def include_text(sets):
         lines.append(c_array("roots", s.roots, s.a, s.b))
         lines.append(c_array("neg_half", [-((p - 1) // 2) for p in s.primes], s.a, s.b))
         lines.append(c_array("inverse_primes", s.inverse_primes, s.a, s.b))
-        lines.append(c_array("limb_bases", s.limb_bases, s.a, s.b))
-        lines.append(c_array("limb_ratios", s.limb_ratios, s.a, s.b))
+        lines.append(c_array("limb_powers", s.limb_powers, s.a, s.b))
         lines.append(c_array("crt_factors", s.factors, s.a, s.b))
         lines.append(c_array("crt_inverses", s.inverses, s.a, s.b))
     lines.append("\nconstexpr PrimeSet sets[6][4] = {\n")
@@ -148,8 +146,8 @@ def include_text(sets):
         lines.append("    {\n")
         for s in (s for s in sets if s.a == a):
             names = ", ".join("%s_%d_%d" % (name, s.a, s.b)
-                              for name in ("primes", "roots", "neg_half", "inverse_primes", "limb_bases",
-                                           "limb_ratios", "crt_factors", "crt_inverses"))
+                              for name in ("primes", "roots", "neg_half", "inverse_primes", "limb_powers",
+                                           "crt_factors", "crt_inverses"))
             lines.append("        {%d, %d, %d, %s, %r},\n" % (s.a, s.b, s.max_c, names, s.scale))
         lines.append("    },\n")
     lines.append("};\n")

@@ -12,7 +12,7 @@
 namespace znp::vst {
 
 // Residues of block i of an operand of L 32-bit words (read as bytes: may be unaligned to 8): balanced up to
-// a rounding, |r| <= 0.58 p, at `block` (g.block_bytes(), aligned to 32; the padding vectors are not
+// a rounding, |r| <= 0.6 p, at `block` (g.block_bytes(), aligned to 32; the padding vectors are not
 // written). Words past the operand count as zero; a block wholly past it is cleared.
 void words_to_block(const Geometry& g, const PrimeSet& set, double* block, const std::byte* words, upL_t L,
                     upL_t i);
@@ -25,7 +25,7 @@ struct BlockCarry {
 // The opposite: the n coefficients of a block, recovered, carried and written as the block's input_words
 // words of the result. `block` has, for each coefficient and prime, the coefficient times
 // set.crt_inverses[s] modulo the prime (inverse_scale has this factor), balanced up to a rounding,
-// |r| <= 0.58 p; it is not changed. carry comes in from the block before and leaves for the one behind.
+// |r| <= 0.6 p; it is not changed. carry comes in from the block before and leaves for the one behind.
 // Returns the OR of the coefficients' parts above 2 input_bits (shifted down to bit 0), which the redundancy
 // check compares with its bound.
 u64_t block_to_words(const Geometry& g, const PrimeSet& set, std::byte* words, const double* block,

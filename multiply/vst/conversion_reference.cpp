@@ -141,7 +141,7 @@ bool is_balanced(const Geometry& g, const PrimeSet& set, const double* block) {
     for (unsigned s = 0; s < g.a; ++s) {
         for (upL_t j = 0; j < g.n(); ++j) {
             const double r = block[4 * g.row() * s + j];
-            if (!(std::fabs(r) <= 0.58 * set.primes[s]) || r != std::rint(r)) return false;
+            if (!(std::fabs(r) <= 0.6 * set.primes[s]) || r != std::rint(r)) return false;
         }
     }
     return true;

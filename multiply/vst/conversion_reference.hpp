@@ -13,7 +13,7 @@ void words_to_block_reference(const Geometry& g, const PrimeSet& set, double* bl
 u64_t block_to_words_reference(const Geometry& g, const PrimeSet& set, std::byte* words, const double* block,
                                BlockCarry& carry);
 
-// Every residue of the block is an integer and |r| <= 0.58 p: what both conversions promise or ask. For
+// Every residue of the block is an integer and |r| <= 0.6 p: what both conversions promise or ask. For
 // assertions.
 bool is_balanced(const Geometry& g, const PrimeSet& set, const double* block);
 

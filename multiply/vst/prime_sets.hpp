@@ -16,8 +16,7 @@ struct PrimeSet {
     const double* roots;           // of order b 2^max_c, balanced
     const double* neg_half;        // -(p - 1) / 2
     const double* inverse_primes;  // 1 / p
-    const double* limb_bases;      // 2^48 modulo p, balanced
-    const double* limb_ratios;     // these over p
+    const double* limb_powers;     // 2^48, 2^96 and 2^144 modulo each prime, balanced
     const double* crt_factors;     // a - 1 limbs of each P / p, then a limbs of P, in signed base 2^48
     const double* crt_inverses;    // of each P / p modulo p, balanced
     double scale;                  // -2^(48 a) / P: from a value's top limb to the multiple of P to take off

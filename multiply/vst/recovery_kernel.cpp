@@ -12,14 +12,14 @@
 //     high' = high + y C_j,   low' = low + (y C_j + (high - high'))
 //
 // The sums begin with M' and M = 1.5 2^52 and stay in these binades, so that their mantissas, read as
-// integers, are the sums: |y| < 0.58 2^48 and |C_j| <= 2^47, 2^48 for the top limb, so the high parts are at
-// most 9 0.58 2^48 = 10.5 2^47 units of 2^48, and the low ones at most 9 2^47. Both sums have room for 2^51 =
+// integers, are the sums: |y| < 0.6 2^48 and |C_j| <= 2^47, 2^48 for the top limb, so the high parts are at
+// most 9 0.6 2^48 = 10.8 2^47 units of 2^48, and the low ones at most 9 2^47. Both sums have room for 2^51 =
 // 16 2^47.
 //
 // k comes from the top high part t = (x + k P) / 2^(48 (a - 1)) up to a relative error of 2^-38:
 // -k = round(0.2 - t 2^(48 (a - 1)) / P). As 0 <= x < 2^-1.29 P < 0.41 P, the argument lies within 0.21 of
 // -k; a negacyclic transform, whose coefficients have an offset, leaves at most 0.44 P and 0.24. -k P, |k| <=
-// 5, is added limb by limb to the low parts: at most 14 2^47 in all. A value that is no coefficient comes out
+// 5, is added limb by limb to the low parts: at most 15 2^47 in all. A value that is no coefficient comes out
 // modulo P between -0.3 P and 0.7 P; its high part shows it.
 //
 // Carries go through the limbs in 64-bit integers. Then neighbouring points are added: the upper input_bits

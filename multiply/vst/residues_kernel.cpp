@@ -1,18 +1,17 @@
 // Words to residues: the first step of a forward transform.
 //
 // A point's bytes are cut into limbs of 48 bits (with an even number of primes the top one has 24), four
-// points at a time, and a byte shuffle leaves each limb in the mantissa of a double. Then Horner's rule
-// modulo each prime p: with M = 1.5 2^52, r the value so far, B = 2^48 mod p balanced, and l the next limb,
+// points at a time, and a byte shuffle leaves each limb l_k in the mantissa of a double. Modulo a prime p,
+// with the balanced constants B_k = 2^(48 k) mod p,
 //
-//     hi = r B,   lo = r B - hi,   q = round(r (B / p)),   r' = (hi - q p) + (lo + l)
+//     l_0 + sum l_k B_k = high + low,   r = (high - q p) + low,   q = round((high + low) / p),
 //
-// and in the last step q = round((hi + l) / p), which leaves r' balanced. That q does not wait for hi keeps
-// the chain of a step short: the chains' latency, not the operations, bounds this kernel.
+// where each product is split without error into a multiple of 2^48 and a rest by a sum that carries the
+// magic number 1.5 2^100 (see recovery_kernel.cpp); one reduction serves all of them.
 //
-// Bounds, with |B| <= p / 2, 2^45 < p < 2^48, 0 <= l < 2^48. Throughout |r| < 1.53 2^48: then |r B / p| <
-// 0.77 2^48, of which B / p rounded loses 2^-53, 0.024; so |r B - q p| <= 0.524 p and |r'| < 0.524 p + 2^48.
-// As |r B| < 2^95.7, |lo| <= 2^42; hi - q p, lo + l and their sum are integers below 2^50: exact. In the last
-// step lo is left out of q, hi + l is rounded, and 1 / p is: three times 0.024. So |r'| < 0.58 p.
+// Bounds, with 0 <= l < 2^48, |B| <= p / 2, 2^45 < p < 2^48 and at most three products: |high| <= 1.5 2^48 p
+// < 2^97, within the magic number's room; |low| <= 2^48 + 3 2^47. high + low and 1 / p are rounded by 2^-53,
+// which is 0.047 of p each, so that |r| <= 0.6 p; high - q p is an integer below 2^50, exact, and so is r.
 #include <cassert>
 
 #include "multiply/vst/conversion.hpp"
@@ -66,33 +65,37 @@ struct Limbs {
     }
 };
 
-// A prime's p, 1 / p, B and B / p.
 struct Constants {
-    const double *primes, *inverses, *bases, *ratios;
+    const double *primes, *inverses, *powers;
+};
+
+// A sum of exact products, in multiples of 2^48 (with the magic number) and rests.
+struct SplitSum {
+    __m256d high, low;
+
+    ZNP_INLINE void add(__m256d x, __m256d y) {
+        const __m256d sum = _mm256_fmadd_pd(x, y, high);
+        low = _mm256_add_pd(low, _mm256_fmadd_pd(x, y, _mm256_sub_pd(high, sum)));
+        high = sum;
+    }
 };
 
 template <unsigned a>
 ZNP_INLINE __m256d residue(const Limbs<a>& x, const Constants& set, unsigned s) {
-    constexpr unsigned top = Limbs<a>::count - 1;
-    const __m256d magic = _mm256_set1_pd(round_magic);
+    const __m256d magic = _mm256_set1_pd(round_magic), split_magic = _mm256_set1_pd(0x1.8p100);
     const __m256d p = _mm256_set1_pd(set.primes[s]), inverse = _mm256_set1_pd(set.inverses[s]);
-    const __m256d base = _mm256_set1_pd(set.bases[s]), ratio = _mm256_set1_pd(set.ratios[s]);
-    __m256d r = x.limb[top];
+    SplitSum sum{split_magic, x.limb[0]};
 #pragma GCC unroll 3
-    for (unsigned done = 0; done < top; ++done) {
-        const unsigned k = top - 1 - done;
-        const __m256d hi = _mm256_mul_pd(r, base);
-        const __m256d low = _mm256_add_pd(_mm256_fmsub_pd(r, base, hi), x.limb[k]);
-        const __m256d q = k > 0 ? _mm256_fmadd_pd(r, ratio, magic)
-                                : _mm256_fmadd_pd(_mm256_add_pd(hi, x.limb[k]), inverse, magic);
-        r = _mm256_add_pd(_mm256_fnmadd_pd(_mm256_sub_pd(q, magic), p, hi), low);
-    }
-    return r;
+    for (unsigned k = 1; k < Limbs<a>::count; ++k)
+        sum.add(x.limb[k], _mm256_set1_pd(set.powers[3 * s + k - 1]));
+    const __m256d high = _mm256_sub_pd(sum.high, split_magic), whole = _mm256_add_pd(high, sum.low);
+    const __m256d q = _mm256_sub_pd(_mm256_fmadd_pd(whole, inverse, magic), magic);
+    return _mm256_add_pd(_mm256_fnmadd_pd(q, p, high), sum.low);
 }
 
 template <unsigned a>
 void convert(const Geometry& g, const PrimeSet& set, double* block, const std::byte* bytes) {
-    const Constants constants{set.primes, set.inverse_primes, set.limb_bases, set.limb_ratios};
+    const Constants constants{set.primes, set.inverse_primes, set.limb_powers};
     const upL_t lanes = g.lanes(), stride = 4 * g.row();
     for (upL_t v = 0; v < lanes; ++v) {
         Limbs<a> x;

@@ -83,7 +83,7 @@ void expect_residues(Forward convert, const Geometry& g, const std::vector<std::
         for (unsigned s = 0; s < g.a; ++s) {
             const double r = block.at(s, j), p = set.primes[s];
             ASSERT_EQ(r, std::rint(r));
-            ASSERT_LE(std::fabs(r), p * 0.58) << g.a << " " << g.b << " point " << j;
+            ASSERT_LE(std::fabs(r), p * 0.6) << g.a << " " << g.b << " point " << j;
             mpz_set_d(difference.value, r);
             mpz_sub(difference.value, difference.value, point.value);
             ASSERT_TRUE(mpz_divisible_ui_p(difference.value, static_cast<unsigned long>(p)))
