@@ -9,6 +9,7 @@
 
 #include "foundation/exceptions.hpp"
 #include "foundation/fatal.hpp"
+#include "foundation/thread_placement.hpp"
 #include "shell/console.hpp"
 
 namespace znp {
@@ -47,9 +48,25 @@ void run_and_report(Thread& thread) {
 
 void* thread_function(void* argument) {
     auto& thread = *static_cast<Thread*>(argument);
+    if (thread.placed) take_processors(thread.processors);
     run_and_report(thread);
     thread.finished = true;
     return nullptr;
+}
+
+// A placement that the system refuses (processors can be taken away while the program runs) is no failure.
+int create(Thread& thread, Placement placement) {
+    if (placement == Placement::beside_creator) {
+        const PlacedElsewhere place;
+        thread.placed = place.attributes() != nullptr;
+        thread.processors = place.processors();
+        if (thread.placed &&
+            thread_create_call(&thread.handle, place.attributes(), thread_function, &thread) == 0) {
+            return 0;
+        }
+        thread.placed = false;
+    }
+    return thread_create_call(&thread.handle, nullptr, thread_function, &thread);
 }
 
 // The threads of one fork. What is still started at the end of the scope is joined there, so that a throwing
@@ -61,9 +78,9 @@ class ThreadGroup {
     ThreadGroup& operator=(const ThreadGroup&) = delete;
     ~ThreadGroup() { join(); }
 
-    void start(int priority, Task& task, u64_t index) {
+    void start(int priority, Task& task, u64_t index, Placement placement) {
         threads_.push_back(std::make_unique<Thread>());
-        thread_start(*threads_.back(), priority, task, index);
+        thread_start(*threads_.back(), priority, task, index, placement);
     }
 
     // In the order of the starts. Returns the first status that is not 0.
@@ -82,11 +99,11 @@ class ThreadGroup {
 
 }  // namespace
 
-void thread_start(Thread& thread, int priority, Task& task, u64_t index) {
+void thread_start(Thread& thread, int priority, Task& task, u64_t index, Placement placement) {
     thread = Thread{};
     thread.task = &task;
     thread.index = index;
-    const int result = thread_create_call(&thread.handle, nullptr, thread_function, &thread);
+    const int result = create(thread, placement);
     if (result != 0) fire(Threads::ThreadException(result, "Unable to create thread."));
     thread.started = true;
     if (priority != 0) {
@@ -104,21 +121,24 @@ void thread_join(Thread& thread) {
 
 s32_t fork_two(Task& first, Task& second) {
     ThreadGroup threads;
-    threads.start(0, first, 0);
+    threads.start(0, first, 0, Placement::beside_creator);
     second.run(0);
     return threads.join();
 }
 
 s32_t fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority) {
     ThreadGroup threads;
-    for (u64_t index = first; index < last; ++index) threads.start(priority, task, index);
+    for (u64_t index = first; index < last; ++index)
+        threads.start(priority, task, index, Placement::anywhere);
     return threads.join();
 }
 
 s32_t fork_range(Task& task, u64_t first, u64_t last, int priority) {
     if (first >= last) return 0;
     ThreadGroup threads;
-    for (u64_t index = first; index < last - 1; ++index) threads.start(priority, task, index);
+    for (u64_t index = first; index < last - 1; ++index) {
+        threads.start(priority, task, index, Placement::beside_creator);
+    }
     task.run(last - 1);
     return threads.join();
 }

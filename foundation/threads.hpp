@@ -10,6 +10,7 @@
 #pragma once
 
 #include <pthread.h>
+#include <sched.h>
 
 #include "foundation/types.hpp"
 
@@ -43,12 +44,19 @@ struct Thread {
     bool finished = false;  // set by the thread as its last action; read only after the join
     bool started = false;   // between a successful create and a successful join
     s32_t status = 0;       // code of a zn_exception that run() let out; 1 for one whose code is 0
+    bool placed = false;    // created on another processor than its creator's, to take back these
+    cpu_set_t processors{};
 };
 
 inline constexpr u64_t max_threads = 256;
 
+// Whether a new thread shall run beside its creator, which has work of its own, or may begin on any processor
+// (foundation/thread_placement.hpp).
+enum class Placement { anywhere, beside_creator };
+
 // A failed create ends the program. priority 0 leaves the scheduling alone; others are an attempt only.
-void thread_start(Thread& thread, int priority, Task& task, u64_t index);
+void thread_start(Thread& thread, int priority, Task& task, u64_t index,
+                  Placement placement = Placement::anywhere);
 void thread_join(Thread& thread);
 
 // first.run(0) on a new thread, second.run(0) on this one, join. If second throws, the join still happens.
