@@ -8,12 +8,13 @@ A row (a, b, c) is a transform of b 2^c points over a primes, which holds 24 (a 
 159 rows with c from 9 to 28, the large one 296 rows with c from 11 to 43: all capacities that there are, each by its
 fastest row, less, in the main plan, those that save least against the next row.
 
-The time of a row is that of a product of its capacity on one thread. generators/vst_measurements.tsv (output of
-bench/vst_sizes_bench: a, b, c, nanoseconds) has it where it was measured; other rows follow the model below, scaled to
-the measured row that is nearest in size.
+A row's time is that of a product of its capacity on one thread, from generators/vst_measurements.tsv (output of
+bench/vst_sizes_bench: a, b, c, nanoseconds). Measurements come and go by some per cent: what counts is the median, over
+a row and its neighbours of the same set, of the ratio to the model below. Longer rows than were measured follow the
+model from the last ones. Fewer primes make larger images: a prime less must save a per cent.
 """
-import math
 import os
+import statistics
 import sys
 
 from generated import ROOT, write_or_check
@@ -44,25 +45,19 @@ def model(row):
 
 def read_measurements():
     times = {}
-    path = os.path.join(ROOT, "generators/vst_measurements.tsv")
-    if os.path.exists(path):
-        with open(path, encoding="ascii") as file:
-            for line in file:
-                if not line.startswith("#"):
-                    a, b, c, nanoseconds = line.split()
-                    times[int(a), int(b), int(c)] = float(nanoseconds)
+    with open(os.path.join(ROOT, "generators/vst_measurements.tsv"), encoding="ascii") as file:
+        for line in file:
+            if not line.startswith("#"):
+                a, b, c, nanoseconds = line.split()
+                times[int(a), int(b), int(c)] = float(nanoseconds)
     return times
 
 
 def estimate(row, times):
-    if row in times:
-        return times[row]
-    same_set = [other for other in times if other[:2] == row[:2]]
-    known = same_set or list(times)
-    if not known:
-        return model(row)
-    nearest = min(known, key=lambda other: (abs(math.log(capacity(other) / capacity(row))), other))
-    return model(row) * times[nearest] / model(nearest)
+    """The time that counts."""
+    near = sorted((other for other in times if other[:2] == row[:2]), key=lambda other: (abs(other[2] - row[2]), other))
+    ratio = statistics.median(times[other] / model(other) for other in near[:3])
+    return model(row) * ratio * (1 + 0.01 * (9 - row[0]))
 
 
 def all_rows(c_range, low, high):
