@@ -22,14 +22,19 @@ double node_factor(const double* bits, u64_t node, unsigned shift, const PrimeTa
     return product;
 }
 
-// out = factor x, count rounded up to vectors.
-void scale(double* out, double factor, const double* x, upL_t count, const PrimeTables& t) {
+}  // namespace
+
+void scale_residues(double* out, double factor, const double* x, upL_t count, const PrimeTables& t) {
     const Modulus m = make_modulus(t.p, t.inverse);
     const __m256d f = _mm256_set1_pd(factor);
     for (upL_t i = 0; i < count; i += 4) _mm256_storeu_pd(out + i, mul_mod(_mm256_loadu_pd(x + i), f, m));
 }
 
-}  // namespace
+void multiply_residues(double* out, const double* x, const double* y, upL_t count, const PrimeTables& t) {
+    const Modulus m = make_modulus(t.p, t.inverse);
+    for (upL_t i = 0; i < count; i += 4)
+        _mm256_storeu_pd(out + i, mul_mod(_mm256_loadu_pd(x + i), _mm256_loadu_pd(y + i), m));
+}
 
 void local_twiddles(double* out, const PrimeTables& tables, Direction direction, u64_t node,
                     unsigned levels) {
@@ -43,7 +48,7 @@ void local_twiddles(double* out, const PrimeTables& tables, Direction direction,
     }
     // Upwards: what the vectors of the two short levels write too much is written again.
     for (unsigned e = 0; e < levels; e++)
-        scale(out + (upL_t{1} << e), factors[e], tables.twiddles[direction], upL_t{1} << e, tables);
+        scale_residues(out + (upL_t{1} << e), factors[e], tables.twiddles[direction], upL_t{1} << e, tables);
 }
 
 void local_powers(double* out, const PrimeTables& tables, unsigned b, upL_t block_nodes, Direction direction,
@@ -52,14 +57,14 @@ void local_powers(double* out, const PrimeTables& tables, unsigned b, upL_t bloc
     const upL_t nodes = upL_t{1} << levels;
     double power = factor;
     for (unsigned r = 0; r + 1 < b; r++) {
-        scale(out + r * nodes, power, tables.powers[direction] + r * block_nodes, nodes, tables);
+        scale_residues(out + r * nodes, power, tables.powers[direction] + r * block_nodes, nodes, tables);
         power = mul_scalar(power, factor, tables);
     }
 }
 
 void local_weights(double* out, const PrimeTables& tables, unsigned b, u64_t node, unsigned levels) {
     const double factor = node_factor(tables.power_bits[forward_direction], node, levels, tables);
-    scale(out, factor, tables.weights, upL_t{b} << levels, tables);
+    scale_residues(out, factor, tables.weights, upL_t{b} << levels, tables);
 }
 
 void scale_row_offset(double* x, upL_t count, double factor, double offset, const PrimeTables& prime) {

@@ -21,6 +21,10 @@ void local_powers(double* out, const PrimeTables& tables, unsigned b, upL_t bloc
                   u64_t node, unsigned levels);
 void local_weights(double* out, const PrimeTables& tables, unsigned b, u64_t node, unsigned levels);
 
+// out = factor x, and out = x y: count is rounded up to vectors, values up to 0.54 p in and out.
+void scale_residues(double* out, double factor, const double* x, upL_t count, const PrimeTables& tables);
+void multiply_residues(double* out, const double* x, const double* y, upL_t count, const PrimeTables& tables);
+
 // Rows of points of one column. `twiddles`: local_twiddles of its subtree.
 struct Rows {
     double* data;

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "multiply/vst/size_plan.hpp"
+#include "multiply/vst/vst_kernels.hpp"
 #include "multiply/vst/vst_stages.hpp"
 #include "shell/console.hpp"
 
@@ -19,10 +20,11 @@ constexpr upL_t round_up_4(upL_t n) {
     return (n + 3) & ~upL_t{3};
 }
 
-// Integers modulo a prime below 2^48.
+// Integers modulo a prime below 2^48. A product's quotient is at most one off when it is taken in doubles,
+// which is several times faster than a division of 128 bits.
 class Field {
   public:
-    explicit Field(double p) : p_(static_cast<u64_t>(p)) {}
+    explicit Field(double p) : p_(static_cast<u64_t>(p)), inverse_(1.0 / p) {}
     u64_t from(double balanced) const {
         return balanced < 0 ? p_ - static_cast<u64_t>(-balanced) : static_cast<u64_t>(balanced);
     }
@@ -31,7 +33,12 @@ class Field {
     }
     u64_t add(u64_t x, u64_t y) const { return (x + y) % p_; }
     u64_t sub(u64_t x, u64_t y) const { return (x + p_ - y) % p_; }
-    u64_t mul(u64_t x, u64_t y) const { return static_cast<u64_t>(static_cast<u128_t>(x) * y % p_); }
+    u64_t mul(u64_t x, u64_t y) const {
+        const auto q = static_cast<s64_t>(static_cast<double>(x) * static_cast<double>(y) * inverse_);
+        const auto p = static_cast<s64_t>(p_);
+        const auto r = static_cast<s64_t>(x * y - static_cast<u64_t>(q) * p_);  // -p <= r < 2 p
+        return static_cast<u64_t>(r < 0 ? r + p : r >= p ? r - p : r);
+    }
     u64_t power(u64_t x, u64_t e) const {
         u64_t result = 1;
         for (; e != 0; e >>= 1, x = mul(x, x)) {
@@ -43,6 +50,7 @@ class Field {
 
   private:
     u64_t p_;
+    double inverse_;
 };
 
 // Hands out arrays one behind the other.
@@ -124,10 +132,12 @@ class PrimeBuilder {
     const double* expand(upL_t count, const u64_t* bits) {
         double* const out = carver_.doubles(count);
         out[0] = 1;
-        for (upL_t j = 1; j < count; j++) {
+        for (upL_t j = 1; j < std::min<upL_t>(count, 4); j++) {
             const upL_t top = std::bit_floor(j);
             out[j] = field_.balanced(field_.mul(field_.from(out[j - top]), bits[std::countr_zero(top)]));
         }
+        for (upL_t top = 4; top < count; top *= 2)
+            scale_residues(out + top, field_.balanced(bits[std::countr_zero(top)]), out, top, tables_);
         return out;
     }
 
@@ -151,9 +161,9 @@ class PrimeBuilder {
         const upL_t nodes = set_.block_nodes;
         const double* const v = expand(nodes, bits);
         double* out = carver_.doubles((b_ - 2) * nodes);
-        for (unsigned r = 2; r < b_; r++) {
-            for (upL_t j = 0; j < nodes; j++) *out++ = field_.balanced(field_.power(field_.from(v[j]), r));
-        }
+        const double* previous = v;
+        for (unsigned r = 2; r < b_; r++, previous = out, out += nodes)
+            multiply_residues(out, previous, v, nodes, tables_);
         tables_.powers[direction] = v;
     }
 
