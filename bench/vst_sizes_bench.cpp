@@ -1,7 +1,10 @@
-// Measures the product of every size of the large transform that a plan may hold, up to a length, on one
-// thread. Its output is the record that generators/vst_size_plan.py makes the size plans from:
+// Measures the product of every size of the large transform that a plan may hold, in a range of lengths, on
+// one thread, in memory like that of a run. Its output is the record that generators/vst_size_plan.py makes
+// the size plans from, some ranges after each other, for it takes minutes in all:
 //
-//     vst_sizes_bench > generators/vst_measurements.tsv
+//     vst_sizes_bench 16 27 4 > generators/vst_measurements.tsv
+//     vst_sizes_bench 27 29 2 >> generators/vst_measurements.tsv
+//     vst_sizes_bench 29 31 1 >> generators/vst_measurements.tsv
 //
 // A line is a, b, c and the nanoseconds of a product that fills the transform, the least of several rounds
 // over all sizes: rounds, so that a disturbance of the machine does not hit a single size.
@@ -13,6 +16,7 @@
 #include <vector>
 
 #include "foundation/guarded_alloc.hpp"
+#include "foundation/memory.hpp"
 #include "multiply/table_holder.hpp"
 #include "multiply/vst/prime_sets.hpp"
 #include "multiply/vst/vst_tables.hpp"
@@ -28,12 +32,13 @@ struct Size {
     double nanoseconds;
 };
 
-std::vector<Size> all_sizes(u64_t largest_bits) {
+std::vector<Size> all_sizes(u64_t least_bits, u64_t largest_bits) {
     std::vector<Size> sizes;
     for (unsigned a = 4; a <= 9; ++a) {
         for (unsigned b = 1; b <= 7; b += 2) {
-            for (vst::Geometry g{a, b, b == 1 ? 10u : 9u}; g.capacity() <= largest_bits; ++g.c)
-                sizes.push_back({g, 1e18});
+            for (vst::Geometry g{a, b, b == 1 ? 10u : 9u}; g.capacity() <= largest_bits; ++g.c) {
+                if (g.capacity() > least_bits) sizes.push_back({g, 1e18});
+            }
         }
     }
     return sizes;
@@ -67,12 +72,13 @@ double measure(const VST& vst, const BasicParameters& bp, const std::vector<c64i
     return best;
 }
 
-void run(u64_t largest_bits, unsigned rounds) {
-    std::vector<Size> sizes = all_sizes(largest_bits);
+void run(u64_t least_bits, u64_t largest_bits, unsigned rounds) {
+    std::vector<Size> sizes = all_sizes(least_bits, largest_bits);
     const Tables tables(sizes);
     upL_t bytes = 0;
     for (const Size& size : sizes) bytes = std::max(bytes, VST(nullptr, size.geometry, 1).product_bytes());
     const GuardedArray<std::byte> work = make_guarded_array<std::byte>(nullptr, bytes, 64);
+    first_touch(work.get(), bytes, 1);
     std::vector<c64i> A(largest_bits / 128 + 1), R(largest_bits / 64);
     std::mt19937_64 rng(1);
     for (c64i& x : A) x = rng();
@@ -83,7 +89,6 @@ void run(u64_t largest_bits, unsigned rounds) {
                 std::min(size.nanoseconds, measure(vst, {&tables.holder, work.get(), bytes, 1}, A, R));
         }
     }
-    std::puts("# a\tb\tc\tnanoseconds: bench/vst_sizes_bench");
     for (const Size& size : sizes) {
         const vst::Geometry& g = size.geometry;
         std::printf("%u\t%u\t%u\t%.0f\n", g.a, g.b, g.c, size.nanoseconds);
@@ -93,10 +98,10 @@ void run(u64_t largest_bits, unsigned rounds) {
 }  // namespace
 }  // namespace znp
 
-// Arguments: log2 of the longest product in bits, and the rounds.
+// Arguments: log2 of the range's ends in bits, and the rounds.
 int main(int argc, char** argv) {
-    const int log2_bits = argc > 1 ? std::atoi(argv[1]) : 28;
-    const int rounds = argc > 2 ? std::atoi(argv[2]) : 5;
-    znp::run(znp::u64_t{1} << log2_bits, static_cast<unsigned>(rounds));
+    if (argc != 4) return 1;
+    const auto bits = [](const char* log2) { return znp::u64_t{1} << std::atoi(log2); };
+    znp::run(bits(argv[1]), bits(argv[2]), static_cast<unsigned>(std::atoi(argv[3])));
     return 0;
 }
