@@ -12,6 +12,11 @@ ZNP_INLINE __m256d all(const double* x) {
     return _mm256_broadcast_sd(x);
 }
 
+// A block that comes a few hundred cycles later; it may lie behind the part.
+ZNP_INLINE void prefetch(const double* x, upL_t doubles) {
+    for (upL_t i = 0; i < doubles + 4; i += 8) _mm_prefetch(x + i, _MM_HINT_T0);
+}
+
 // ---- The pointwise step -----------------------------------------------------------------------------------
 //
 // Products modulo X^4 - w of four polynomials at a time, one in each lane. The three parts go over the whole
@@ -297,7 +302,10 @@ void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t co
     const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
     const __m256d magic = _mm256_set1_pd(part.prime->product_magic);
     const double* const weights = part.twiddles.twiddles[forward_direction] + (upL_t{1} << (part.levels + 3));
+    const upL_t doubles = part.b == 1 ? 64 : 32 * part.b;
     for (upL_t i = first; i < first + count; i++) {
+        prefetch(part.data + (i + 3) * part.stride, doubles);
+        if (other != nullptr && other != part.data) prefetch(other + (i + 3) * part.stride, doubles);
         switch (part.b) {
             case 1:
                 inverse_block_1(part.data + i * part.stride,
