@@ -18,6 +18,18 @@ struct WorkAreas {
         : T1(bp.M), T2(T1 + t.transform_bytes), scratch(T2 + t.transform_bytes) {}
 };
 
+template <class word>
+void product_by_steps(const transform& t, word* R, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
+                      upL_t Lb, void* T1, void* T2, void* scratch) {
+    t.forward(T1, A, La, scratch);
+    if (A == B && La == Lb) {
+        t.inverse_fsqr(R, s, e, T1, scratch);
+    } else {
+        t.forward(T2, B, Lb, scratch);
+        t.inverse_fmul(R, s, e, T1, T2, scratch);
+    }
+}
+
 [[noreturn]] void unchecked(const transform& t) {
     fail(zn_exception(error_code::unspecified, "The algorithm's results cannot be verified.", t.name()));
 }
@@ -58,8 +70,7 @@ void transform::sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e,
     check_product("transform::sqr()", bp, 2 * n * WordTraits<word>::bits);
     if (n == 0) return;
     const WorkAreas work(*this, bp);
-    forward(work.T1, A, n, work.scratch);
-    inverse_fsqr(T, s, e, work.T1, work.scratch);
+    product(T, s, e, A, n, A, n, work.T1, work.T2, work.scratch);
 }
 
 template <class word>
@@ -71,9 +82,7 @@ void transform::mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e,
         return;
     }
     const WorkAreas work(*this, bp);
-    forward(work.T1, A, La, work.scratch);
-    forward(work.T2, B, Lb, work.scratch);
-    inverse_fmul(T, s, e, work.T1, work.T2, work.scratch);
+    product(T, s, e, A, La, B, Lb, work.T1, work.T2, work.scratch);
 }
 
 void transform::forward(void* image, const c64i* A, upL_t L, void* scratch) const {
@@ -86,6 +95,16 @@ void transform::inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) 
 
 void transform::inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
     inverse_fmul(halves(R), 2 * s, 2 * e, T1, T2, scratch);
+}
+
+void transform::product(c32i* R, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1,
+                        void* T2, void* scratch) const {
+    product_by_steps(*this, R, s, e, A, La, B, Lb, T1, T2, scratch);
+}
+
+void transform::product(c64i* R, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, void* T1,
+                        void* T2, void* scratch) const {
+    product_by_steps(*this, R, s, e, A, La, B, Lb, T1, T2, scratch);
 }
 
 u64_t transform::checked_fsqr(c64i*, upL_t, upL_t, void*, void*) const {

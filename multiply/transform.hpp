@@ -58,6 +58,13 @@ class transform {
     virtual void inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const;
     virtual void inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const;
 
+    // The steps of a product in one, with both images (B may be A: the square, and T2 is not used). Where an
+    // algorithm has a shorter way than the steps one by one, which is the default.
+    virtual void product(c32i* R, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb,
+                         void* T1, void* T2, void* scratch) const;
+    virtual void product(c64i* R, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb,
+                         void* T1, void* T2, void* scratch) const;
+
     // Inverses that can be verified: the same with the residue (multiply/kernels/residue.hpp) of the whole
     // result R, of which the window is a part. The operands' product is R + q M, where M is the modulus of a
     // cyclic algorithm and q the words above max_bits, less one if they are more than the words below. A

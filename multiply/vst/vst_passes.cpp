@@ -199,21 +199,49 @@ Part make_part(const Frame& frame, const Slot& slot, double* image, Direction di
     return part;
 }
 
-void part_stage(const Frame& frame, double* image, Direction direction, const double* other) {
+// f(slot, j) for each part, on all threads.
+template <class F>
+void for_each_part(const Frame& frame, const F& f) {
     split_range(0, u64_t{1} << frame.stages.part_depth(), frame.threads, 0,
                 [&](u64_t low, u64_t high, u64_t index) {
                     const Slot slot(frame, index);
-                    for (u64_t j = low; j < high; j++) {
-                        for (unsigned s = 0; s < frame.geometry.a; s++) {
-                            const Part part = make_part(frame, slot, image, direction, j, s);
-                            if (direction == forward_direction) {
-                                forward_part(part);
-                            } else {
-                                inverse_part(part, other != nullptr ? other + (part.data - image) : nullptr);
-                            }
-                        }
-                    }
+                    for (u64_t j = low; j < high; j++) f(slot, j);
                 });
+}
+
+void forward_part_stage(const Frame& frame, double* image) {
+    for_each_part(frame, [&](const Slot& slot, u64_t j) {
+        for (unsigned s = 0; s < frame.geometry.a; s++)
+            forward_part(make_part(frame, slot, image, forward_direction, j, s));
+    });
+}
+
+void inverse_part_stage(const Frame& frame, double* image, const double* other) {
+    for_each_part(frame, [&](const Slot& slot, u64_t j) {
+        for (unsigned s = 0; s < frame.geometry.a; s++) {
+            const Part part = make_part(frame, slot, image, inverse_direction, j, s);
+            inverse_part(part, other != nullptr ? other + (part.data - image) : nullptr);
+        }
+    });
+}
+
+// Both parts forward and the product back, prime by prime. other may be image: the square.
+void product_part_stage(const Frame& frame, double* image, double* other) {
+    for_each_part(frame, [&](const Slot& slot, u64_t j) {
+        for (unsigned s = 0; s < frame.geometry.a; s++) {
+            Part part = make_part(frame, slot, image, forward_direction, j, s);
+            forward_part(part);
+            double* const image_part = part.data;
+            double* const other_part = other + (part.data - image);
+            if (other != image) {
+                part.data = other_part;
+                forward_part(part);
+            }
+            part = make_part(frame, slot, image, inverse_direction, j, s);
+            inverse_part({image_part, part.stride, part.b, part.levels, part.twiddles, part.prime},
+                         other_part);
+        }
+    });
 }
 
 // ---- The negacyclic offset --------------------------------------------------------------------------------
@@ -403,26 +431,58 @@ class ResultWords {
 
 // ---- The first stage, forward and back --------------------------------------------------------------------
 
-void first_stage(const Frame& frame, double* image, const std::byte* words, upL_t L) {
-    const Geometry& g = frame.geometry;
-    const unsigned columns_log = frame.stages.columns_log(0);
-    const bool root = frame.ring == Ring::cyclic;
-    const bool half = root && L <= (g.blocks() / 2) * g.input_words();  // the upper rows are zero
-    const Top top = half ? Top::half_root : root ? Top::root : Top::any;
-    const u64_t rows = (u64_t{1} << frame.stages.levels[0]) >> (half ? 1 : 0);
-    split_range(0, u64_t{1} << columns_log, frame.threads, 0, [&](u64_t low, u64_t high, u64_t index) {
-        const Slot slot(frame, index);
-        make_column_twiddles(frame, slot, forward_direction, 0, 0);
-        for (u64_t column = low; column < high; column++) {
-            for (u64_t r = 0; r < rows; r++) {
-                const u64_t block = (r << columns_log) + column;
-                words_to_block(g, *frame.tables->set, image + block * block_doubles(g), words, L, block);
-            }
-            for (unsigned s = 0; s < g.a; s++)
-                forward_levels(column_rows(frame, slot, image, 0, column, s), frame.stages.levels[0], top);
+// The first stage of up to two operands.
+class FirstStage {
+  public:
+    explicit FirstStage(const Frame& frame) : frame_(frame) {}
+
+    void add(double* image, const Operand& operand) {
+        const Geometry& g = frame_.geometry;
+        const bool root = frame_.ring == Ring::cyclic;
+        const bool half = root && operand.L <= (g.blocks() / 2) * g.input_words();  // the upper rows are zero
+        jobs_[count_++] = {image, operand,
+                           half   ? Top::half_root
+                           : root ? Top::root
+                                  : Top::any,
+                           (u64_t{1} << frame_.stages.levels[0]) >> (half ? 1 : 0)};
+    }
+
+    void run() const {
+        split_range(0, u64_t{1} << frame_.stages.columns_log(0), frame_.threads, 0,
+                    [&](u64_t low, u64_t high, u64_t index) {
+                        const Slot slot(frame_, index);
+                        make_column_twiddles(frame_, slot, forward_direction, 0, 0);
+                        for (unsigned i = 0; i < count_; i++) {
+                            for (u64_t column = low; column < high; column++)
+                                run_column(jobs_[i], slot, column);
+                        }
+                    });
+    }
+
+  private:
+    struct Job {
+        double* image;
+        Operand operand;
+        Top top;
+        u64_t rows;  // that are not zero
+    };
+
+    void run_column(const Job& job, const Slot& slot, u64_t column) const {
+        const Geometry& g = frame_.geometry;
+        for (u64_t r = 0; r < job.rows; r++) {
+            const u64_t block = (r << frame_.stages.columns_log(0)) + column;
+            words_to_block(g, *frame_.tables->set, job.image + block * block_doubles(g), job.operand.words,
+                           job.operand.L, block);
         }
-    });
-}
+        for (unsigned s = 0; s < g.a; s++)
+            forward_levels(column_rows(frame_, slot, job.image, 0, column, s), frame_.stages.levels[0],
+                           job.top);
+    }
+
+    const Frame& frame_;
+    Job jobs_[2] = {};
+    unsigned count_ = 0;
+};
 
 // What a thread leaves behind: the columns that it did, with a carry for each row, and the high parts.
 struct SlotReport {
@@ -530,13 +590,17 @@ upL_t scratch_bytes(const Geometry& g, const Stages& stages, u64_t threads) {
 }
 
 void forward_passes(const Frame& frame, double* image, const std::byte* words, upL_t L) {
-    first_stage(frame, image, words, L);
+    FirstStage first(frame);
+    first.add(image, {words, L});
+    first.run();
     for (unsigned s = 1; s < frame.stages.count; s++) middle_stage(frame, image, forward_direction, s);
-    part_stage(frame, image, forward_direction, nullptr);
+    forward_part_stage(frame, image);
 }
 
-u32_t inverse_passes(const Frame& frame, double* image, const double* other, const Result& result) {
-    part_stage(frame, image, inverse_direction, other);
+namespace {
+
+// From the parts' inverses to the words.
+u32_t finish_inverse(const Frame& frame, double* image, const Result& result) {
     for (unsigned s = frame.stages.count; s-- > 1;) middle_stage(frame, image, inverse_direction, s);
 
     const bool negacyclic = frame.ring == Ring::negacyclic;
@@ -550,6 +614,27 @@ u32_t inverse_passes(const Frame& frame, double* image, const double* other, con
     if (negacyclic) correct_offset(frame.geometry, words);
     words.copy_rest();
     return words.top() ? 1 : 0;
+}
+
+}  // namespace
+
+u32_t inverse_passes(const Frame& frame, double* image, const double* other, const Result& result) {
+    inverse_part_stage(frame, image, other);
+    return finish_inverse(frame, image, result);
+}
+
+u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
+                     const Result& result) {
+    FirstStage first(frame);
+    first.add(T1, A);
+    if (B != nullptr) first.add(T2, *B);
+    first.run();
+    for (unsigned s = 1; s < frame.stages.count; s++) {
+        middle_stage(frame, T1, forward_direction, s);
+        if (B != nullptr) middle_stage(frame, T2, forward_direction, s);
+    }
+    product_part_stage(frame, T1, B != nullptr ? T2 : T1);
+    return finish_inverse(frame, T1, result);
 }
 
 u64_t hash_result(const Frame& frame, const double* image, const Result& result) {

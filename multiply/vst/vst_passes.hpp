@@ -43,6 +43,15 @@ struct Result {
 // top bit: 1 means 2^capacity, with all words zero (negacyclic only). other may be image: the square.
 u32_t inverse_passes(const Frame& frame, double* image, const double* other, const Result& result);
 
+// Both forward passes and the inverse in one: what is made of a contiguous part is used while it is in the
+// cache. B null: the square of A; T2 is not used then. T2 is left undefined.
+struct Operand {
+    const std::byte* words;
+    upL_t L;
+};
+u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
+                     const Result& result);
+
 // The residue of all words of the result, modulo 2^61 - 1.
 u64_t hash_result(const Frame& frame, const double* image, const Result& result);
 

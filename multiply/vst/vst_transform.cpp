@@ -63,16 +63,24 @@ vst::Frame VST::frame(vst::Ring ring, void* scratch) const {
     return {record, geometry_, stages_, ring, threads, static_cast<std::byte*>(scratch)};
 }
 
-void VST::forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const {
+void VST::check_operand(upL_t L) const {
     if (32 * L > capacity) fail(ConvolutionTooSmallException(name(), 32 * L, capacity));
+}
+
+void VST::check_window(upL_t s, upL_t e) const {
+    if (s > e) assert_failure(fatal_category::invalid_parameters, L"VST", L"window");
+    check_operand(e);
+}
+
+void VST::forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const {
+    check_operand(L);
     vst::forward_passes(frame(ring, scratch), static_cast<double*>(image),
                         reinterpret_cast<const std::byte*>(A), L);
 }
 
 u32_t VST::inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2,
                       void* scratch) const {
-    if (s > e) assert_failure(fatal_category::invalid_parameters, L"VST", L"window");
-    if (32 * e > capacity) fail(ConvolutionTooSmallException(name(), 32 * e, capacity));
+    check_window(s, e);
     return vst::inverse_passes(frame(ring, scratch), static_cast<double*>(T1), static_cast<const double*>(T2),
                                {bytes(R), s, e});
 }
@@ -87,6 +95,24 @@ void VST::inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const 
 
 void VST::inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
     inverse_in(vst::Ring::cyclic, R, s, e, T1, T2, scratch);
+}
+
+void VST::product(c32i* R, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1,
+                  void* T2, void* scratch) const {
+    check_operand(La);
+    check_operand(Lb);
+    check_window(s, e);
+    const vst::Operand first{reinterpret_cast<const std::byte*>(A), La};
+    const vst::Operand second{reinterpret_cast<const std::byte*>(B), Lb};
+    const bool square = A == B && La == Lb;
+    vst::product_passes(frame(vst::Ring::cyclic, scratch), static_cast<double*>(T1), static_cast<double*>(T2),
+                        first, square ? nullptr : &second, {bytes(R), s, e});
+}
+
+void VST::product(c64i* R, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, void* T1,
+                  void* T2, void* scratch) const {
+    product(reinterpret_cast<c32i*>(R), 2 * s, 2 * e, reinterpret_cast<const c32i*>(A), 2 * La,
+            reinterpret_cast<const c32i*>(B), 2 * Lb, T1, T2, scratch);
 }
 
 u64_t VST::checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {

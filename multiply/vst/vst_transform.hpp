@@ -43,6 +43,12 @@ class VST final : public transform {
     void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
     void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
 
+    // The images' parts are made and used in one pass.
+    void product(c32i* R, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1,
+                 void* T2, void* scratch) const override;
+    void product(c64i* R, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, void* T1,
+                 void* T2, void* scratch) const override;
+
     u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
     u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
     u64_t modulus() const override;
@@ -63,6 +69,8 @@ class VST final : public transform {
     vst::Stages stages_;
 
     vst::Frame frame(vst::Ring ring, void* scratch) const;
+    void check_operand(upL_t L) const;
+    void check_window(upL_t s, upL_t e) const;
     void forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const;
     u32_t inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2,
                      void* scratch) const;

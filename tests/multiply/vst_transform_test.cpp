@@ -71,6 +71,12 @@ class Machine {
         vst.inverse_fmul(R.data(), s, e, T1.get(), T2.get(), scratch.get());
         return R;
     }
+    Words product_in_one(const Words& A, const Words& B, upL_t s, upL_t e) {
+        Words R(e - s, 0x5555);
+        vst.product(R.data(), s, e, A.data(), A.size(), B.data(), B.size(), T1.get(), T2.get(),
+                    scratch.get());
+        return R;
+    }
     Words square(const Words& A, upL_t s, upL_t e) {
         Words R(e - s, 0x5555);
         vst.forward(T1.get(), A.data(), A.size(), scratch.get());
@@ -112,12 +118,15 @@ TEST(VSTTransform, AnyCountOfThreads) {
     auto rng = testing::make_rng(502);
     for (const vst::Geometry& g : {vst::Geometry{9, 1, 15}, {4, 3, 13}, {6, 7, 12}, {5, 1, 10}}) {
         const upL_t L = g.capacity() / 64;
-        const Words A = random_words(rng, L / 2 + 3), B = random_words(rng, L - A.size());
-        const Words P = product(A, B);
+        const Words A = random_words(rng, L / 2), B = random_words(rng, L - A.size());
+        const Words P = product(A, B), square = product(A, A);
         for (const u64_t threads : {1u, 2u, 3u, 5u, 7u, 16u, 33u, 256u}) {
             SCOPED_TRACE(::testing::Message() << g.a << " " << g.b << " " << g.c << " threads " << threads);
             Machine machine(g, threads);
             ASSERT_EQ(machine.multiply(A, B, 0, L), P);
+            ASSERT_EQ(machine.product_in_one(A, B, 0, L), P);
+            ASSERT_EQ(machine.product_in_one(A, A, 0, L - L % 2 - 6),
+                      Words(square.begin(), square.begin() + static_cast<s64_t>(L - L % 2 - 6)));
         }
     }
 }
