@@ -205,33 +205,61 @@ struct OddBlockNodes {
     }
 };
 
+// The odd step at the 8 nodes of a block, b vectors each. A node is begun before the last one is finished.
 template <unsigned b>
-ZNP_INLINE void forward_block(const Part& part, upL_t block, Modulus m) {
-    double* x = part.data + block * part.stride;
-    const OddBlockNodes node(part.twiddles.twiddles[forward_direction], part.levels, block);
-    const double* powers = part.twiddles.powers[forward_direction] + 8 * block;
-    const OddConstants& constants = part.prime->odd[forward_direction];
-    const upL_t nodes = part.twiddles.nodes;
-    split4_rows<false>(x, 8 * b, 2 * b, make_factors4(node.level[0], node.level[1], node.i, m), m);
-    for (unsigned g = 0; g < 4; g++, x += 8 * b, powers += 2) {
-        const Factor f = make_factor(all(node.level[2] + g), m);
-        __m256d t[b], u[b];
-        for (unsigned r = 0; r < b; r++) {
-            t[r] = _mm256_load_pd(x + 4 * r);
-            u[r] = _mm256_load_pd(x + 4 * (b + r));
-            split(t[r], u[r], f, m);
-        }
-        for (unsigned r = 1; r < b; r++) {
-            t[r] = mul_mod(t[r], all(powers + (r - 1) * nodes), m);
-            u[r] = mul_mod(u[r], all(powers + (r - 1) * nodes + 1), m);
-        }
-        odd_dft<b>(t, constants, m);
+ZNP_INLINE void forward_odd(double* x, const double* powers, upL_t nodes, const OddConstants& constants,
+                            Modulus m) {
+    __m256d t[b];
+    const auto begin = [&](unsigned g) {
+        t[0] = _mm256_load_pd(x + 4 * b * g);
+        for (unsigned r = 1; r < b; r++)
+            t[r] = mul_mod(_mm256_load_pd(x + 4 * (b * g + r)), all(powers + (r - 1) * nodes + g), m);
+    };
+    begin(0);
+    for (unsigned g = 0; g < 8; g++) {
+        __m256d u[b];
+        for (unsigned r = 0; r < b; r++) u[r] = t[r];
+        if (g < 7) begin(g + 1);
         odd_dft<b>(u, constants, m);
-        for (unsigned r = 0; r < b; r++) {
-            _mm256_store_pd(x + 4 * r, t[r]);
-            _mm256_store_pd(x + 4 * (b + r), u[r]);
+        for (unsigned r = 0; r < b; r++) _mm256_store_pd(x + 4 * (b * g + r), u[r]);
+    }
+}
+template <unsigned b>
+ZNP_INLINE void inverse_odd(double* x, const double* powers, upL_t nodes, const OddConstants& constants,
+                            Modulus m) {
+    __m256d t[b];
+    const auto begin = [&](unsigned g) {
+        for (unsigned r = 0; r < b; r++) t[r] = _mm256_load_pd(x + 4 * (b * g + r));
+        odd_dft<b>(t, constants, m);
+    };
+    begin(0);
+    for (unsigned g = 0; g < 8; g++) {
+        __m256d u[b];
+        for (unsigned r = 0; r < b; r++) u[r] = t[r];
+        if (g < 7) begin(g + 1);
+        _mm256_store_pd(x + 4 * b * g, reduce_mod(u[0], m));
+        for (unsigned r = 1; r < b; r++) {
+            _mm256_store_pd(x + 4 * (b * g + r), mul_mod(u[r], all(powers + (r - 1) * nodes + g), m));
         }
     }
+}
+
+template <unsigned b>
+ZNP_INLINE void forward_block(const Part& part, upL_t block, Modulus m) {
+    double* const x = part.data + block * part.stride;
+    const OddBlockNodes node(part.twiddles.twiddles[forward_direction], part.levels, block);
+    split4_rows<false>(x, 8 * b, 2 * b, make_factors4(node.level[0], node.level[1], node.i, m), m);
+    for (unsigned g = 0; g < 4; g++) {
+        const Factor f = make_factor(all(node.level[2] + g), m);
+        for (double* z = x + 8 * b * g; z != x + 8 * b * g + 4 * b; z += 4) {
+            __m256d u = _mm256_load_pd(z), v = _mm256_load_pd(z + 4 * b);
+            split(u, v, f, m);
+            _mm256_store_pd(z, u);
+            _mm256_store_pd(z + 4 * b, v);
+        }
+    }
+    forward_odd<b>(x, part.twiddles.powers[forward_direction] + 8 * block, part.twiddles.nodes,
+                   part.prime->odd[forward_direction], m);
 }
 
 template <unsigned b>
@@ -245,30 +273,16 @@ ZNP_INLINE void inverse_block(const Part& part, const double* other, upL_t block
     } else {
         reduce_block(x, 8 * b, m);
     }
+    inverse_odd<b>(x, part.twiddles.powers[inverse_direction] + 8 * block, part.twiddles.nodes,
+                   part.prime->odd[inverse_direction], m);
     const OddBlockNodes node(part.twiddles.twiddles[inverse_direction], part.levels, block);
-    const double* powers = part.twiddles.powers[inverse_direction] + 8 * block;
-    const OddConstants& constants = part.prime->odd[inverse_direction];
-    const upL_t nodes = part.twiddles.nodes;
-    double* z = x;
-    for (unsigned g = 0; g < 4; g++, z += 8 * b, powers += 2) {
+    for (unsigned g = 0; g < 4; g++) {
         const Factor f = make_factor(all(node.level[2] + g), m);
-        __m256d t[b], u[b];
-        for (unsigned r = 0; r < b; r++) {
-            t[r] = _mm256_load_pd(z + 4 * r);
-            u[r] = _mm256_load_pd(z + 4 * (b + r));
-        }
-        odd_dft<b>(t, constants, m);
-        odd_dft<b>(u, constants, m);
-        t[0] = reduce_mod(t[0], m);
-        u[0] = reduce_mod(u[0], m);
-        for (unsigned r = 1; r < b; r++) {
-            t[r] = mul_mod(t[r], all(powers + (r - 1) * nodes), m);
-            u[r] = mul_mod(u[r], all(powers + (r - 1) * nodes + 1), m);
-        }
-        for (unsigned r = 0; r < b; r++) {
-            join(t[r], u[r], f, m);
-            _mm256_store_pd(z + 4 * r, t[r]);
-            _mm256_store_pd(z + 4 * (b + r), u[r]);
+        for (double* z = x + 8 * b * g; z != x + 8 * b * g + 4 * b; z += 4) {
+            __m256d u = _mm256_load_pd(z), v = _mm256_load_pd(z + 4 * b);
+            join(u, v, f, m);
+            _mm256_store_pd(z, u);
+            _mm256_store_pd(z + 4 * b, v);
         }
     }
     join4_rows(x, 8 * b, 2 * b, make_factors4(node.level[0], node.level[1], node.i, m), m);
