@@ -133,6 +133,19 @@ inline std::string console_output(const std::function<void()>& body, std::string
     return capture.text();
 }
 
+// Console output without its colours, which are the only terminal sequences in it.
+inline std::string without_colors(const std::string& text) {
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); i++) {
+        if (text[i] == '\033') {
+            i = text.find('m', i);
+        } else {
+            plain += text[i];
+        }
+    }
+    return plain;
+}
+
 // For EXPECT_EXIT, whose matcher sees standard error only: in the dying child process, sends standard output
 // there as well and feeds standard input.
 //     EXPECT_EXIT(dying([] { fatal_exit("text"); }), ::testing::ExitedWithCode(1), "text");

@@ -106,17 +106,4 @@ class FakeComponent : public multiplier<c64i> {
     mutable std::thread::id faulty_thread_;
 };
 
-// Console output without its colours, which are the only terminal sequences in it.
-inline std::string without_colors(const std::string& text) {
-    std::string plain;
-    for (std::size_t i = 0; i < text.size(); i++) {
-        if (text[i] == '\033') {
-            i = text.find('m', i);
-        } else {
-            plain += text[i];
-        }
-    }
-    return plain;
-}
-
 }  // namespace znp::testing
