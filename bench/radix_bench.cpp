@@ -1,8 +1,8 @@
 // The radix conversion of a fraction to d decimal digits and its check.
 //
 // conversion: against the independent library's text of an integer of as many digits, on one thread; ratio is
-// ours over theirs. threads: two threads against one; ratio is two over one. power_check: against our own
-// conversion. leaf: 8 to 15 words; the time of a word product.
+// ours over theirs. threads: two threads against one; ratio is two over one. verification: the check against
+// our own conversion. leaf: 8 to 15 words; the time of a word product.
 #include <gmp.h>
 
 #include <string>
@@ -106,7 +106,14 @@ void leaf(benchmark::State& state) {
         products, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-BENCHMARK(conversion)->Arg(1'000)->Arg(10'000)->Arg(50'000)->Arg(200'000)->Arg(1'000'000)->UseManualTime();
+BENCHMARK(conversion)
+    ->Arg(1'000)
+    ->Arg(10'000)
+    ->Arg(50'000)
+    ->Arg(200'000)
+    ->Arg(1'000'000)
+    ->Arg(10'000'000)
+    ->UseManualTime();
 BENCHMARK(threads)->Arg(100'000)->Arg(200'000)->Arg(1'000'000)->Arg(10'000'000)->UseManualTime();
 BENCHMARK(verification)->Arg(50'000)->Arg(1'000'000)->Arg(10'000'000)->UseManualTime();
 BENCHMARK(leaf)->DenseRange(8, 15);
