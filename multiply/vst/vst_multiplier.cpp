@@ -19,18 +19,23 @@ constexpr u64_t bits(upL_t L) {
     return L * WordTraits<word>::bits;
 }
 
-// The largest need of the rows that products of up to so many bits take.
+// The largest need over the rows that products of up to so many bits take and over the thread counts up to
+// `threads`: fewer threads can need more, since they divide the levels into longer parts. Counts with the
+// same logarithm divide them alike.
 template <class Need>
-upL_t largest_need(u64_t product_bits, const Need& need) {
+upL_t largest_need(u64_t product_bits, u64_t threads, const Need& need) {
     const u64_t last = vst::find_size(product_bits).capacity();
     const u64_t main_end = vst::main_plan().back().capacity();
     upL_t bytes = 0;
+    const auto ask = [&](const vst::Geometry& g) {
+        bytes = std::max(bytes, need(g, threads));
+        for (u64_t fewer = 1; fewer < threads; fewer *= 2) bytes = std::max(bytes, need(g, fewer));
+    };
     for (const vst::SizePlanRow& row : vst::main_plan()) {
-        if (row.capacity() <= last) bytes = std::max(bytes, need(row.geometry()));
+        if (row.capacity() <= last) ask(row.geometry());
     }
     for (const vst::SizePlanRow& row : vst::large_plan()) {
-        if (row.capacity() > main_end && row.capacity() <= last)
-            bytes = std::max(bytes, need(row.geometry()));
+        if (row.capacity() > main_end && row.capacity() <= last) ask(row.geometry());
     }
     return bytes;
 }
@@ -54,8 +59,8 @@ std::byte* VSTMultiplier<word>::build_tables(TableHolder& holder, u64_t limit_bi
 
 template <class word>
 upL_t VSTMultiplier<word>::work_bytes(upL_t L, u64_t threads) const {
-    return largest_need(bits<word>(L), [threads](const vst::Geometry& g) {
-        return VST(nullptr, g, threads).product_bytes();
+    return largest_need(bits<word>(L), threads, [](const vst::Geometry& g, u64_t tds) {
+        return VST(nullptr, g, tds).product_bytes();
     });
 }
 
@@ -68,9 +73,9 @@ transform* VSTMultiplier<word>::make_transform(const BasicParameters& bp, void* 
 
 template <class word>
 upL_t VSTMultiplier<word>::mulp_bytes(upL_t L, u64_t threads) const {
-    return largest_need(bits<word>(L), [threads](const vst::Geometry& g) {
+    return largest_need(bits<word>(L), threads, [](const vst::Geometry& g, u64_t tds) {
         try {
-            return crt_mulp_bytes(VST(nullptr, half(g), threads));
+            return crt_mulp_bytes(VST(nullptr, half(g), tds));
         } catch (const InvalidTransformParametersException&) {
             return upL_t{0};  // the half is too small for a transform
         }

@@ -6,9 +6,9 @@
 namespace znp {
 
 // A transform takes its size from the size plan by product length. The tables of a limit serve every product
-// up to it. work_bytes and mulp_bytes cover every shorter product, too; mulp_bytes asks only sizes whose
-// halves are transforms, and mulp of a product of a shorter length than all of them is
-// InvalidTransformParametersException.
+// up to it. work_bytes and mulp_bytes cover every shorter product and every smaller number of threads, too;
+// mulp_bytes asks only sizes whose halves are transforms, and mulp of a product of a shorter length than all
+// of them is InvalidTransformParametersException.
 template <class word>
 class VSTMultiplier final : public multiplier<word> {
   public:

@@ -124,6 +124,24 @@ TYPED_TEST(VSTMultiplierTest, WorkBytesCoverEveryShorterProduct) {
     }
 }
 
+TYPED_TEST(VSTMultiplierTest, WorkBytesCoverFewerThreads) {
+    for (const upL_t L : {upL_t{300}, upL_t{5000}, upL_t{30000}, upL_t{1000000}}) {
+        const upL_t words = L * 64 / this->bits;
+        upL_t before = 0, before_mulp = 0;
+        for (u64_t threads = 1; threads <= 256; ++threads) {
+            TransformSlot slot;
+            slot.adopt(this->vst().make_transform({nullptr, nullptr, 0, threads}, slot.place(), words));
+            const upL_t bytes = this->vst().work_bytes(words, threads);
+            const upL_t mulp_bytes = L > 5000 ? this->vst().mulp_bytes(words, threads) : 0;
+            ASSERT_GE(bytes, slot->product_bytes());
+            ASSERT_GE(bytes, before) << threads;
+            ASSERT_GE(mulp_bytes, before_mulp) << threads;
+            before = bytes;
+            before_mulp = mulp_bytes;
+        }
+    }
+}
+
 // Less memory than the plain route; both within what a byte of the result may cost where the plan's size
 // fits.
 TYPED_TEST(VSTMultiplierTest, MemoryOfAByteOfTheResult) {

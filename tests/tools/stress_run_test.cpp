@@ -245,29 +245,32 @@ TEST_F(StressRunDeathTest, ASecondInterruptEndsTheProcess) {
                 ::testing::KilledBySignal(SIGINT), "\\[39;49m");
 }
 
-// The one component that is there, at full speed for a moment: a signal ends it after a few products.
-TEST(StressTest, RunsTheRealShortMultiplier) {
-    StressEnvironment environment{};
-    environment.components[0] = find_multiplier<c64i>("BKT");
-    ASSERT_NE(environment.components[0], nullptr);
+// The components that are there, at full speed for a moment: a signal ends each after a few products.
+TEST(StressTest, RunsTheRealMultipliers) {
     static std::atomic<int> calls{0};
-    calls = 0;
-    environment.clock = [] {
-        if (++calls == 50) std::raise(SIGINT);
-        return 0.0;
-    };
-    stress_settings settings{};
-    settings.memory = u64_t{1} << 20;
-    settings.threads = 2;
-    settings.seconds = 100;
-    settings.test_BKT = true;
-    int exit_code = -1;
-    const std::string output =
-        without_colors(console_output([&] { exit_code = run_stress_test(settings, environment); }));
-    EXPECT_EQ(exit_code, 0) << output;
-    EXPECT_NE(output.find("Errors: None"), std::string::npos) << output;
-    EXPECT_GE(calls, 50);
-    EXPECT_EQ(largest_stress_words(*environment.components[0], settings.memory, 2), 464u);
+    for (std::size_t i = 0; i < stress_tests.size(); i++) {
+        StressEnvironment environment{};
+        environment.components[i] = find_multiplier<c64i>(stress_tests[i].key);
+        ASSERT_NE(environment.components[i], nullptr);
+        if (dynamic_cast<const UnavailableMultiplier<c64i>*>(environment.components[i]) != nullptr) continue;
+        calls = 0;
+        environment.clock = [] {
+            if (++calls == 50) std::raise(SIGINT);
+            return 0.0;
+        };
+        stress_settings settings{};
+        settings.memory = u64_t{5} << 20;
+        settings.threads = 3;
+        settings.seconds = 100;
+        settings.*stress_tests[i].selected = true;
+        int exit_code = -1;
+        const std::string output =
+            without_colors(console_output([&] { exit_code = run_stress_test(settings, environment); }));
+        EXPECT_EQ(exit_code, 0) << output;
+        EXPECT_NE(output.find("Errors: None"), std::string::npos) << output;
+        EXPECT_GE(calls, 50);
+    }
+    EXPECT_EQ(largest_stress_words(*find_multiplier<c64i>("BKT"), u64_t{1} << 20, 2), 464u);
 }
 
 TEST(StressTest, TheComponentsOfTheTableExist) {
