@@ -14,7 +14,7 @@ namespace {
 
 struct Problem {
     explicit Problem(const benchmark::State& state)
-        : p(static_cast<upL_t>(static_cast<double>(state.range(0)) / digits_per_word) + 3),
+        : p(static_cast<upL_t>(static_cast<double>(state.range(0)) / WordTraits<cdi>::decimal_digits) + 3),
           threads(static_cast<u64_t>(state.range(1))) {
         bp.holder = &bench::computation_tables();
         bp.tds = threads;

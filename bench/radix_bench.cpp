@@ -81,7 +81,7 @@ void verification(benchmark::State& state) {
     Conversion ours(digits, 1);
     BasicParameters bp = ours.bp;
     const GuardedArray<std::byte> work =
-        bench::work_buffer(bp, power_check_size(10, digits, ours.fraction.size(), 1));
+        bench::work_buffer(bp, power_check_size(10, digits, 1));
     int failed = 0;
     u64_t residue = 0;
     bench::compare(

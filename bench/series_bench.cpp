@@ -17,7 +17,7 @@ namespace znp {
 namespace {
 
 upL_t precision_words(u64_t digits) {
-    return static_cast<upL_t>(static_cast<double>(digits) / digits_per_word) + 3;
+    return static_cast<upL_t>(static_cast<double>(digits) / WordTraits<cdi>::decimal_digits) + 3;
 }
 
 void sum_plan(benchmark::State& state, const zl_BSS& series, const PSRPlan& plan, u64_t threads) {

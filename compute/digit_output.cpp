@@ -127,7 +127,7 @@ u64_t residue_of_digits(cdi integer, const cdi* words, upL_t w, u64_t dec) {
 
 u64_t residue_of_number(RunTimeParameters& run, const Parts& number) {
     StatusLine status;
-    const WorkBuffer work(run, verification_work_bytes(run.p, run.dec, run.tds));
+    const WorkBuffer work(run, verification_work_bytes(run.dec, run.tds));
     u64_t result = 0;
     repeat_until_right(run, status, "Verification Failed - Reattempting...", [&] {
         return conversion_calls.verification(work.arithmetic, 10, run.dec, number.integer, number.fraction,

@@ -26,6 +26,6 @@ constexpr upL_t most_fraction(upL_t p) {
 
 // Work buffers of the conversion to w words and of its verification. A size beyond all multipliers throws.
 upL_t conversion_work_bytes(upL_t w, u64_t threads);
-upL_t verification_work_bytes(upL_t p, u64_t dec, u64_t threads);
+upL_t verification_work_bytes(u64_t dec, u64_t threads);
 
 }  // namespace znp

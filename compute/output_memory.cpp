@@ -21,12 +21,12 @@ upL_t write_hex_bytes(u64_t hex) {
 }
 
 // Work buffer and digits come one after the other beside the decimal words, the verification alone.
-upL_t conversion_bytes(upL_t p, u64_t dec, u64_t threads) {
+upL_t conversion_bytes(u64_t dec, u64_t threads) {
     const upL_t w = decimal_words(dec);
     const upL_t work = conversion_work_bytes(w, threads);
     const upL_t digits = CVN::decimal_digits * w;
     return std::max(heap_bytes(sizeof(cdi) * w) + heap_bytes(std::max(work, digits)),
-                    heap_bytes(verification_work_bytes(p, dec, threads)));
+                    heap_bytes(verification_work_bytes(dec, threads)));
 }
 
 upL_t conversion_work_bytes(upL_t w, u64_t threads) {
@@ -35,8 +35,8 @@ upL_t conversion_work_bytes(upL_t w, u64_t threads) {
     return bytes;
 }
 
-upL_t verification_work_bytes(upL_t p, u64_t dec, u64_t threads) {
-    return power_check_size(10, dec, most_fraction(p), threads);
+upL_t verification_work_bytes(u64_t dec, u64_t threads) {
+    return power_check_size(10, dec, threads);
 }
 
 }  // namespace znp

@@ -25,7 +25,7 @@ upL_t write_hex_bytes(u64_t hex);
 // verification that fails is repeated without limit; digits that disagree with the number are a fatal error.
 // Memory: conversion_bytes, besides the number itself. Queries include the overheads of the allocations.
 void convert_and_write_B(RunTimeParameters& run, const BigFloat<cdi>& number);
-upL_t conversion_bytes(upL_t p, u64_t dec, u64_t threads);
+upL_t conversion_bytes(u64_t dec, u64_t threads);
 
 // Bytes of a heap that a guarded allocation of `bytes` aligned to 32 takes, its table entry included.
 upL_t heap_bytes(upL_t bytes);

@@ -31,6 +31,6 @@ upL_t cbr_table_size(cdi radix, upL_t n, u64_t threads);
 // residue of the power or of the product is wrong: the caller tries again. bp.ML: power_check_size.
 [[nodiscard]] int power_check(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, const cdi* fraction,
                               upL_t L, u64_t& residue, StatusLine* status = nullptr);
-upL_t power_check_size(cdi radix, u64_t e, upL_t L, u64_t threads);
+upL_t power_check_size(cdi radix, u64_t e, u64_t threads);
 
 }  // namespace znp

@@ -76,7 +76,7 @@ void raise(const BasicParameters& bp, Power& P, cdi radix, u64_t e, StatusLine* 
 
 }  // namespace
 
-upL_t power_check_size(cdi radix, u64_t e, upL_t, u64_t threads) {
+upL_t power_check_size(cdi radix, u64_t e, u64_t threads) {
     if (radix < 2) return ~upL_t{0};
     return CheckLayout(radix, e, threads).bytes();
 }

@@ -20,7 +20,6 @@ namespace znp {
 inline constexpr double nats_per_word = 44.3614195558365;      // 64 ln 2
 inline constexpr double words_per_nat = 0.022542110013890053;  // 1 / (64 ln 2)
 inline constexpr double digits_per_nat = 0.4342944819032518;   // 1 / ln 10
-inline constexpr double digits_per_word = 19.265919722494797;  // 64 log10(2)
 
 // ln(x!) by Stirling's formula; 0 for x up to 1.
 double log_factorial(double x);

@@ -7,7 +7,7 @@
 // word that an in-place sum writes above its value is counted.
 #pragma once
 
-#include "series/bss.hpp"
+#include "series/steady_series.hpp"
 
 namespace znp {
 
@@ -28,88 +28,67 @@ class Series_E_Taylor final : public zl_BSS {
     void BSR_End(BasicIntR<cdi>& P, BasicIntR<cdi>& Q, u64_t a, u64_t b) const;
 };
 
-class Pi_Chudnovsky final : public zl_BSS_P2B3_Type0 {
+class Pi_Chudnovsky final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 5;
-    Pi_Chudnovsky() : zl_BSS_P2B3_Type0(true, 19, 8) {}
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
+    Pi_Chudnovsky();
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
 };
 
-class Pi_Ramanujan final : public zl_BSS_P2B3_Type0 {
+class Pi_Ramanujan final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 5;
-    Pi_Ramanujan() : zl_BSS_P2B3_Type0(false, 19, 12) {}
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
+    Pi_Ramanujan();
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
 };
 
-class Zeta3_AZ1 final : public zl_BSS_P2B3_Type0 {
+class Zeta3_AZ1 final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 8;
-    Zeta3_AZ1() : zl_BSS_P2B3_Type0(true, 24, 12) {}
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
+    Zeta3_AZ1();
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
 };
 
-class Zeta3_AZ2 final : public zl_BSS_P2B3_Type0 {
+class Zeta3_AZ2 final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 14;
-    Zeta3_AZ2() : zl_BSS_P2B3_Type0(true, 37, 6) {}
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
+    Zeta3_AZ2();
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
 };
 
-class Catalan_Lupas final : public zl_BSS_P2B3_Type0 {
+class Catalan_Lupas final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 7;
-    Catalan_Lupas() : zl_BSS_P2B3_Type0(true, 21, 10) {}
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
+    Catalan_Lupas();
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
 };
 
-class Catalan_Huvent final : public zl_BSS_P2B2_BBP {
+class Catalan_Huvent final : public SteadySeries<zl_BSS_P2B2_BBP> {
   public:
-    Catalan_Huvent() : zl_BSS_P2B2_BBP(true, 60, 2) {}
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
+    Catalan_Huvent();
     void BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const override;
 };
 
 // Of an argument x: x2 = x^2.
-class ArcCoth final : public zl_BSS_P2B3_Type0 {
+class ArcCoth final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 2;
     explicit ArcCoth(u64_t x);  // 2 to 4294967295
     const u64_t x2;
     const double log_x2;  // ln(x2)
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+
+  private:
+    ArcCoth(u64_t x2_, double log_x2_);
 };
 
 // Of an argument n/d.
-class ArcSinlemn final : public zl_BSS_P2B3_Type0 {
+class ArcSinlemn final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 3;
     ArcSinlemn(u64_t n, u64_t d);
     const u64_t n, d, n4, d4;                // n^4, d^4
     const double log_n4, log_d4, log_ratio;  // ln(n^4), ln(d^4), ln(d^4 / n^4)
-    u64_t terms(upL_t words) const override;
-    double size_at(double x) const override;
-    double precision_of(u64_t a, u64_t b) const override;
     void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
 };
 

@@ -62,6 +62,11 @@ inline bool subtracts(const zl_BSS& series, u64_t a, u64_t m) {
 // The part of a node's time that its merge takes, for the progress only.
 inline constexpr double merge_share = 0.1;
 
+// Of a number that a merge has made, for the progress.
+constexpr u64_t digits_of(upL_t words) {
+    return static_cast<u64_t>(static_cast<double>(words) * WordTraits<cdi>::decimal_digits + 1);
+}
+
 // The halves one after the other by sum_half(rules, node, a, b, progress), then the merge.
 template <RecursionRules R, class SumHalf>
 void sum_in_place(const BasicParameters& bp, const R& rules, typename R::Node& node, u64_t a, u64_t b,
@@ -86,7 +91,7 @@ void sum_serial(const BasicParameters& bp, const R& rules, typename R::Node& nod
     sum_in_place(bp, rules, node, a, b, progress,
                  [&bp](const R& half, typename R::Node& part, u64_t from, u64_t to,
                        const RecursionProgress& share) { sum_serial(bp, half, part, from, to, share); });
-    if (progress && b - a >= fork_min_terms) progress.done(rules.series.digits_of(a, b));
+    if (progress && b - a >= fork_min_terms) progress.done(digits_of(node[0].get_L()));
 }
 
 // The lower and the upper half of a buffer; the split keeps the alignment of four words and of 32 bytes.
@@ -127,7 +132,7 @@ void sum_forked(const BasicParameters& bp, const R& rules, typename R::Node& nod
     });
     raise_status(fork_two(sum_right, sum_left));
     rules.merge(own, node, left, right, subtracts(rules.series, a, m));
-    if (progress) progress.done(rules.series.digits_of(a, b));
+    if (progress) progress.done(digits_of(node[0].get_L()));
 }
 
 // From the top: `level` levels of halves one after the other on all of bp's threads, then forks, with twice
@@ -144,7 +149,7 @@ void sum_range(const BasicParameters& bp, const R& rules, typename R::Node& node
                               const RecursionProgress& share) {
                      sum_range(bp, half, part, from, to, level - 1, share);
                  });
-    if (progress) progress.done(rules.series.digits_of(a, b));
+    if (progress) progress.done(digits_of(node[0].get_L()));
 }
 
 }  // namespace znp

@@ -126,7 +126,7 @@ void output_B(RunTimeParameters& run, const char* name, const Time& start, const
 
 // p words hold at most 16 (p - 1) hexadecimal digits.
 upL_t output_bytes(upL_t p, u64_t dec, u64_t threads) {
-    return std::max(write_hex_bytes(16 * p), conversion_bytes(p, dec, threads));
+    return std::max(write_hex_bytes(16 * p), conversion_bytes(dec, threads));
 }
 
 }  // namespace znp

@@ -3,6 +3,7 @@
 // R is the product of the odd factors, and Q = R x2^(b - a). A range is built up term by term; there are no
 // halves to merge.
 #include <cmath>
+#include <numbers>
 
 #include "multiply/kernels/word_arrays.hpp"
 #include "multiply/kernels/word_multiply.hpp"
@@ -73,22 +74,20 @@ void ArcCoth_BSR_End_large(IntR& P, IntR& Q, IntR& R, u64_t a, u64_t b, u64_t x2
     });
 }
 
+Growth growth(double log_x2) {
+    return {.terms_per_word = nats_per_word / log_x2,
+            .size_per_term = std::numbers::ln2 + log_x2,
+            .factorials = 1,
+            .offset = 0,
+            .precision_per_term = log_x2};
+}
+
 }  // namespace
 
-ArcCoth::ArcCoth(u64_t x)
-    : zl_BSS_P2B3_Type0(false, 11, 16), x2(x * x), log_x2(std::log(static_cast<double>(x2))) {}
+ArcCoth::ArcCoth(u64_t x) : ArcCoth(x * x, std::log(static_cast<double>(x * x))) {}
 
-u64_t ArcCoth::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * (nats_per_word / log_x2) + 2);
-}
-
-double ArcCoth::size_at(double x) const {
-    return (0.6931471805599453 + log_x2) * x + log_factorial(x);
-}
-
-double ArcCoth::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * log_x2;
-}
+ArcCoth::ArcCoth(u64_t x2_, double log_x2_)
+    : SteadySeries(false, 11, 16, growth(log_x2_)), x2(x2_), log_x2(log_x2_) {}
 
 void ArcCoth::BSR_End(IntR& P, IntR& Q, IntR& R, IntR&, IntR&, u64_t a, u64_t b) const {
     ArcCoth_BSR_End_large(P, Q, R, a, b, x2);

@@ -1,6 +1,7 @@
 // Inverse lemniscate sine of n/d: R(b) = (4b - 3)(2b - 1) n^4, P(b) = R(b), Q(b) = (4b + 1)(2b) d^4.
 // Source: C. F. Gauss's series of the integral of dt / sqrt(1 - t^4).
 #include <cmath>
+#include <numbers>
 
 #include "series/catalogue.hpp"
 #include "series/terms/end_recursion.hpp"
@@ -10,27 +11,39 @@ namespace znp {
 
 using namespace terms;
 
+namespace {
+
+constexpr u64_t fourth_power(u64_t x) {
+    return x * x * x * x;
+}
+
+double log_of(u64_t x) {
+    return std::log(static_cast<double>(x));
+}
+
+double log_of_ratio(u64_t x, u64_t y) {
+    return std::log(static_cast<double>(x) / static_cast<double>(y));
+}
+
+Growth growth(u64_t n4, u64_t d4) {
+    return {.terms_per_word = nats_per_word / log_of_ratio(d4, n4),
+            .size_per_term = 3 * std::numbers::ln2 + log_of(d4),
+            .factorials = 2,
+            .offset = 0,
+            .precision_per_term = log_of_ratio(d4, n4)};
+}
+
+}  // namespace
+
 ArcSinlemn::ArcSinlemn(u64_t n_, u64_t d_)
-    : zl_BSS_P2B3_Type0(false, 15, 8),
+    : SteadySeries(false, 15, 8, growth(fourth_power(n_), fourth_power(d_))),
       n(n_),
       d(d_),
-      n4(n * n * n * n),
-      d4(d * d * d * d),
-      log_n4(std::log(static_cast<double>(n4))),
-      log_d4(std::log(static_cast<double>(d4))),
-      log_ratio(std::log(static_cast<double>(d4) / static_cast<double>(n4))) {}
-
-u64_t ArcSinlemn::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * (nats_per_word / log_ratio) + 2);
-}
-
-double ArcSinlemn::size_at(double x) const {
-    return (2.0794415416798357 + log_d4) * x + 2 * log_factorial(x);
-}
-
-double ArcSinlemn::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * log_ratio;
-}
+      n4(fourth_power(n)),
+      d4(fourth_power(d)),
+      log_n4(log_of(n4)),
+      log_d4(log_of(d4)),
+      log_ratio(log_of_ratio(d4, n4)) {}
 
 void ArcSinlemn::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);

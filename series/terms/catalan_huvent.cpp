@@ -53,17 +53,13 @@ Words<fraction_words> polynomial(u64_t k, const char* location) {
 
 }  // namespace
 
-u64_t Catalan_Huvent::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * 10.666666666666668 + 2);
-}
-
-double Catalan_Huvent::size_at(double x) const {
-    return 38.13664596417535 * x + 18 * log_factorial(x);
-}
-
-double Catalan_Huvent::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * 4.1588830833596715;
-}
+Catalan_Huvent::Catalan_Huvent()
+    : SteadySeries(true, 60, 2,
+                   {.terms_per_word = 10.666666666666668,
+                    .size_per_term = 38.13664596417535,
+                    .factorials = 18,
+                    .offset = 0,
+                    .precision_per_term = 4.1588830833596715}) {}
 
 void Catalan_Huvent::BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const {
     constexpr const char* location = "Catalan_Huvent_BSR_End()";

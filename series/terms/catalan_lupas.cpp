@@ -8,17 +8,13 @@ namespace znp {
 
 using namespace terms;
 
-u64_t Catalan_Lupas::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * 32.0 + 2);
-}
-
-double Catalan_Lupas::size_at(double x) const {
-    return 5.545177444479562 * x + 4 * log_factorial(x);
-}
-
-double Catalan_Lupas::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * 1.3862943611198906;
-}
+Catalan_Lupas::Catalan_Lupas()
+    : SteadySeries(true, 21, 10,
+                   {.terms_per_word = 32.0,
+                    .size_per_term = 5.545177444479562,
+                    .factorials = 4,
+                    .offset = 0,
+                    .precision_per_term = 1.3862943611198906}) {}
 
 void Catalan_Lupas::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);

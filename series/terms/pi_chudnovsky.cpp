@@ -9,17 +9,13 @@ namespace znp {
 
 using namespace terms;
 
-u64_t Pi_Chudnovsky::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * 1.3585106930018276 + 2);
-}
-
-double Pi_Chudnovsky::size_at(double x) const {
-    return 36.93111616078457 * x + 3 * log_factorial(x);
-}
-
-double Pi_Chudnovsky::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * 32.65445004176851;
-}
+Pi_Chudnovsky::Pi_Chudnovsky()
+    : SteadySeries(true, 19, 8,
+                   {.terms_per_word = 1.3585106930018276,
+                    .size_per_term = 36.93111616078457,
+                    .factorials = 3,
+                    .offset = 0,
+                    .precision_per_term = 32.65445004176851}) {}
 
 void Pi_Chudnovsky::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);

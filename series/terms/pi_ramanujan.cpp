@@ -8,17 +8,13 @@ namespace znp {
 
 using namespace terms;
 
-u64_t Pi_Ramanujan::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * 2.413507209966306 + 2);
-}
-
-double Pi_Ramanujan::size_at(double x) const {
-    return 21.846215303338088 * x + 3 * log_factorial(x);
-}
-
-double Pi_Ramanujan::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * 18.38047940053836;
-}
+Pi_Ramanujan::Pi_Ramanujan()
+    : SteadySeries(false, 19, 12,
+                   {.terms_per_word = 2.413507209966306,
+                    .size_per_term = 21.846215303338088,
+                    .factorials = 3,
+                    .offset = 0,
+                    .precision_per_term = 18.38047940053836}) {}
 
 void Pi_Ramanujan::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);

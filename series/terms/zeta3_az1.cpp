@@ -8,17 +8,13 @@ namespace znp {
 
 using namespace terms;
 
-u64_t Zeta3_AZ1::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * 6.3999999999999995 + 2);
-}
-
-double Zeta3_AZ1::size_at(double x) const {
-    return 6.931471805599453 * (x + 1) + 5 * log_factorial(x + 1);
-}
-
-double Zeta3_AZ1::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * 6.931471805599453;
-}
+Zeta3_AZ1::Zeta3_AZ1()
+    : SteadySeries(true, 24, 12,
+                   {.terms_per_word = 6.3999999999999995,
+                    .size_per_term = 6.931471805599453,
+                    .factorials = 5,
+                    .offset = 1,
+                    .precision_per_term = 6.931471805599453}) {}
 
 void Zeta3_AZ1::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);

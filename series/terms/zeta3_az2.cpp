@@ -9,17 +9,13 @@ namespace znp {
 
 using namespace terms;
 
-u64_t Zeta3_AZ2::terms(upL_t words) const {
-    return static_cast<u64_t>(static_cast<double>(words) * 3.819780944022216 + 2);
-}
-
-double Zeta3_AZ2::size_at(double x) const {
-    return 13.693044574403508 * (x + 1) + 8 * log_factorial(x + 1);
-}
-
-double Zeta3_AZ2::precision_of(u64_t a, u64_t b) const {
-    return static_cast<double>(b - a) * 11.613603032723672;
-}
+Zeta3_AZ2::Zeta3_AZ2()
+    : SteadySeries(true, 37, 6,
+                   {.terms_per_word = 3.819780944022216,
+                    .size_per_term = 13.693044574403508,
+                    .factorials = 8,
+                    .offset = 1,
+                    .precision_per_term = 11.613603032723672}) {}
 
 void Zeta3_AZ2::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);

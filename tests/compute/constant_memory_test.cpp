@@ -90,7 +90,7 @@ TEST(ConstantMemory, HoldsTheOutputOfTheDigits) {
     for (const u32_t id : with_driver) {
         for (const u64_t dec : some_digits) {
             const upL_t p = precision_for(hex_digits_for(dec));
-            EXPECT_GE(memory_of(id, 0, dec, 2), HeapFloat::bytes(p + 2) + conversion_bytes(p, dec, 2));
+            EXPECT_GE(memory_of(id, 0, dec, 2), HeapFloat::bytes(p + 2) + conversion_bytes(dec, 2));
         }
     }
 }

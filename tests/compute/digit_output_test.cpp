@@ -63,7 +63,7 @@ TEST(OutputMemory, SizesBeyondAllMultipliers) {
     s32_t code = 0;
     console_output([&] {
         try {
-            static_cast<void>(conversion_bytes(precision_for(hex_digits_for(dec)), dec, 1));
+            static_cast<void>(conversion_bytes(dec, 1));
         } catch (const zn_exception& exception) {
             code = exception.code;
         }

@@ -69,7 +69,7 @@ TEST(OutputArithmetic, LengthsOfTheNumberInThePromisedBytes) {
 
 TEST(OutputArithmeticDeathTest, ABlockThatIsAWordShort) {
     const u64_t dec = 2000;
-    OutputRun state(dec, 0, 1, conversion_bytes(precision_for(hex_digits_for(dec)), dec, 1) - 8);
+    OutputRun state(dec, 0, 1, conversion_bytes(dec, 1) - 8);
     const Tables tables(state.run.p);
     state.run.tables = tables.holder;
     const Number number = root(state, 5);

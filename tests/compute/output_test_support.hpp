@@ -136,7 +136,7 @@ class UseCalls {
 // ---- A run ------------------------------------------------------------------------------------------------
 
 inline upL_t output_bytes(u64_t dec, u64_t hex, u64_t threads) {
-    return std::max(write_hex_bytes(hex), conversion_bytes(precision_for(hex_digits_for(dec)), dec, threads));
+    return std::max(write_hex_bytes(hex), conversion_bytes(dec, threads));
 }
 
 // The state of a run of a constant called "X", its files in a folder of its own.

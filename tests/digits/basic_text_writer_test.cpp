@@ -134,6 +134,7 @@ TEST_F(BasicTextWriterTest, UnknownRadix) {
     const auto failure = thrown_by([&] { BasicTextWriter(wide(), "3.", true, 8); });
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, static_cast<s32_t>(0x80001003));
+    EXPECT_STREQ(failure->message, "Unsupported Radix");
     EXPECT_TRUE(folder_.is_empty());
 }
 

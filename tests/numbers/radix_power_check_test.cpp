@@ -28,7 +28,7 @@ u64_t expected_residue(cdi radix, u64_t e, cdi integer, const CdiArray& F) {
 }
 
 u64_t checked_residue(cdi radix, u64_t e, cdi integer, const CdiArray& F, u64_t threads = 1) {
-    testing::RadixWork work(power_check_size(radix, e, F.size(), threads), threads);
+    testing::RadixWork work(power_check_size(radix, e, threads), threads);
     u64_t residue = ~u64_t{0};
     EXPECT_EQ(power_check(work.bp(), radix, e, integer, F.data(), F.size(), residue), 0);
     return residue;
@@ -107,7 +107,7 @@ TEST(PowerCheck, AgreesWithTheConversion) {
 }
 
 TEST(PowerCheck, WorkBufferAByteShort) {
-    const upL_t need = power_check_size(10, 5000, 270, 1);
+    const upL_t need = power_check_size(10, 5000, 1);
     testing::Work work(need - 1);
     const CdiArray F(270, 1);
     u64_t residue = 0;
@@ -117,7 +117,7 @@ TEST(PowerCheck, WorkBufferAByteShort) {
 }
 
 TEST(PowerCheck, TheStatusLineNamesTheSteps) {
-    testing::Work work(power_check_size(10, 5000, 270, 1));
+    testing::Work work(power_check_size(10, 5000, 1));
     const CdiArray F(270, 1);
     u64_t residue = 0;
     const std::string text = testing::console_output([&] {

@@ -269,7 +269,7 @@ class BadTables {
 TEST(RadixFaults, WrongTransformsFailThePowersHash) {
     const CdiArray F(1000, 0x123456789abcdef);
     BadTables bad;
-    testing::Work work(std::max(cbr_table_size(ten19, 1000, 1), power_check_size(10, 19'000, 1000, 1)));
+    testing::Work work(std::max(cbr_table_size(ten19, 1000, 1), power_check_size(10, 19'000, 1)));
     BasicParameters bp = work.bp();
     bp.holder = &bad.holder;
     CdiArray out(1000);
@@ -304,7 +304,7 @@ TEST(RadixConversion, SquareRootOfTwo) {
         ASSERT_EQ(F.back(), 1u);
         F.pop_back();
 
-        testing::Work work(power_check_size(10, digits, L, 1));
+        testing::Work work(power_check_size(10, digits, 1));
         u64_t residue = 0;
         EXPECT_EQ(power_check(work.bp(), 10, digits, 1, F.data(), L, residue), 0);
         EXPECT_EQ(residue, expected);

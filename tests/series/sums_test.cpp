@@ -23,7 +23,7 @@ TEST(SeriesPrecision, TermsGiveTheWordsThatTheyPromise) {
     for (const Constant& constant : constants()) {
         for (const upL_t p : {2u, 3u, 4u, 7u, 20u, 53u}) {
             SCOPED_TRACE(constant.name + " to " + std::to_string(p) + " words");
-            const u64_t digits = static_cast<u64_t>(static_cast<double>(p) * digits_per_word);
+            const u64_t digits = static_cast<u64_t>(static_cast<double>(p) * WordTraits<cdi>::decimal_digits);
             const Integer x = constant.digits(digits, p);
             const Integer more = constant.digits(digits, p + 10);
             const Integer difference = x - more;
@@ -54,7 +54,7 @@ TEST(SeriesGamma, RefinedAtTheLimitOfItsParameter) {
         const double x = std::ldexp(4, static_cast<int>(m)) * words_per_nat;
         const auto p = static_cast<upL_t>(2 * x) - 1;
         EXPECT_EQ(EulerGamma_BM_C(m).terms(static_cast<upL_t>(x) + 1), u64_t{2} << m);
-        const u64_t digits = static_cast<u64_t>(static_cast<double>(p) * digits_per_word) - 1;
+        const u64_t digits = static_cast<u64_t>(static_cast<double>(p) * WordTraits<cdi>::decimal_digits) - 1;
         const Integer expected = gamma(m + 2, digits, p + 2, SeriesC::without);
         for (const SeriesC with_C : {SeriesC::truncated, SeriesC::exact}) {
             const Integer difference = gamma(m, digits, p, with_C) - expected;
