@@ -1,26 +1,14 @@
 // The sum of the series A and B by a plan.
 #include <algorithm>
-#include <string>
 
-#include "foundation/strings.hpp"
 #include "multiply/dispatch.hpp"
 #include "series/euler_gamma_ab_rules.hpp"
 #include "series/modular_check.hpp"
+#include "series/section_walk.hpp"
 
 namespace znp {
 
-using FloatR = BigFloatR<cdi>;
-using Float = BigFloat<cdi>;
-
 namespace {
-
-constexpr upL_t aligned_words(upL_t words) {
-    return (words + 3) & ~upL_t{3};
-}
-
-Float as_float(const Exact& x) {
-    return Float(x.get_T(), x.get_L(), x.get_exp());
-}
 
 MemoryPlan section_memory(const Series_EulerGamma_BM_AB& series, upL_t length, u64_t threads) {
     const u64_t tasks = threads < 2 ? threads : 2 * threads;
@@ -108,15 +96,7 @@ ABSumSizes ab_sum_sizes(const Series_EulerGamma_BM_AB& series, const PSRPlan& pl
 
 void B_PSR(const BasicParameters& bp, const Series_EulerGamma_BM_AB& series, const PSRPlan& plan, FloatR& T,
            FloatR& Q, FloatR& R, cdi* nodes, EventLog* log, StatusLine* status) {
-    double all = 0;
-    for (const SectionRow& row : plan) all += static_cast<double>(row.length);
-    double done = 0;
-    for (upL_t i = plan.size(); i-- != 0;) {
-        const SectionRow& row = plan[i];
-        const double share = static_cast<double>(row.length) / all;
-        const std::string heading = plan.size() == 1 ? "" : "Series: " + to_string_u64(i) + "  ";
-        const RecursionProgress progress(status, heading.c_str(), done, done + share);
-
+    for_each_section(plan, status, [&](const SectionRow& row, const RecursionProgress& progress) {
         ABRules::Node node;
         cdi* at = nodes;
         upL_t object = 0;
@@ -127,15 +107,14 @@ void B_PSR(const BasicParameters& bp, const Series_EulerGamma_BM_AB& series, con
         sum_range(bp, ABRules{series}, node, row.a, row.b, 0, progress.part(0, 0.9));
         check4(log, row.a, row.b, node[0], node[1], node[2], node[3]);
 
-        if (i + 1 == plan.size()) {
+        if (&row == &plan.back()) {
             T.set_gfp(as_float(node[3]), row.precision);
             Q.set_gfp(as_float(node[1]), row.precision);
             R.set_gfp(as_float(node[2]), row.precision);
         } else {
             join(bp, {T, Q, R}, node, row.precision);
         }
-        done += share;
-    }
+    });
 }
 
 }  // namespace znp

@@ -1,16 +1,14 @@
 #include "series/partial_series.hpp"
 
 #include <algorithm>
-#include <string>
 #include <type_traits>
 
 #include "foundation/fail.hpp"
-#include "foundation/strings.hpp"
 #include "multiply/dispatch.hpp"
 #include "series/asr_rules.hpp"
 #include "series/modular_check.hpp"
 #include "series/recursion_rules.hpp"
-#include "series/truncated_merge.hpp"
+#include "series/section_walk.hpp"
 
 namespace znp {
 
@@ -28,10 +26,6 @@ u64_t levels_of(const SectionRow& row) {
 // its weight may be wrong cost no precision.
 constexpr upL_t joined_words(const SectionRow& row) {
     return row.next_precision + extra_precision;
-}
-
-constexpr upL_t aligned_words(upL_t words) {
-    return (words + 3) & ~upL_t{3};
 }
 
 // ---- What the classes of series differ in
@@ -54,13 +48,6 @@ struct TaylorSums {
     static Float factor(const Rules::Node&) { return Float(&one_word, 1, 0); }
 };
 
-Float as_float(const Exact& x) {
-    return Float(x.get_T(), x.get_L(), x.get_exp());
-}
-Float as_float(const Float& x) {
-    return x;
-}
-
 struct BBPSums {
     using Rules = BBPRules;
     const zl_BSS_P2B2_BBP& series;
@@ -71,6 +58,11 @@ struct BBPSums {
     }
     static Float factor(const Rules::Node& node) { return as_float(node[1]); }
 };
+
+// ASR nodes hold floats.
+Float as_float(const Float& x) {
+    return x;
+}
 
 struct Type0Sums {
     using Rules = Type0Rules;
@@ -122,26 +114,15 @@ class PartialSums {
 
     void sum(const BasicParameters& bp, FloatR& P, FloatR& Q, cdi* nodes, EventLog* log,
              StatusLine* status) const {
-        double all = 0;
-        for (const SectionRow& row : plan_) all += static_cast<double>(row.length);
-        double done = 0;
-        for (upL_t i = plan_.size(); i-- != 0;) {
-            const SectionRow& row = plan_[i];
-            const double share = static_cast<double>(row.length) / all;
-            const std::string heading = plan_.size() == 1 ? "" : "Series: " + to_string_u64(i) + "  ";
-            const RecursionProgress progress(status, heading.c_str(), done, done + share);
+        for_each_section(plan_, status, [&](const SectionRow& row, const RecursionProgress& progress) {
             const Context context{bp, P, Q, nodes, log, progress};
             if constexpr (std::is_same_v<Sums, Type0Sums>) {
                 if (row.asr) {
-                    section(context, row, ASRRules{sums_.series, row.precision, plan_.back().b});
-                } else {
-                    section(context, row, sums_.rules(is_last(row)));
+                    return section(context, row, ASRRules{sums_.series, row.precision, plan_.back().b});
                 }
-            } else {
-                section(context, row, sums_.rules(is_last(row)));
             }
-            done += share;
-        }
+            section(context, row, sums_.rules(is_last(row)));
+        });
     }
 
   private:

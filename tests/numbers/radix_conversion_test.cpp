@@ -131,6 +131,21 @@ TEST(RadixConversion, OtherRadices) {
     }
 }
 
+TEST(RadixConversion, FewerThan16WordsNeedNoTable) {
+    for (const upL_t n : {1u, 15u, 16u}) {
+        auto rng = testing::make_rng(412);
+        const CdiArray F = random_words(enough_words(n), rng);
+        testing::Work work(cbr_table_size(ten19, n, 2));
+        CdiArray out(n);
+        const std::string text = testing::console_output([&] {
+            StatusLine line(79, 0);
+            EXPECT_EQ(convert(work.bp(), ten19, out.data(), n, F.data(), F.size(), &line), 0);
+        });
+        EXPECT_EQ(text.find("Squaring") != std::string::npos, n == 16) << n;
+        EXPECT_EQ(out, testing::Expected(F, n, ten19).words) << n;
+    }
+}
+
 // ---- Beyond the floating-point transform
 
 TEST(RadixConversion, LongConversionsOnThreads) {

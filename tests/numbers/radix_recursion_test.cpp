@@ -285,6 +285,24 @@ TEST(RadixFaults, WrongTransformsFailThePowersHash) {
     }
 }
 
+// A power of so few words is made without transforms; its product with the fraction is not.
+TEST(RadixFaults, AWrongTransformFailsTheProductsHash) {
+    constexpr u64_t e = 1060;
+    const CdiArray F(100, 0x123456789abcdef);
+    BadTables bad;
+    testing::Work work(power_check_size(10, e, 1));
+    BasicParameters bp = work.bp();
+    bp.holder = &bad.holder;
+    u64_t residue = 0;
+    int error = 0;
+    const std::string text =
+        testing::console_output([&] { error = power_check(bp, 10, e, 3, F.data(), F.size(), residue); });
+    EXPECT_EQ(error, 1);
+    EXPECT_NE(text.find("Radix Conversion: Product Hash Mismatch"), std::string::npos) << text;
+    EXPECT_NE(text.find("Expected: "), std::string::npos);
+    EXPECT_NE(text.find("Actual: "), std::string::npos);
+}
+
 // ---- Independent digits
 
 // floor(sqrt(2) 10^d) mod 2^61 - 1, computed elsewhere.
