@@ -181,7 +181,7 @@ void ComputeParameters::update_memory() {
 void ComputeParameters::estimate_ram_only() {
     memIO = Fsize = 0;
     upL_t bytes = 0;
-    if (constant->runs_B(algorithm)) constant->get_memory_B(algorithm, p, dec, tds, bytes);
+    constant->get_memory_B(algorithm, p, dec, tds, bytes);
     ML = Msize = bytes;
 }
 

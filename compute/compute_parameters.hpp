@@ -50,8 +50,8 @@ class ComputeParameters {
     SwapConfiguration swap;
     u64_t memory_limit;  // bytes that the user allows in all
 
-    // The estimates, in bytes, made by update_memory after each change. 0 where this version does not have
-    // the computation, and where estimate_refusal says why there is none.
+    // The estimates, in bytes, made by update_memory after each change. 0 where the constant has none, and
+    // where estimate_refusal says why.
     u64_t ML = 0;     // working memory
     u64_t memTW = 0;  // twiddle tables
     u64_t memIO = 0;  // I/O buffers

@@ -33,8 +33,8 @@ std::string zlr_Constant::get_algorithm_name(s32_t algorithm, upL_t p) const {
 std::string zlr_Constant::get_algorithm_menu(s32_t algorithm, upL_t p) const {
     return get_algorithm_name(algorithm, p);
 }
-bool zlr_Constant::get_memory_B(s32_t, upL_t, u64_t, u64_t, upL_t&) const {
-    Console::print_error("zlr_Constant::get_memory_B() - Function not implemented");
+bool zlr_Constant::get_memory_B(s32_t, upL_t p, u64_t, u64_t, upL_t&) const {
+    if (p != 0) Console::print_error("zlr_Constant::get_memory_B() - Function not implemented");
     return false;
 }
 

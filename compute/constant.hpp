@@ -56,6 +56,7 @@ class zlr_Constant {
 
     // Bytes of working memory of a run in memory, before anything is allocated; false for a number that the
     // class does not know. The run takes one block of this size (and a fixed margin) and never asks for more.
+    // p = 0 only asks whether the class knows the number.
     virtual bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const;
     // Bytes of logical disk and working memory of a run in swap mode.
     virtual bool get_memory_S(s32_t algorithm, upL_t p, u64_t digits, upL_t ML, upL_t minIO, u64_t threads,

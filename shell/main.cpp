@@ -20,8 +20,9 @@ namespace {
     not_available_yet("The resuming of an unfinished computation");
 }
 
-// An exception that arrives here has been reported, and the process still ends with 0: only fatal errors and
-// refused commands give 1. What is no exception object at all ends the process through the runtime.
+// An exception that arrives here is reported as what ended the process, whether or not fire() has reported it
+// where it happened, and the process still ends with 0: only fatal errors and refused commands give 1. What
+// is no exception object at all ends the process through the runtime.
 int run_program(int argc, const char* const* argv) {
     try {
         check_features();

@@ -20,9 +20,8 @@ class zlr_Log final : public zlr_Constant {
         return {};
     }
     // The terms of the formula, which the generator finds, decide: without it there is no estimate.
-    bool get_memory_B(s32_t, upL_t, u64_t, u64_t, upL_t& bytes) const override {
-        bytes = 0;
-        return false;
+    bool get_memory_B(s32_t algorithm, upL_t p, u64_t, u64_t, upL_t&) const override {
+        return p == 0 && knows_algorithm(algorithm, p);
     }
     void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
     void set_precision(upL_t) override {

@@ -305,10 +305,21 @@ TEST(Estimates, TheMemoryLimitDoesNotChangeARunInMemory) {
     }
 }
 
-TEST(Estimates, AConstantWithoutItsComputationNeedsNothing) {
+TEST(Estimates, AConstantWithoutItsComputationTellsWhatItWouldTake) {
     TestSettings test;
-    test.constant->memory_B = distinct_memory;
+    test.constant->memory_B = [](s32_t, upL_t, u64_t, u64_t, upL_t& bytes) {
+        bytes = 5;
+        return true;
+    };
     test.constant->has_run_B = false;
+    test.settings.update_memory();
+    EXPECT_EQ(test.settings.ML, 5u);
+    EXPECT_EQ(test.settings.estimate_refusal, "");
+}
+
+TEST(Estimates, AConstantWithoutAnEstimateNeedsNothing) {
+    TestSettings test;
+    test.constant->memory_B = [](s32_t, upL_t, u64_t, u64_t, upL_t&) { return false; };
     test.settings.update_memory();
     EXPECT_EQ(test.settings.ML, 0u);
     EXPECT_EQ(test.settings.estimate_refusal, "");

@@ -52,13 +52,56 @@ TEST(ConstantMemory, APrecisionOf0AsksWhetherTheAlgorithmExists) {
     }
 }
 
+// Only what has to be there.
+class Nameless final : public zlr_Constant {
+  public:
+    Nameless() : zlr_Constant(1) {}
+    std::string get_short_name() const override { return "short"; }
+    std::string get_algorithm_short(s32_t, upL_t) const override { return "first"; }
+};
+
+TEST(ConstantDefaults, NamesColourAndLimit) {
+    const Nameless constant;
+    EXPECT_EQ(constant.get_max_digits(), 90'000'000'000'050u);
+    EXPECT_EQ(constant.get_color(), 'G');
+    EXPECT_EQ(constant.get_name(), "short");
+    EXPECT_EQ(constant.get_algorithm_name(0, 100), "first");
+    EXPECT_EQ(constant.get_algorithm_menu(0, 100), "first");
+}
+
+TEST(ConstantDefaults, MissingEstimatesSayTheirName) {
+    const Nameless constant;
+    upL_t bytes = 0;
+    u64_t disk = 0;
+    const auto told = [](const std::string& function) {
+        return "\n" + testing::sent::R + function + " - Function not implemented\n" + testing::sent::W;
+    };
+    EXPECT_EQ(testing::console_output([&] { EXPECT_FALSE(constant.get_memory_B(0, 100, 1000, 1, bytes)); }),
+              told("zlr_Constant::get_memory_B()"));
+    EXPECT_EQ(testing::console_output([&] { EXPECT_FALSE(constant.get_memory_B(0, 0, 0, 1, bytes)); }), "");
+    EXPECT_EQ(testing::console_output(
+                  [&] { EXPECT_FALSE(constant.get_memory_S(0, 100, 1000, 0, 4096, 1, disk, bytes)); }),
+              told("zlr_Constant::get_memory_S()"));
+}
+
+TEST(ConstantDefaultsDeathTest, MissingComputationsAreFatal) {
+    const Nameless constant;
+    RunTimeParameters run;
+    EXPECT_EXIT(testing::dying([&] { constant.run_B(0, run); }), ::testing::ExitedWithCode(1),
+                "zlr_Constant::run_B\\(\\) - Function not implemented");
+    EXPECT_EXIT(testing::dying([&] { constant.run_S(0, run); }), ::testing::ExitedWithCode(1),
+                "zlr_Constant::run_S\\(\\) - Function not implemented");
+}
+
 TEST(ConstantMemory, LogHasNoEstimateYetAndSaysSoQuietly) {
     const auto log = make_constant(constant_id::log, 2, 100);
     upL_t bytes = 77;
     const std::string printed =
         testing::console_output([&] { EXPECT_FALSE(log->get_memory_B(0, 100, 1000, 1, bytes)); });
     EXPECT_EQ(printed, "");
-    EXPECT_EQ(bytes, 0u);
+    EXPECT_EQ(bytes, 77u);
+    EXPECT_TRUE(log->get_memory_B(1, 0, 0, 1, bytes));
+    EXPECT_FALSE(log->get_memory_B(2, 0, 0, 1, bytes));
 }
 
 TEST(ConstantMemory, SettingsOfLogTakeAnyOptionUpToTheRefusal) {
