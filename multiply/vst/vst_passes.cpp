@@ -363,6 +363,7 @@ class ResultWords {
 
     // The parts of the window that lie in blocks which are not wholly in it.
     void copy_rest() const {
+        if (result_.s == result_.e) return;
         for (u64_t block = result_.s / block_words_; block * block_words_ < result_.e; block++) {
             if (in_window(block)) {
                 block = result_.e / block_words_ - 1;
