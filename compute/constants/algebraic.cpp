@@ -3,7 +3,6 @@
 
 #include "compute/constants/constants.hpp"
 #include "compute/constants/listed_constant.hpp"
-#include "compute/constants/memory_query.hpp"
 #include "compute/drivers/algebraic.hpp"
 #include "compute/drivers/shared_stages.hpp"
 
@@ -20,14 +19,14 @@ class zlr_Sqrt final : public zlr_ListedConstant {
     explicit zlr_Sqrt(u64_t radicand) : zlr_ListedConstant(1, newton_names), radicand_(radicand) {}
     char get_color() const override { return 'P'; }
     std::string get_short_name() const override { return with_argument("Sqrt", radicand_); }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes,
-                            [&] { return algebraic_memory_B(p, digits, threads); });
-    }
     bool runs_B(s32_t algorithm) const override { return knows_algorithm(algorithm, 0); }
     void run_B(s32_t algorithm, RunTimeParameters& run) const override;
 
   private:
+    upL_t memory_B(s32_t, upL_t p, u64_t digits, u64_t threads) const override {
+        return algebraic_memory_B(p, digits, threads);
+    }
+
     u64_t radicand_;
 };
 
@@ -36,12 +35,13 @@ class zlr_GoldenRatio final : public zlr_ListedConstant {
     zlr_GoldenRatio() : zlr_ListedConstant(1, newton_names) {}
     char get_color() const override { return 'P'; }
     std::string get_short_name() const override { return "Golden Ratio"; }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes,
-                            [&] { return algebraic_memory_B(p, digits, threads); });
-    }
     bool runs_B(s32_t algorithm) const override { return knows_algorithm(algorithm, 0); }
     void run_B(s32_t algorithm, RunTimeParameters& run) const override;
+
+  private:
+    upL_t memory_B(s32_t, upL_t p, u64_t digits, u64_t threads) const override {
+        return algebraic_memory_B(p, digits, threads);
+    }
 };
 
 void zlr_Sqrt::run_B(s32_t, RunTimeParameters& run) const {

@@ -19,13 +19,10 @@ class zlr_ArcCoth final : public zlr_ListedConstant {
   public:
     explicit zlr_ArcCoth(u64_t argument) : zlr_ListedConstant(1, arccoth_names), argument_(argument) {}
     std::string get_short_name() const override { return with_argument("ArcCoth", argument_); }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes, [&] { return memory_B(p, digits, threads); });
-    }
     void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
 
   private:
-    upL_t memory_B(upL_t p, u64_t digits, u64_t threads) const {
+    upL_t memory_B(s32_t, upL_t p, u64_t digits, u64_t threads) const override {
         const ArcCoth series(argument_);
         return series_memory(series, common_quotient(series, 1, argument_), p, digits, threads);
     }

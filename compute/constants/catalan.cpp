@@ -22,14 +22,10 @@ class zlr_Catalan final : public zlr_ListedConstant {
     char get_color() const override { return 'B'; }
     std::string get_short_name() const override { return "Catalan"; }
     std::string get_name() const override { return "Catalan's Constant"; }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes,
-                            [&] { return memory_B(algorithm, p, digits, threads); });
-    }
     void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
 
   private:
-    static upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) {
+    upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) const override {
         if (algorithm == 0) {
             const Catalan_Lupas series;
             return series_memory(series, common_quotient(series, 19, 18), p, digits, threads);

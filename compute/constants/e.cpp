@@ -3,7 +3,6 @@
 
 #include "compute/constants/constants.hpp"
 #include "compute/constants/listed_constant.hpp"
-#include "compute/constants/memory_query.hpp"
 #include "compute/drivers/e.hpp"
 #include "compute/drivers/shared_stages.hpp"
 
@@ -20,12 +19,13 @@ class zlr_E final : public zlr_ListedConstant {
   public:
     zlr_E() : zlr_ListedConstant(2, e_names) {}
     std::string get_short_name() const override { return "e"; }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes,
-                            [&] { return e_memory_B(algorithm, p, digits, threads); });
-    }
     bool runs_B(s32_t algorithm) const override { return knows_algorithm(algorithm, 0); }
     void run_B(s32_t algorithm, RunTimeParameters& run) const override;
+
+  private:
+    upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) const override {
+        return e_memory_B(algorithm, p, digits, threads);
+    }
 };
 
 void zlr_E::run_B(s32_t algorithm, RunTimeParameters& run) const {

@@ -24,14 +24,10 @@ class zlr_Lemniscate final : public zlr_ListedConstant {
   public:
     zlr_Lemniscate() : zlr_ListedConstant(2, lemniscate_names) {}
     std::string get_short_name() const override { return "Lemniscate"; }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes,
-                            [&] { return memory_B(algorithm, p, digits, threads); });
-    }
     void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
 
   private:
-    static upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) {
+    upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) const override {
         const bool gauss = algorithm == 0;
         const ArcSinlemn first(gauss ? 1 : 2, gauss ? 2 : 3);
         const ArcSinlemn second(7, gauss ? 23 : 137);

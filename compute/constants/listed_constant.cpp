@@ -1,5 +1,6 @@
 #include "compute/constants/listed_constant.hpp"
 
+#include "compute/constants/memory_query.hpp"
 #include "foundation/strings.hpp"
 
 namespace znp {
@@ -14,6 +15,11 @@ std::string zlr_ListedConstant::get_algorithm_name(s32_t algorithm, upL_t) const
 
 std::string zlr_ListedConstant::get_algorithm_menu(s32_t algorithm, upL_t) const {
     return text_of(algorithm, &AlgorithmNames::menu);
+}
+
+bool zlr_ListedConstant::get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads,
+                                      upL_t& bytes) const {
+    return query_memory(*this, algorithm, p, bytes, [&] { return memory_B(algorithm, p, digits, threads); });
 }
 
 std::string zlr_ListedConstant::text_of(s32_t algorithm, const char* AlgorithmNames::*text) const {

@@ -3,7 +3,6 @@
 
 #include "compute/constants/constants.hpp"
 #include "compute/constants/listed_constant.hpp"
-#include "compute/constants/memory_query.hpp"
 #include "compute/drivers/pi.hpp"
 #include "compute/drivers/shared_stages.hpp"
 
@@ -29,12 +28,13 @@ class zlr_Pi final : public zlr_ListedConstant {
   public:
     zlr_Pi() : zlr_ListedConstant(2, pi_names) {}
     std::string get_short_name() const override { return "Pi"; }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes,
-                            [&] { return pi_memory_B(algorithm, p, digits, threads); });
-    }
     bool runs_B(s32_t algorithm) const override { return knows_algorithm(algorithm, 0); }
     void run_B(s32_t algorithm, RunTimeParameters& run) const override;
+
+  private:
+    upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) const override {
+        return pi_memory_B(algorithm, p, digits, threads);
+    }
 };
 
 void zlr_Pi::run_B(s32_t algorithm, RunTimeParameters& run) const {

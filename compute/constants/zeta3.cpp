@@ -23,18 +23,14 @@ class zlr_Zeta3 final : public zlr_ListedConstant {
     zlr_Zeta3() : zlr_ListedConstant(2, zeta3_names) {}
     std::string get_short_name() const override { return "Zeta(3)"; }
     std::string get_name() const override { return "Zeta(3) - Apery's Constant"; }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes,
-                            [&] { return memory_B(algorithm, p, digits, threads); });
-    }
     void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
 
   private:
-    static upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) {
-        if (algorithm == 0) return memory_B(Zeta3_AZ2(), 12463, 10368, p, digits, threads);
-        return memory_B(Zeta3_AZ1(), 77, 64, p, digits, threads);
+    upL_t memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads) const override {
+        if (algorithm == 0) return series_memory_B(Zeta3_AZ2(), 12463, 10368, p, digits, threads);
+        return series_memory_B(Zeta3_AZ1(), 77, 64, p, digits, threads);
     }
-    static upL_t memory_B(const zl_BSS& series, cdi a, cdi b, upL_t p, u64_t digits, u64_t threads) {
+    static upL_t series_memory_B(const zl_BSS& series, cdi a, cdi b, upL_t p, u64_t digits, u64_t threads) {
         return series_memory(series, common_quotient(series, a, b), p, digits, threads);
     }
 };
