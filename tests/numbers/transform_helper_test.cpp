@@ -132,7 +132,7 @@ TEST_F(TransformHelpers, ResultsMayLieOverOperandsThatAreUsedUp) {
                    B = random_mantissa<c64i>(Lb, rng);
         GuardedWords<c64i> first(Lc + La), second(Lc + Lb);
         Work work(bytes_for(Lc + La + transform_slack, Lc + Lb + transform_slack));
-        const auto fill = [&, Lb = Lb] {
+        const auto fill = [&] {
             std::copy(A.begin(), A.end(), first.data());
             std::copy(C.begin(), C.end(), std::copy(B.begin(), B.end(), second.data()));
         };
