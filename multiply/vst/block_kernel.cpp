@@ -1,6 +1,9 @@
 // The lowest levels, within blocks of 64, 96, 160 and 224 points, and the pointwise step.
 #include <immintrin.h>
 
+#include <cassert>
+
+#include "multiply/vst/vst_bounds.hpp"
 #include "multiply/vst/vst_kernels.hpp"
 #include "multiply/vst/vst_vector.hpp"
 
@@ -292,6 +295,7 @@ ZNP_INLINE void inverse_block(const Part& part, const double* other, upL_t block
 
 void forward_blocks(const Part& part, upL_t first, upL_t count) {
     const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
+    assert(blocks_bounded(part, first, first + count, forward_bound));
     for (upL_t i = first; i < first + count; i++) {
         switch (part.b) {
             case 1:
@@ -310,6 +314,7 @@ void forward_blocks(const Part& part, upL_t first, upL_t count) {
                 break;
         }
     }
+    assert(blocks_bounded(part, first, first + count, forward_bound));
 }
 
 void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t count) {
@@ -338,6 +343,7 @@ void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t co
                 break;
         }
     }
+    assert(blocks_bounded(part, first, first + count, inverse_bound));
 }
 
 }  // namespace znp::vst

@@ -6,6 +6,9 @@
 // of 2 reach (1 + B/4) p = 1.34 p.
 #include <immintrin.h>
 
+#include <cassert>
+
+#include "multiply/vst/vst_bounds.hpp"
 #include "multiply/vst/vst_kernels.hpp"
 #include "multiply/vst/vst_vector.hpp"
 
@@ -193,27 +196,36 @@ Rows part_rows(const Part& part, Direction direction) {
 
 void forward_levels(const Rows& rows, unsigned levels, Top top) {
     const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
+    const upL_t count = upL_t{1} << levels;
+    assert(rows_bounded(rows, 0, top == Top::half_root ? count / 2 : count,
+                        top == Top::large ? large_bound : any_bound));
     if (top == Top::any || top == Top::large) {
         forward_tree(rows, nullptr, 0, levels, {rows.twiddles, 0, 0}, m, top == Top::large, true);
+        assert(rows_bounded(rows, 0, count, forward_bound));
         return;
     }
     const upL_t quarter = upL_t{1} << (levels - 2);
     split_root(rows, quarter, top == Top::half_root, m);
     for (upL_t i = 0; i < 4 && levels > 2; i++)
         forward_tree(rows, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i}, m, false, false);
+    assert(rows_bounded(rows, 0, count, forward_bound));
 }
 
 void inverse_levels(const Rows& rows, unsigned levels) {
     const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
+    assert(rows_bounded(rows, 0, upL_t{1} << levels, inverse_bound));
     inverse_tree(rows, nullptr, nullptr, 0, levels, {rows.twiddles, 0, 0}, m);
+    assert(rows_bounded(rows, 0, upL_t{1} << levels, inverse_bound));
 }
 
 void inverse_levels_root(const Rows& rows, unsigned levels, double scale) {
     const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
     const upL_t quarter = upL_t{1} << (levels - 2);
+    assert(rows_bounded(rows, 0, 4 * quarter, inverse_bound));
     for (upL_t i = 0; i < 4 && levels > 2; i++)
         inverse_tree(rows, nullptr, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i}, m);
     join_root(rows, quarter, scale, m);
+    assert(rows_bounded(rows, 0, 4 * quarter, result_bound));
 }
 
 void forward_part(const Part& part) {

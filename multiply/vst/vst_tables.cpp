@@ -5,6 +5,7 @@
 #include <cmath>
 #include <new>
 
+#include "foundation/threads.hpp"
 #include "multiply/vst/size_plan.hpp"
 #include "multiply/vst/vst_kernels.hpp"
 #include "multiply/vst/vst_stages.hpp"
@@ -167,14 +168,21 @@ class PrimeBuilder {
         tables_.powers[direction] = v;
     }
 
+    // v_j z^k at j b + k, four nodes at a time.
     void build_weights(u64_t z) {
         const upL_t nodes = set_.block_nodes;
-        double* out = carver_.doubles(b_ * nodes);
+        double* const out = carver_.doubles(b_ * nodes);
         tables_.weights = out;
-        for (upL_t j = 0; j < nodes; j++) {
-            u64_t weight = field_.from(tables_.powers[forward_direction][j]);
-            for (unsigned k = 0; k < b_; k++, weight = field_.mul(weight, z))
-                *out++ = field_.balanced(weight);
+        double powers[4 * 7];
+        u64_t power = 1;
+        for (unsigned k = 0; k < b_; k++, power = field_.mul(power, z)) {
+            for (unsigned j = 0; j < 4; j++) powers[j * b_ + k] = field_.balanced(power);
+        }
+        for (upL_t j = 0; j < nodes; j += 4) {
+            for (upL_t i = 0; i < 4; i++) {
+                std::fill_n(out + (j + i) * b_, b_, tables_.powers[forward_direction][j + i]);
+            }
+            multiply_residues(out + j * b_, out + j * b_, powers, 4 * upL_t{b_}, tables_);
         }
     }
 
@@ -211,18 +219,38 @@ void for_each_set(const TablePlan& plan, F f) {
 
 constexpr upL_t header_bytes = (sizeof(VSTTables) + 31) & ~upL_t{31};
 
-const SetTables* build_set(const Geometry& g, std::byte* memory) {
-    const TableShape shape(g);
+// The set's header, and where its primes' arrays lie.
+SetTables* place_set(const Geometry& g, const TableShape& shape, std::byte* memory) {
     auto* const tables = new (memory) SetTables{};
     tables->geometry = g;
     tables->set = &prime_set(g.a, g.b);
     tables->part_levels = shape.part;
     tables->table_nodes = shape.nodes;
     tables->block_nodes = shape.block_nodes;
-    std::byte* arrays = memory + shape.bytes(g) - g.a * shape.prime_doubles(g.b) * 8;
-    for (unsigned s = 0; s < g.a; s++, arrays += shape.prime_doubles(g.b) * 8)
-        PrimeBuilder(tables->prime[s], *tables, s, Carver(arrays)).build();
     return tables;
+}
+
+// One prime of one set: independent of all others.
+struct PrimeJob {
+    SetTables* set;
+    unsigned s;
+    std::byte* arrays;
+
+    void run() const { PrimeBuilder(set->prime[s], *set, s, Carver(arrays)).build(); }
+};
+
+// All sets of a plan have so many primes together.
+constexpr upL_t max_jobs = 4 * (4 + 5 + 6 + 7 + 8 + 9);
+
+// Primes that are worth a thread.
+constexpr upL_t jobs_of_a_thread = 20;
+
+void run_jobs(const PrimeJob* jobs, upL_t count) {
+    const u64_t threads = std::clamp<u64_t>(count / jobs_of_a_thread, 1, logical_cores());
+    auto task = make_task([&](u64_t index) {
+        for (upL_t i = index; i < count; i += threads) jobs[i].run();
+    });
+    raise_status(fork_range(task, 0, threads));
 }
 
 }  // namespace
@@ -259,10 +287,18 @@ std::byte* build_tables(const VSTTables*& tables, const TablePlan& plan, std::by
         Console::print_error("Data Misalignment. Possible performance penalty.");
     auto* const header = new (memory) VSTTables{};
     memory += header_bytes;
+    PrimeJob jobs[max_jobs];
+    upL_t count = 0;
     for_each_set(plan, [&](const Geometry& g) {
-        header->sets[g.a - 3][g.b / 2] = build_set(g, memory);
-        memory += TableShape(g).bytes(g);
+        const TableShape shape(g);
+        SetTables* const set = place_set(g, shape, memory);
+        header->sets[g.a - 3][g.b / 2] = set;
+        memory += shape.bytes(g);
+        std::byte* arrays = memory - g.a * shape.prime_doubles(g.b) * sizeof(double);
+        for (unsigned i = 0; i < g.a; i++, arrays += shape.prime_doubles(g.b) * sizeof(double))
+            jobs[count++] = {set, i, arrays};
     });
+    run_jobs(jobs, count);
     tables = header;
     return memory;
 }
