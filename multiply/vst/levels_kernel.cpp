@@ -196,7 +196,7 @@ Rows part_rows(const Part& part, Direction direction) {
 
 void forward_levels(const Rows& rows, unsigned levels, Top top) {
     const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
-    const upL_t count = upL_t{1} << levels;
+    [[maybe_unused]] const upL_t count = upL_t{1} << levels;
     assert(rows_bounded(rows, 0, top == Top::half_root ? count / 2 : count,
                         top == Top::large ? large_bound : any_bound));
     if (top == Top::any || top == Top::large) {
