@@ -1,152 +1,101 @@
-// The large transform: products of n by n 64-bit words against mpn_mul_n of GMP (ratio is our time over the
-// peer's), on one and two threads, and its kernels on data in the first-level cache.
+// Products of the large transform from 10^4 to 10^8 words by as many, on one and on two threads, against
+// mpn_mul_n of GMP; and its transforms alone:
 //
-// Ports' bound of a butterfly on four points: four operations on the two multiply pipes and four on the two
-// add pipes, two cycles.
-#include <benchmark/benchmark.h>
+//     vst_bench [n ...]
+//
+// Prints the rows of a table: milliseconds of a product on one thread; nanoseconds a word of an operand of
+// that product, of the transform of one operand and of the inverse with the pointwise product; the peer's
+// milliseconds, and how many times faster the product is; the product on two threads, and how many times
+// faster than on one; working memory in bytes for a byte of the result.
+//
+// All times are medians of calls in a row: some calls on one thread, then as many on two and some of the
+// peer, in several rounds, so that a disturbance of the machine does not hit a single column. Without
+// arguments it takes two minutes and 14 GiB; the peer is left out above 10^7 words.
 #include <gmp.h>
 
-#include <algorithm>
-#include <chrono>
-#include <limits>
-#include <random>
+#include <cstdio>
+#include <cstdlib>
 #include <vector>
 
-#include "bench/computation_tables.hpp"
-#include "multiply/selection.hpp"
-#include "multiply/vst/vst_kernels.hpp"
+#include "bench/measurement.hpp"
+#include "bench/vst_product.hpp"
 
 namespace znp {
 namespace {
 
-// Tables for one length, and the product's buffers.
-class VSTProduct {
-  public:
-    VSTProduct(upL_t n, u64_t threads)
-        : n_(n),
-          vst_(*find_multiplier<c64i>("VST")),
-          tables_(make_guarded_array<std::byte>(nullptr, table_size(2 * n * 64), 64)),
-          A_(make_guarded_array<c64i>(nullptr, n)),
-          B_(make_guarded_array<c64i>(nullptr, n)),
-          T_(make_guarded_array<c64i>(nullptr, 2 * n)),
-          work_(bench::work_buffer(bp_, vst_.work_bytes(2 * n, threads))) {
-        build_tables(holder_, 2 * n * 64, tables_.get());
-        bp_.holder = &holder_;
-        bp_.tds = threads;
-        std::mt19937_64 rng(2026);
-        for (upL_t i = 0; i < n; i++) A_[i] = rng();
-        for (upL_t i = 0; i < n; i++) B_[i] = rng();
-    }
-    void operator()(std::size_t) const { vst_.mul(bp_, T_.get(), A_.get(), n_, B_.get(), n_); }
-    const c64i* a() const { return A_.get(); }
-    const c64i* b() const { return B_.get(); }
-    c64i* t() const { return T_.get(); }
-    double bytes_per_byte() const { return static_cast<double>(bp_.ML) / (16.0 * static_cast<double>(n_)); }
+constexpr upL_t largest_of_peer = 10'000'000;
 
-  private:
-    upL_t n_;
-    const multiplier<c64i>& vst_;
-    TableHolder holder_;
-    BasicParameters bp_;
-    GuardedArray<std::byte> tables_;
-    GuardedArray<c64i> A_, B_, T_;
-    GuardedArray<std::byte> work_;
+struct Times {
+    std::vector<double> one, two, peer, forward, inverse;
 };
 
-// One call of each in turn; the best of both.
-template <class Ours, class Theirs>
-void compare_turns(benchmark::State& state, const Ours& ours, const Theirs& theirs) {
-    using clock = std::chrono::steady_clock;
-    const auto seconds = [](const auto& routine) {
-        const auto start = clock::now();
-        routine(0);
-        return std::chrono::duration<double>(clock::now() - start).count();
+// Calls in a row that take so many seconds, of calls that take `each`.
+unsigned calls_in(double budget, double each) {
+    return static_cast<unsigned>(std::clamp(budget / each, 1.0, 1000.0));
+}
+
+Times measure(const bench::VSTProduct& product, upL_t n) {
+    const auto record = [](std::vector<double>& times, unsigned calls, const auto& routine) {
+        for (unsigned i = 0; i < calls; ++i) times.push_back(bench::seconds_of(routine));
     };
-    seconds(ours);
-    double best = std::numeric_limits<double>::max();
-    double peer = best;
-    for (auto _ : state) {
-        const double x = seconds(ours);
-        best = std::min(best, x);
-        peer = std::min(peer, seconds(theirs));
-        state.SetIterationTime(x);
-    }
-    state.counters["ours_ms"] = best * 1e3;
-    state.counters["theirs_ms"] = peer * 1e3;
-    state.counters["ratio"] = best / peer;
-    state.counters["times_faster"] = peer / best;
-}
+    std::vector<c64i> P(n <= largest_of_peer ? 2 * n : 0);
+    const auto peer = [&] { mpn_mul_n(P.data(), product.a(), product.b(), static_cast<mp_size_t>(n)); };
 
-void against_gmp(benchmark::State& state) {
-    const auto n = static_cast<upL_t>(state.range(0));
-    const VSTProduct vst(n, 1);
-    std::vector<c64i> P(2 * n);
-    compare_turns(state, vst,
-                  [&](std::size_t) { mpn_mul_n(P.data(), vst.a(), vst.b(), static_cast<mp_size_t>(n)); });
-    state.counters["work_bytes_per_byte"] = vst.bytes_per_byte();
-}
-
-// ratio is the time on two threads over that on one.
-void two_threads(benchmark::State& state) {
-    const auto n = static_cast<upL_t>(state.range(0));
-    const VSTProduct one(n, 1), two(n, 2);
-    compare_turns(state, two, one);
-}
-
-// Cycles are for the reader to work out: the clock is not the processor's. ns is for one butterfly of four
-// points.
-template <bool inverse>
-void levels(benchmark::State& state) {
-    constexpr unsigned b = 1, rows = 4;
-    vst::TablePlan plan;
-    plan.require({8, b, 14});
-    const auto memory = make_guarded_array<std::byte>(nullptr, vst::table_bytes(plan), 64);
-    const VSTTables* tables = nullptr;
-    vst::build_tables(tables, plan, memory.get());
-    const vst::SetTables& set = *tables->sets[5][0];
-    const vst::Geometry g = set.geometry;
-    const auto data = make_guarded_array<double>(nullptr, (g.row() * 4) << rows, 64);
-    for (upL_t i = 0; i < (g.row() * 4) << rows; i++) data[i] = static_cast<double>(i);
-    const auto twiddles = make_guarded_array<double>(nullptr, (1u << rows) + 4, 64);
-    local_twiddles(twiddles.get(), set.prime[0], inverse ? vst::inverse_direction : vst::forward_direction, 5,
-                   rows);
-    const vst::Rows column{data.get(), g.row() * 4, g.lanes(), twiddles.get(), &set.prime[0]};
-    for (auto _ : state) {
-        if (inverse) {
-            vst::inverse_levels(column, rows);
-        } else {
-            vst::forward_levels(column, rows, vst::Top::large);
+    const double first = bench::seconds_of([&] { product.multiply(1); });
+    const unsigned rounds = first > 0.3 ? 3 : 5;
+    const unsigned calls = calls_in(0.15, first);
+    Times times;
+    product.forward(1);
+    for (unsigned round = 0; round < rounds; ++round) {
+        record(times.one, calls, [&] { product.multiply(1); });
+        product.multiply(2);
+        record(times.two, 2 * calls, [&] { product.multiply(2); });
+        if (!P.empty() && (n < largest_of_peer || round == 0))
+            record(times.peer, calls_in(0.15, 4 * first), peer);
+        product.forward(1);
+        for (unsigned i = 0; i < calls; ++i) {
+            record(times.forward, 1, [&] { product.forward(0); });
+            record(times.inverse, 1, [&] { product.inverse(); });
         }
-        benchmark::ClobberMemory();
     }
-    const double butterflies = static_cast<double>(g.lanes() * rows << (rows - 1));
-    state.counters["ns"] = benchmark::Counter(
-        butterflies * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    return times;
 }
-BENCHMARK(levels<false>)->Name("forward_levels");
-BENCHMARK(levels<true>)->Name("inverse_levels");
 
-BENCHMARK(against_gmp)
-    ->Arg(10'000)
-    ->Arg(30'000)
-    ->Arg(100'000)
-    ->Arg(300'000)
-    ->Arg(1'000'000)
-    ->Arg(3'000'000)
-    ->Arg(10'000'000)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(two_threads)
-    ->Arg(30'000)
-    ->Arg(100'000)
-    ->Arg(300'000)
-    ->Arg(1'000'000)
-    ->Arg(3'000'000)
-    ->Arg(10'000'000)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+void print_row(upL_t n) {
+    const bench::VSTProduct product(n, 2);
+    const Times times = measure(product, n);
+    const double one = bench::median(times.one), two = bench::median(times.two);
+    const double ns_of_word = 1e9 / static_cast<double>(n);
+    char peer[40] = " | ";
+    if (!times.peer.empty()) {
+        const double median = bench::median(times.peer);
+        std::snprintf(peer, sizeof peer, "%.4g | %.2f", median * 1e3, median / one);
+    }
+    std::printf("| %s | %.3g | %.1f | %.1f | %.1f | %s | %.3g | %.2f | %.2f |\n",
+                bench::with_commas(n).c_str(), one * 1e3, one * ns_of_word,
+                bench::median(times.forward) * ns_of_word, bench::median(times.inverse) * ns_of_word, peer,
+                two * 1e3, one / two, product.work_ratio(1));
+    std::fflush(stdout);
+}
+
+void run(const std::vector<upL_t>& sizes) {
+    std::puts(
+        "| n | ms | ns a word | forward | inverse | GMP, ms | times faster | two threads, ms | speed-up | "
+        "memory |");
+    std::puts("| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |");
+    for (const upL_t n : sizes) print_row(n);
+}
 
 }  // namespace
 }  // namespace znp
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    std::vector<znp::upL_t> sizes;
+    for (int i = 1; i < argc; ++i) sizes.push_back(std::strtoull(argv[i], nullptr, 10));
+    if (sizes.empty()) {
+        sizes = {10'000,    20'000,    30'000,     50'000,     100'000,    300'000,
+                 1'000'000, 3'000'000, 10'000'000, 30'000'000, 100'000'000};
+    }
+    znp::run(sizes);
+    return 0;
+}
