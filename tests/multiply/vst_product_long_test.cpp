@@ -1,9 +1,8 @@
-// Long products of the large transform against an independent library: the capacity of every row of the plan
-// up to two million words, and operands of up to ten million words.
+// Long products of the large transform through the dispatchers against an independent library: operands of up
+// to ten million words.
 #include <gtest/gtest.h>
 
 #include "multiply/dispatch.hpp"
-#include "multiply/vst/size_plan.hpp"
 #include "multiply/vst_test_support.hpp"
 #include "test_seed.hpp"
 
@@ -22,23 +21,6 @@ Words product(const TableHolder& holder, const Words& A, const Words& B, u64_t t
         mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
     }
     return T;
-}
-
-TEST(VSTLongProducts, CapacityOfEveryRow) {
-    std::mt19937_64 rng = testing::make_rng(1);
-    const testing::VSTTablesOf tables(u64_t{1} << 27);
-    for (const vst::SizePlanRow& row : vst::main_plan()) {
-        if (row.capacity() <= 1'500'000) continue;
-        if (row.capacity() > u64_t{1} << 27) break;
-        SCOPED_TRACE(::testing::Message() << int(row.a) << " " << int(row.b) << " " << int(row.c));
-        const upL_t L = row.capacity() / 64;
-        const Words ones = testing::all_ones<c64i>(L / 2), A = testing::random_words<c64i>(rng, L / 2 + 1),
-                    B = testing::random_words<c64i>(rng, L - A.size());
-        EXPECT_TRUE(product(tables.holder, ones, ones, 2, false) == testing::gmp_product(ones, ones));
-        const Words AB = testing::gmp_product(A, B);
-        EXPECT_TRUE(product(tables.holder, A, B, 1, false) == AB);
-        EXPECT_TRUE(product(tables.holder, A, B, 2, true) == AB);
-    }
 }
 
 TEST(VSTLongProducts, UpToTenMillionWords) {
