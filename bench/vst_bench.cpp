@@ -48,8 +48,8 @@ Times measure(const bench::VSTProduct& product, upL_t n) {
     product.forward(1);
     for (unsigned round = 0; round < rounds; ++round) {
         record(times.one, calls, [&] { product.multiply(1); });
-        product.multiply(2);
-        record(times.two, 2 * calls, [&] { product.multiply(2); });
+        if (calls > 1) product.multiply(2);
+        record(times.two, calls > 1 ? 2 * calls : 1, [&] { product.multiply(2); });
         if (!P.empty() && (n < largest_of_peer || round == 0))
             record(times.peer, calls_in(0.15, 4 * first), peer);
         product.forward(1);
