@@ -30,52 +30,161 @@ struct Node {
     }
 };
 
+// A line of each of two rows.
+ZNP_INLINE void prefetch(const double* x, upL_t step) {
+    _mm_prefetch(x, _MM_HINT_T0);
+    _mm_prefetch(x + step, _MM_HINT_T0);
+}
+
+// Four rows at a time, `step` doubles apart, `count` vectors long; a group of them begins `advance` doubles
+// behind the one before.
+struct Groups {
+    double* data;
+    upL_t step, count, groups, advance;
+};
+
+// The factors of groups that belong to one node, and of groups that are nodes of their own.
+struct NodeFactors {
+    static constexpr bool same = true;
+    Factors4 f;
+    ZNP_INLINE Factors4 operator()(upL_t) const { return f; }
+};
+struct NodesFactors {
+    static constexpr bool same = false;
+    const double *s, *r;
+    __m256d i;
+    Modulus m;
+    ZNP_INLINE Factors4 operator()(upL_t group) const {
+        return make_factors4(s + group, r + 2 * group, i, m);
+    }
+};
+
+// Two levels, group by group. A group begins before the one in front of it is finished, so that the pipeline
+// of dependent operations fills only once; the factors of the next group are made meanwhile.
+template <bool inverse, bool reduce, bool cold, class FactorsOf>
+ZNP_INLINE void sweep4(const Groups& w, const FactorsOf& factors, Modulus m) {
+    constexpr bool same = FactorsOf::same;
+    const upL_t step = w.step;
+    const auto begin = [step, m](double* x, const Factors4& f) {
+        if constexpr (inverse) {
+            const __m256d v[4] = {_mm256_load_pd(x), _mm256_load_pd(x + step), _mm256_load_pd(x + 2 * step),
+                                  _mm256_load_pd(x + 3 * step)};
+            return join4_begin(x, step, v, true, f, m);
+        } else {
+            const __m256d x0 = _mm256_load_pd(x);
+            return split4_begin(x, step, reduce ? reduce_mod(x0, m) : x0, f, m);
+        }
+    };
+    const auto end = [step, m](double* x, const Half4& half, const Factors4& f) {
+        if constexpr (inverse) {
+            join4_end(x, step, half, f, m);
+        } else {
+            split4_end(x, step, half, f, m);
+        }
+    };
+    // What is read two groups later, a line of two rows with each vector: the rows stand too far apart for
+    // the processor to see a pattern.
+    const double* near = w.data + 2 * w.advance;
+    const double* far = near + 2 * step;
+    double* x = w.data;
+    Factors4 f = factors(0);
+    Half4 half = begin(x, f);
+    for (upL_t g = 1;; g++) {
+        Factors4 following = f;
+        if constexpr (!same) following = factors(g < w.groups ? g : 0);
+        for (double* const last = x + 4 * (w.count - 1); x != last; x += 4) {
+            if constexpr (cold) {
+                prefetch(near, step);
+                const double* const next = near + 4;
+                near = far;
+                far = next;
+            }
+            const Half4 next = begin(x + 4, f);
+            end(x, half, f);
+            half = next;
+        }
+        if (g == w.groups) break;
+        double* const y = w.data + g * w.advance;
+        const Half4 next = begin(y, same ? f : following);
+        end(x, half, f);
+        half = next;
+        if constexpr (!same) f = following;
+        x = y;
+        near = y + 2 * w.advance;
+        far = near + 2 * step;
+    }
+    end(x, half, f);
+}
+
+// Two levels at a node, on 4 quarters of rows.
 template <bool inverse>
-ZNP_INLINE void step4(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
-    const Factors4 f = make_factors4(node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), m);
-    if constexpr (inverse) {
-        join4_rows(row, step, count, f, m);
-    } else if (reduce) {
-        split4_rows<true>(row, step, count, f, m);
+void node4(const Groups& w, const Node& node, const Modulus& m, bool reduce, bool cold) {
+    const NodeFactors f{make_factors4(node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), m)};
+    if (cold) {
+        sweep4<inverse, !inverse, true>(w, f, m);
+    } else if (inverse || !reduce) {
+        sweep4<inverse, false, false>(w, f, m);
     } else {
-        split4_rows<false>(row, step, count, f, m);
+        sweep4<inverse, true, false>(w, f, m);
     }
 }
 
+// Two levels at each of several nodes, on 4 rows.
 template <bool inverse>
-ZNP_INLINE void step2(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
-    const Factor f = node.factor(0, 0, m);
-    if constexpr (inverse) {
-        join_rows<true>(row, step, count, f, m);
-    } else if (reduce) {
-        split_rows<true>(row, step, count, f, m);
+void nodes4(const Groups& w, const Node& node, const Modulus& m, bool cold) {
+    const NodesFactors factors{node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), m};
+    if (cold) {
+        sweep4<inverse, false, true>(w, factors, m);
     } else {
-        split_rows<false>(row, step, count, f, m);
+        sweep4<inverse, false, false>(w, factors, m);
+    }
+}
+
+// One level on 2 rows, four vectors at a time; count is a multiple of 4. cold: the rows `ahead` doubles from
+// here are read next.
+template <bool inverse, bool reduce, bool cold>
+ZNP_INLINE void rows2(double* x, upL_t step, upL_t count, upL_t ahead, Factor f, Modulus m) {
+    for (double* const end = x + 4 * count; x != end; x += 16) {
+        for (unsigned i = 0; i < 16; i += 4) {
+            if (cold && i % 8 == 0) prefetch(x + ahead + i, step);
+            __m256d u = _mm256_load_pd(x + i), v = _mm256_load_pd(x + step + i);
+            if (reduce && !inverse) u = reduce_mod(u, m);
+            if (inverse) {
+                join(u, v, f, m);
+            } else {
+                split(u, v, f, m);
+            }
+            _mm256_store_pd(x + i, reduce && inverse ? reduce_mod(u, m) : u);
+            _mm256_store_pd(x + step + i, v);
+        }
+    }
+}
+
+// One level at a node of two rows.
+template <bool inverse>
+void step2(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
+    const Factor f = node.factor(0, 0, m);
+    if (inverse || reduce) {
+        rows2<inverse, true, false>(row, step, count, 0, f, m);
+    } else {
+        rows2<inverse, false, false>(row, step, count, 0, f, m);
     }
 }
 
 // Two levels and one on 8 rows, which stay in the first-level cache meanwhile.
 template <bool inverse>
-ZNP_INLINE void step8(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
-    if constexpr (!inverse) {
-        step4<false>(row, 2 * step, count, node, m, reduce);
-        step4<false>(row + step, 2 * step, count, node, m, reduce);
-        for (unsigned i = 0; i < 4; i++)
-            split_rows<false>(row + 2 * i * step, step, count, node.factor(2, i, m), m);
-    } else {
-        for (unsigned i = 0; i < 4; i++)
-            join_rows<false>(row + 2 * i * step, step, count, node.factor(2, i, m), m);
-        step4<true>(row, 2 * step, count, node, m, false);
-        step4<true>(row + step, 2 * step, count, node, m, false);
+void step8(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce, bool cold) {
+    const Groups pair{row, 2 * step, count, 2, step};
+    if constexpr (!inverse) node4<false>(pair, node, m, reduce, cold);
+    for (unsigned i = 0; i < 4; i++) {
+        const Factor f = node.factor(2, i, m);
+        if (inverse && cold) {
+            rows2<inverse, false, true>(row + 2 * i * step, step, count, 8 * step, f, m);
+        } else {
+            rows2<inverse, false, false>(row + 2 * i * step, step, count, 0, f, m);
+        }
     }
-}
-
-// What a step reads in a few hundred cycles: rows stand too far apart for the processor to see a pattern.
-ZNP_INLINE void prefetch_rows(const Rows& rows, upL_t first, upL_t distance, unsigned depth) {
-    for (unsigned k = 0; k < 1u << depth; k++) {
-        const double* const row = rows.data + (first + k * distance) * rows.stride;
-        for (upL_t i = 0; i < 4 * rows.count + 4; i += 8) _mm_prefetch(row + i, _MM_HINT_T0);
-    }
+    if constexpr (inverse) node4<true>(pair, node, m, false, false);
 }
 
 // The top of the tree of X^N - 1, where all twiddles are 1 but that of the second child.
@@ -84,8 +193,14 @@ ZNP_INLINE void split_root(const Rows& rows, upL_t quarter, bool half, Modulus m
     const upL_t step = quarter * rows.stride;
     for (upL_t r = 0; r < quarter; r++) {
         double* x = rows.data + r * rows.stride;
-        if (r + 2 < quarter) prefetch_rows(rows, r + 2, quarter, half ? 1 : 2);
+        // As in sweep4; the two rows that are zero are written all the same.
+        const double* near = x + (r + 2 < quarter ? 2 * rows.stride : 0);
+        const double* far = near + 2 * step;
         for (double* const end = x + 4 * rows.count; x != end; x += 4) {
+            prefetch(near, step);
+            const double* const next = near + 4;
+            near = far;
+            far = next;
             __m256d u = _mm256_load_pd(x), e = _mm256_load_pd(x + step);
             __m256d v = u, d = e;
             if (!half) {
@@ -127,29 +242,27 @@ constexpr unsigned step_levels(unsigned levels) {
     return levels == 1 ? 1 : levels == 3 ? 3 : 2;
 }
 
-// cold: the first step that meets the rows.
+// The first levels of a subtree, or its last ones. cold: nothing has met the rows before.
 template <bool inverse>
 void step(const Rows& rows, upL_t first, unsigned levels, unsigned depth, const Node& node, const Modulus& m,
           bool reduce, bool cold) {
     const upL_t quarter = upL_t{1} << (levels - depth);
-    double* row = rows.data + first * rows.stride;
-    for (upL_t i = 0; i < quarter; i++, row += rows.stride) {
-        const upL_t distance = quarter * rows.stride;
-        if (cold) {
-            if (inverse) {
-                prefetch_rows(rows, first + (upL_t{2} << depth), 1, depth);
-            } else if (i + 2 < quarter) {
-                prefetch_rows(rows, first + i + 2, quarter, depth);
-            }
-        }
-        if (depth == 3) {
-            step8<inverse>(row, distance, rows.count, node, m, reduce);
-        } else if (depth == 2) {
-            step4<inverse>(row, distance, rows.count, node, m, reduce);
-        } else {
-            step2<inverse>(row, distance, rows.count, node, m, reduce);
-        }
+    double* const row = rows.data + first * rows.stride;
+    const upL_t distance = quarter * rows.stride;
+    if (depth == 2)
+        return node4<inverse>({row, distance, rows.count, quarter, rows.stride}, node, m, reduce, cold);
+    if (depth == 3) {
+        step8<inverse>(row, distance, rows.count, node, m, reduce, cold);
+    } else {
+        step2<inverse>(row, distance, rows.count, node, m, reduce);
     }
+}
+
+// Two levels at 4 nodes, on 16 rows.
+template <bool inverse>
+void leaves(const Rows& rows, upL_t first, const Node& node, const Modulus& m, bool cold) {
+    nodes4<inverse>({rows.data + first * rows.stride, rows.stride, rows.count, 4, 4 * rows.stride},
+                    {node.twiddles, node.level + 2, node.index << 2}, m, cold);
 }
 
 // The subtree of `levels` levels at the node, on the rows from `first` on. A part's leaves go on in the
@@ -159,7 +272,7 @@ void forward_tree(const Rows& rows, const Part* part, upL_t first, unsigned leve
     if (levels > 0) {
         const unsigned depth = step_levels(levels);
         step<false>(rows, first, levels, depth, node, m, reduce, cold);
-        if (levels > depth) {
+        if (levels > 4) {
             const upL_t section = upL_t{1} << (levels - depth);
             for (upL_t i = 0; i < upL_t{1} << depth; i++) {
                 forward_tree(rows, part, first + i * section, levels - depth,
@@ -167,6 +280,7 @@ void forward_tree(const Rows& rows, const Part* part, upL_t first, unsigned leve
             }
             return;
         }
+        if (levels == 4) leaves<false>(rows, first, node, m, false);
     }
     if (part != nullptr) forward_blocks(*part, first, upL_t{1} << levels);
 }
@@ -174,17 +288,18 @@ void forward_tree(const Rows& rows, const Part* part, upL_t first, unsigned leve
 void inverse_tree(const Rows& rows, const Part* part, const double* other, upL_t first, unsigned levels,
                   const Node& node, const Modulus& m) {
     const unsigned depth = levels > 0 ? step_levels(levels) : 0;
-    const bool leaf = levels <= depth;
-    if (!leaf) {
+    const bool cold = part == nullptr;
+    if (levels > 4) {
         const upL_t section = upL_t{1} << (levels - depth);
         for (upL_t i = 0; i < upL_t{1} << depth; i++) {
             inverse_tree(rows, part, other, first + i * section, levels - depth,
                          {node.twiddles, node.level + depth, (node.index << depth) + i}, m);
         }
-    } else if (part != nullptr) {
-        inverse_blocks(*part, other, first, upL_t{1} << levels);
+    } else {
+        if (part != nullptr) inverse_blocks(*part, other, first, upL_t{1} << levels);
+        if (levels == 4) leaves<true>(rows, first, node, m, cold);
     }
-    if (depth > 0) step<true>(rows, first, levels, depth, node, m, false, leaf && part == nullptr);
+    if (depth > 0) step<true>(rows, first, levels, depth, node, m, false, cold && levels < 4);
 }
 
 Rows part_rows(const Part& part, Direction direction) {

@@ -190,29 +190,4 @@ ZNP_INLINE void join4_rows(double* x, upL_t step, upL_t count, Factors4 f, Modul
     join4_end(x, step, half, f, m);
 }
 
-// One level on 2 rows, four vectors at a time; count is a multiple of 4.
-template <bool reduce>
-ZNP_INLINE void split_rows(double* x, upL_t step, upL_t count, Factor f, Modulus m) {
-    for (double* const end = x + 4 * count; x != end; x += 16) {
-        for (unsigned i = 0; i < 16; i += 4) {
-            __m256d u = _mm256_load_pd(x + i), v = _mm256_load_pd(x + step + i);
-            if (reduce) u = reduce_mod(u, m);
-            split(u, v, f, m);
-            _mm256_store_pd(x + i, u);
-            _mm256_store_pd(x + step + i, v);
-        }
-    }
-}
-template <bool reduce>
-ZNP_INLINE void join_rows(double* x, upL_t step, upL_t count, Factor f, Modulus m) {
-    for (double* const end = x + 4 * count; x != end; x += 16) {
-        for (unsigned i = 0; i < 16; i += 4) {
-            __m256d u = _mm256_load_pd(x + i), v = _mm256_load_pd(x + step + i);
-            join(u, v, f, m);
-            _mm256_store_pd(x + i, reduce ? reduce_mod(u, m) : u);
-            _mm256_store_pd(x + step + i, v);
-        }
-    }
-}
-
 }  // namespace znp::vst
