@@ -30,11 +30,38 @@ struct Node {
     }
 };
 
-// A line of each of two rows.
-ZNP_INLINE void prefetch(const double* x, upL_t step) {
-    _mm_prefetch(x, _MM_HINT_T0);
-    _mm_prefetch(x + step, _MM_HINT_T0);
-}
+// The rows that come next, brought to the second-level cache while these are worked on: a line with each
+// vector of four rows, which is about what the memory gives. The processor sees no pattern in rows that stand
+// so far apart.
+class Fetch {
+  public:
+    ZNP_INLINE Fetch(const Rows& rows, unsigned levels)
+        : row_(rows.next), stride_(rows.stride), left_(rows.next != nullptr ? upL_t{1} << levels : 0) {}
+
+    ZNP_INLINE bool done() const { return left_ == 0; }
+    ZNP_INLINE const double* take() {
+        const double* const row = row_;
+        if (left_ > 0) {
+            left_--;
+            row_ += stride_;
+        }
+        return row;
+    }
+
+  private:
+    const double* row_;
+    upL_t stride_, left_;
+};
+
+// What a walk through the tree takes along.
+struct Walk {
+    Rows rows;
+    Modulus m;
+    Fetch fetch;
+
+    ZNP_INLINE Walk(const Rows& r, unsigned levels)
+        : rows(r), m(make_modulus(r.prime->p, r.prime->inverse)), fetch(r, levels) {}
+};
 
 // Four rows at a time, `step` doubles apart, `count` vectors long; a group of them begins `advance` doubles
 // behind the one before.
@@ -61,8 +88,8 @@ struct NodesFactors {
 
 // Two levels, group by group. A group begins before the one in front of it is finished, so that the pipeline
 // of dependent operations fills only once; the factors of the next group are made meanwhile.
-template <bool inverse, bool reduce, bool cold, class FactorsOf>
-ZNP_INLINE void sweep4(const Groups& w, const FactorsOf& factors, Modulus m) {
+template <bool inverse, bool reduce, bool fetching, class FactorsOf>
+ZNP_INLINE void sweep4(const Groups& w, const FactorsOf& factors, Modulus m, Fetch& fetch) {
     constexpr bool same = FactorsOf::same;
     const upL_t step = w.step;
     const auto begin = [step, m](double* x, const Factors4& f) {
@@ -82,20 +109,21 @@ ZNP_INLINE void sweep4(const Groups& w, const FactorsOf& factors, Modulus m) {
             split4_end(x, step, half, f, m);
         }
     };
-    // What is read two groups later, a line of two rows with each vector: the rows stand too far apart for
-    // the processor to see a pattern.
-    const double* near = w.data + 2 * w.advance;
-    const double* far = near + 2 * step;
     double* x = w.data;
     Factors4 f = factors(0);
     Half4 half = begin(x, f);
     for (upL_t g = 1;; g++) {
         Factors4 following = f;
         if constexpr (!same) following = factors(g < w.groups ? g : 0);
+        const double *near = nullptr, *far = nullptr;
+        if constexpr (fetching) {
+            near = fetch.take();
+            far = fetch.take();
+        }
         for (double* const last = x + 4 * (w.count - 1); x != last; x += 4) {
-            if constexpr (cold) {
-                prefetch(near, step);
-                const double* const next = near + 4;
+            if constexpr (fetching) {
+                _mm_prefetch(near, _MM_HINT_T1);
+                const double* const next = near + 8;
                 near = far;
                 far = next;
             }
@@ -110,43 +138,44 @@ ZNP_INLINE void sweep4(const Groups& w, const FactorsOf& factors, Modulus m) {
         half = next;
         if constexpr (!same) f = following;
         x = y;
-        near = y + 2 * w.advance;
-        far = near + 2 * step;
     }
     end(x, half, f);
 }
 
 // Two levels at a node, on 4 quarters of rows.
 template <bool inverse>
-void node4(const Groups& w, const Node& node, const Modulus& m, bool reduce, bool cold) {
-    const NodeFactors f{make_factors4(node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), m)};
-    if (cold) {
-        sweep4<inverse, !inverse, true>(w, f, m);
-    } else if (inverse || !reduce) {
-        sweep4<inverse, false, false>(w, f, m);
+void node4(const Groups& w, const Node& node, Walk& walk, bool reduce) {
+    const NodeFactors f{make_factors4(node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), walk.m)};
+    if (!inverse && reduce) {
+        sweep4<inverse, !inverse, true>(w, f, walk.m, walk.fetch);
+    } else if (walk.fetch.done()) {
+        sweep4<inverse, false, false>(w, f, walk.m, walk.fetch);
     } else {
-        sweep4<inverse, true, false>(w, f, m);
+        sweep4<inverse, false, true>(w, f, walk.m, walk.fetch);
     }
 }
 
 // Two levels at each of several nodes, on 4 rows.
 template <bool inverse>
-void nodes4(const Groups& w, const Node& node, const Modulus& m, bool cold) {
-    const NodesFactors factors{node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), m};
-    if (cold) {
-        sweep4<inverse, false, true>(w, factors, m);
+void nodes4(const Groups& w, const Node& node, Walk& walk) {
+    const NodesFactors f{node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), walk.m};
+    if (walk.fetch.done()) {
+        sweep4<inverse, false, false>(w, f, walk.m, walk.fetch);
     } else {
-        sweep4<inverse, false, false>(w, factors, m);
+        sweep4<inverse, false, true>(w, f, walk.m, walk.fetch);
     }
 }
 
-// One level on 2 rows, four vectors at a time; count is a multiple of 4. cold: the rows `ahead` doubles from
-// here are read next.
-template <bool inverse, bool reduce, bool cold>
-ZNP_INLINE void rows2(double* x, upL_t step, upL_t count, upL_t ahead, Factor f, Modulus m) {
+// One level on 2 rows, four vectors at a time; count is a multiple of 4. fetched: a row, if fetching.
+template <bool inverse, bool reduce, bool fetching>
+ZNP_INLINE void rows2(double* x, upL_t step, upL_t count, const double* fetched, Factor f, Modulus m) {
     for (double* const end = x + 4 * count; x != end; x += 16) {
+        if constexpr (fetching) {
+            _mm_prefetch(fetched, _MM_HINT_T1);
+            _mm_prefetch(fetched + 8, _MM_HINT_T1);
+            fetched += 16;
+        }
         for (unsigned i = 0; i < 16; i += 4) {
-            if (cold && i % 8 == 0) prefetch(x + ahead + i, step);
             __m256d u = _mm256_load_pd(x + i), v = _mm256_load_pd(x + step + i);
             if (reduce && !inverse) u = reduce_mod(u, m);
             if (inverse) {
@@ -165,42 +194,38 @@ template <bool inverse>
 void step2(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce) {
     const Factor f = node.factor(0, 0, m);
     if (inverse || reduce) {
-        rows2<inverse, true, false>(row, step, count, 0, f, m);
+        rows2<inverse, true, false>(row, step, count, nullptr, f, m);
     } else {
-        rows2<inverse, false, false>(row, step, count, 0, f, m);
+        rows2<inverse, false, false>(row, step, count, nullptr, f, m);
     }
 }
 
 // Two levels and one on 8 rows, which stay in the first-level cache meanwhile.
 template <bool inverse>
-void step8(double* row, upL_t step, upL_t count, const Node& node, const Modulus& m, bool reduce, bool cold) {
+void step8(double* row, upL_t step, upL_t count, const Node& node, Walk& walk, bool reduce) {
     const Groups pair{row, 2 * step, count, 2, step};
-    if constexpr (!inverse) node4<false>(pair, node, m, reduce, cold);
+    if constexpr (!inverse) node4<false>(pair, node, walk, reduce);
     for (unsigned i = 0; i < 4; i++) {
-        const Factor f = node.factor(2, i, m);
-        if (inverse && cold) {
-            rows2<inverse, false, true>(row + 2 * i * step, step, count, 8 * step, f, m);
+        const Factor f = node.factor(2, i, walk.m);
+        double* const x = row + 2 * i * step;
+        if (i % 2 == 0 && !walk.fetch.done()) {
+            rows2<inverse, false, true>(x, step, count, walk.fetch.take(), f, walk.m);
         } else {
-            rows2<inverse, false, false>(row + 2 * i * step, step, count, 0, f, m);
+            rows2<inverse, false, false>(x, step, count, nullptr, f, walk.m);
         }
     }
-    if constexpr (inverse) node4<true>(pair, node, m, false, false);
+    if constexpr (inverse) node4<true>(pair, node, walk, false);
 }
 
 // The top of the tree of X^N - 1, where all twiddles are 1 but that of the second child.
-ZNP_INLINE void split_root(const Rows& rows, upL_t quarter, bool half, Modulus m) {
+ZNP_INLINE void split_root(Walk& walk, upL_t quarter, bool half) {
+    const Rows& rows = walk.rows;
+    const Modulus m = walk.m;
     const Factor i = make_factor(_mm256_broadcast_sd(rows.twiddles), m);
     const upL_t step = quarter * rows.stride;
     for (upL_t r = 0; r < quarter; r++) {
         double* x = rows.data + r * rows.stride;
-        // As in sweep4; the two rows that are zero are written all the same.
-        const double* near = x + (r + 2 < quarter ? 2 * rows.stride : 0);
-        const double* far = near + 2 * step;
         for (double* const end = x + 4 * rows.count; x != end; x += 4) {
-            prefetch(near, step);
-            const double* const next = near + 4;
-            near = far;
-            far = next;
             __m256d u = _mm256_load_pd(x), e = _mm256_load_pd(x + step);
             __m256d v = u, d = e;
             if (!half) {
@@ -242,117 +267,116 @@ constexpr unsigned step_levels(unsigned levels) {
     return levels == 1 ? 1 : levels == 3 ? 3 : 2;
 }
 
-// The first levels of a subtree, or its last ones. cold: nothing has met the rows before.
+// The first levels of a subtree, or its last ones.
 template <bool inverse>
-void step(const Rows& rows, upL_t first, unsigned levels, unsigned depth, const Node& node, const Modulus& m,
-          bool reduce, bool cold) {
+void step(Walk& walk, upL_t first, unsigned levels, unsigned depth, const Node& node, bool reduce) {
+    const Rows& rows = walk.rows;
     const upL_t quarter = upL_t{1} << (levels - depth);
     double* const row = rows.data + first * rows.stride;
     const upL_t distance = quarter * rows.stride;
-    if (depth == 2)
-        return node4<inverse>({row, distance, rows.count, quarter, rows.stride}, node, m, reduce, cold);
-    if (depth == 3) {
-        step8<inverse>(row, distance, rows.count, node, m, reduce, cold);
+    if (depth == 2) {
+        node4<inverse>({row, distance, rows.count, quarter, rows.stride}, node, walk, reduce);
+    } else if (depth == 3) {
+        step8<inverse>(row, distance, rows.count, node, walk, reduce);
     } else {
-        step2<inverse>(row, distance, rows.count, node, m, reduce);
+        step2<inverse>(row, distance, rows.count, node, walk.m, reduce);
     }
 }
 
 // Two levels at 4 nodes, on 16 rows.
 template <bool inverse>
-void leaves(const Rows& rows, upL_t first, const Node& node, const Modulus& m, bool cold) {
+void leaves(Walk& walk, upL_t first, const Node& node) {
+    const Rows& rows = walk.rows;
     nodes4<inverse>({rows.data + first * rows.stride, rows.stride, rows.count, 4, 4 * rows.stride},
-                    {node.twiddles, node.level + 2, node.index << 2}, m, cold);
+                    {node.twiddles, node.level + 2, node.index << 2}, walk);
 }
 
 // The subtree of `levels` levels at the node, on the rows from `first` on. A part's leaves go on in the
 // blocks.
-void forward_tree(const Rows& rows, const Part* part, upL_t first, unsigned levels, const Node& node,
-                  const Modulus& m, bool reduce, bool cold) {
+void forward_tree(Walk& walk, const Part* part, upL_t first, unsigned levels, const Node& node, bool reduce) {
     if (levels > 0) {
         const unsigned depth = step_levels(levels);
-        step<false>(rows, first, levels, depth, node, m, reduce, cold);
+        step<false>(walk, first, levels, depth, node, reduce);
         if (levels > 4) {
             const upL_t section = upL_t{1} << (levels - depth);
             for (upL_t i = 0; i < upL_t{1} << depth; i++) {
-                forward_tree(rows, part, first + i * section, levels - depth,
-                             {node.twiddles, node.level + depth, (node.index << depth) + i}, m, false, false);
+                forward_tree(walk, part, first + i * section, levels - depth,
+                             {node.twiddles, node.level + depth, (node.index << depth) + i}, false);
             }
             return;
         }
-        if (levels == 4) leaves<false>(rows, first, node, m, false);
+        if (levels == 4) leaves<false>(walk, first, node);
     }
     if (part != nullptr) forward_blocks(*part, first, upL_t{1} << levels);
 }
 
-void inverse_tree(const Rows& rows, const Part* part, const double* other, upL_t first, unsigned levels,
-                  const Node& node, const Modulus& m) {
+void inverse_tree(Walk& walk, const Part* part, const double* other, upL_t first, unsigned levels,
+                  const Node& node) {
     const unsigned depth = levels > 0 ? step_levels(levels) : 0;
-    const bool cold = part == nullptr;
     if (levels > 4) {
         const upL_t section = upL_t{1} << (levels - depth);
         for (upL_t i = 0; i < upL_t{1} << depth; i++) {
-            inverse_tree(rows, part, other, first + i * section, levels - depth,
-                         {node.twiddles, node.level + depth, (node.index << depth) + i}, m);
+            inverse_tree(walk, part, other, first + i * section, levels - depth,
+                         {node.twiddles, node.level + depth, (node.index << depth) + i});
         }
     } else {
         if (part != nullptr) inverse_blocks(*part, other, first, upL_t{1} << levels);
-        if (levels == 4) leaves<true>(rows, first, node, m, cold);
+        if (levels == 4) leaves<true>(walk, first, node);
     }
-    if (depth > 0) step<true>(rows, first, levels, depth, node, m, false, cold && levels < 4);
+    if (depth > 0) step<true>(walk, first, levels, depth, node, false);
 }
 
 Rows part_rows(const Part& part, Direction direction) {
     const upL_t lanes = part.b == 1 ? 16 : 8 * part.b;
-    return {part.data, part.stride, lanes, part.twiddles.twiddles[direction], part.prime};
+    return {part.data, part.stride, lanes, part.twiddles.twiddles[direction], part.prime, part.next};
 }
 
 }  // namespace
 
 void forward_levels(const Rows& rows, unsigned levels, Top top) {
-    const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
     [[maybe_unused]] const upL_t count = upL_t{1} << levels;
     assert(rows_bounded(rows, 0, top == Top::half_root ? count / 2 : count,
                         top == Top::large ? large_bound : any_bound));
+    Walk walk(rows, levels);
     if (top == Top::any || top == Top::large) {
-        forward_tree(rows, nullptr, 0, levels, {rows.twiddles, 0, 0}, m, top == Top::large, true);
-        assert(rows_bounded(rows, 0, count, forward_bound));
-        return;
+        forward_tree(walk, nullptr, 0, levels, {rows.twiddles, 0, 0}, top == Top::large);
+    } else {
+        const upL_t quarter = upL_t{1} << (levels - 2);
+        split_root(walk, quarter, top == Top::half_root);
+        for (upL_t i = 0; i < 4 && levels > 2; i++)
+            forward_tree(walk, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i}, false);
     }
-    const upL_t quarter = upL_t{1} << (levels - 2);
-    split_root(rows, quarter, top == Top::half_root, m);
-    for (upL_t i = 0; i < 4 && levels > 2; i++)
-        forward_tree(rows, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i}, m, false, false);
     assert(rows_bounded(rows, 0, count, forward_bound));
 }
 
 void inverse_levels(const Rows& rows, unsigned levels) {
-    const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
     assert(rows_bounded(rows, 0, upL_t{1} << levels, inverse_bound));
-    inverse_tree(rows, nullptr, nullptr, 0, levels, {rows.twiddles, 0, 0}, m);
+    Walk walk(rows, levels);
+    inverse_tree(walk, nullptr, nullptr, 0, levels, {rows.twiddles, 0, 0});
     assert(rows_bounded(rows, 0, upL_t{1} << levels, inverse_bound));
 }
 
 void inverse_levels_root(const Rows& rows, unsigned levels, double scale) {
-    const Modulus m = make_modulus(rows.prime->p, rows.prime->inverse);
     const upL_t quarter = upL_t{1} << (levels - 2);
     assert(rows_bounded(rows, 0, 4 * quarter, inverse_bound));
+    Walk walk(rows, levels);
     for (upL_t i = 0; i < 4 && levels > 2; i++)
-        inverse_tree(rows, nullptr, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i}, m);
-    join_root(rows, quarter, scale, m);
+        inverse_tree(walk, nullptr, nullptr, i * quarter, levels - 2, {rows.twiddles, 2, i});
+    join_root(rows, quarter, scale, walk.m);
     assert(rows_bounded(rows, 0, 4 * quarter, result_bound));
 }
 
 void forward_part(const Part& part) {
-    const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
     const Rows rows = part_rows(part, forward_direction);
-    forward_tree(rows, &part, 0, part.levels, {rows.twiddles, 0, 0}, m, true, true);
+    Walk walk(rows, part.levels);
+    forward_tree(walk, &part, 0, part.levels, {rows.twiddles, 0, 0}, true);
 }
 
 void inverse_part(const Part& part, const double* other) {
-    const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
-    const Rows rows = part_rows(part, inverse_direction);
-    inverse_tree(rows, &part, other, 0, part.levels, {rows.twiddles, 0, 0}, m);
+    Rows rows = part_rows(part, inverse_direction);
+    rows.next = nullptr;  // the forward step has brought it
+    Walk walk(rows, part.levels);
+    inverse_tree(walk, &part, other, 0, part.levels, {rows.twiddles, 0, 0});
 }
 
 }  // namespace znp::vst

@@ -32,6 +32,7 @@ struct Rows {
     upL_t count;   // vectors of a row
     const double* twiddles;
     const PrimeTables* prime;
+    const double* next = nullptr;  // rows that are done after these: they come to the second-level cache
 };
 
 // What stands at the top of a forward step: any node with values up to p (any) or up to 10 p (large), or the
@@ -62,6 +63,8 @@ struct Part {
     unsigned b, levels;
     PartTwiddles twiddles;
     const PrimeTables* prime;
+    const double* next =
+        nullptr;  // the part that is done after this one: a forward step brings it to the cache
 };
 void forward_part(const Part& part);
 void inverse_part(const Part& part, const double* other);

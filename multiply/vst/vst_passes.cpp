@@ -142,9 +142,14 @@ void make_column_twiddles(const Frame& frame, const Slot& slot, Direction direct
 Rows column_rows(const Frame& frame, const Slot& slot, double* image, unsigned stage, u64_t first,
                  unsigned s) {
     const Geometry& g = frame.geometry;
-    return {image + first * block_doubles(g) + s * g.row() * 4,
-            block_doubles(g) << frame.stages.columns_log(stage), g.lanes(), slot.column(s),
-            &frame.tables->prime[s]};
+    double* const data = image + first * block_doubles(g) + s * g.row() * 4;
+    // Next comes the next prime, and behind the last one the next column, which stands there too.
+    return {data,
+            block_doubles(g) << frame.stages.columns_log(stage),
+            g.lanes(),
+            slot.column(s),
+            &frame.tables->prime[s],
+            data + g.row() * 4};
 }
 
 // A stage behind the first, both ways: sections times columns, in order.
@@ -178,7 +183,10 @@ Part make_part(const Frame& frame, const Slot& slot, double* image, Direction di
     const unsigned levels = frame.stages.part;
     const u64_t node = node_index(frame, frame.stages.part_depth(), j);
     const unsigned depth = levels + block_levels(g.b);
-    Part part{image + (j << levels) * block_doubles(g) + s * g.row() * 4,
+    double* const data = image + (j << levels) * block_doubles(g) + s * g.row() * 4;
+    const double* const next =
+        s + 1 < g.a ? data + g.row() * 4 : image + ((j + 1) << levels) * block_doubles(g);
+    Part part{data,
               block_doubles(g),
               g.b,
               levels,
@@ -186,7 +194,8 @@ Part make_part(const Frame& frame, const Slot& slot, double* image, Direction di
                {slot.powers(forward_direction), slot.powers(inverse_direction)},
                slot.weights(),
                slot.block_nodes()},
-              &prime};
+              &prime,
+              next};
     if (direction == forward_direction || g.b == 1)
         local_twiddles(slot.part(forward_direction), prime, forward_direction, node, depth);
     if (direction == inverse_direction)
@@ -235,6 +244,7 @@ void product_part_stage(const Frame& frame, double* image, double* other) {
             double* const other_part = other + (part.data - image);
             if (other != image) {
                 part.data = other_part;
+                part.next = other + (part.next - image);
                 forward_part(part);
             }
             part = make_part(frame, slot, image, inverse_direction, j, s);
