@@ -8,7 +8,8 @@ For each set (a, b) the a largest primes p = h b 2^max_c + 1 below 2^48. Proved 
 
     each prime          by Proth's theorem: p = k 2^max_c + 1 with k < 2^max_c and some g^((p - 1)/2) = -1
     each root's order   r^(b 2^max_c) = 1, and not 1 for this exponent over each of its prime factors
-    the recovery        the limbs give back the cofactors; inverse times cofactor is 1; random numbers come back
+    the recovery        the limbs give back the cofactors; inverse times cofactor is 1; random numbers come back;
+                        the sums of exact products have room
     the room            the product of the primes is above every coefficient at max_c; slack() says how far
 """
 import math
@@ -69,7 +70,7 @@ def root_of_order(order, b, p):
 
 
 def limbs(x, count):
-    """Digits in [-2^47, 2^47) of base 2^48, the last one with what remains, up to 2^48."""
+    """Digits in [-2^47, 2^47) of base 2^48, the last one with what remains."""
     digits = []
     for _ in range(count - 1):
         low = x & ((1 << LIMB) - 1)
@@ -77,7 +78,6 @@ def limbs(x, count):
             low -= 1 << LIMB
         digits.append(low)
         x = (x - low) >> LIMB
-    assert 0 <= x <= 1 << LIMB
     return digits + [x]
 
 
@@ -94,13 +94,52 @@ class PrimeSet:
         self.cofactors = [self.product // p for p in self.primes]
         self.inverses = [balanced(pow(m, -1, p), p) for m, p in zip(self.cofactors, self.primes)]
         self.factors = [limb for m in self.cofactors for limb in limbs(m, a - 1)] + limbs(self.product, a)
+        self.pair_products = self.limb_products()
         self.inverse_primes = [1.0 / p for p in self.primes]
         self.limb_powers = [balanced(1 << LIMB * k, p) for p in self.primes for k in (1, 2, 3)]
         self.scale = -(2.0 ** 48) * (1 << (LIMB * (a - 1))) / self.product
 
+    def cofactor_limbs(self, s):
+        return self.factors[s * (self.a - 1):(s + 1) * (self.a - 1)]
+
+    def pairs(self):
+        return [(s, s + 1) for s in range(0, self.a - 1, 2)]
+
+    def limb_products(self):
+        """Limbs of minus the number whose digits are the sums of the pairs' products, limb by limb."""
+        sums = [sum(self.cofactor_limbs(s)[j] * self.cofactor_limbs(t)[j] for s, t in self.pairs())
+                for j in range(self.a - 1)]
+        return limbs(-from_limbs(sums), self.a)
+
+    def verify_room(self):
+        """The bounds of recovery_kernel.cpp, with residues up to 0.6 p and up to six times the product."""
+        a = self.a
+        for j in range(a - 1):
+            high = 0
+            for s, t in self.pairs():
+                y, z = 0.6 * self.primes[s], 0.6 * self.primes[t]
+                high += (y + abs(self.cofactor_limbs(t)[j])) * (z + abs(self.cofactor_limbs(s)[j])) + y * z
+            if a % 2 != 0:
+                high += 0.6 * self.primes[a - 1] * abs(self.cofactor_limbs(a - 1)[j])
+            assert high < 2.0 ** 98
+            assert abs(self.factors[a * (a - 1) + j]) <= 1 << 47 and abs(self.pair_products[j]) <= 1 << 47
+        assert 0 < self.factors[a * (a - 1) + a - 1] <= 1 << 48
+        assert 6 * self.factors[a * (a - 1) + a - 1] + abs(self.pair_products[a - 1]) < 1 << 50
+
     def slack(self, c):
         """log2 of the primes' product over the bound of a coefficient, b 2^c (2^(24 (a - 1)) - 1)^2."""
         return math.log2(self.product) - math.log2((self.b << c) * ((1 << 24 * (self.a - 1)) - 1) ** 2)
+
+    def sums_of_pairs(self, y):
+        """What the recovery adds to pair_products."""
+        total = 0
+        for j in range(self.a - 1):
+            for s, t in self.pairs():
+                product = (y[s] + self.cofactor_limbs(t)[j]) * (y[t] + self.cofactor_limbs(s)[j])
+                total += product - y[s] * y[t] << LIMB * j
+            if self.a % 2 != 0:
+                total += y[-1] * self.cofactor_limbs(self.a - 1)[j] << LIMB * j
+        return total
 
     def verify(self, rng):
         a, order = self.a, self.b << self.max_c
@@ -109,14 +148,18 @@ class PrimeSet:
             assert has_order(root % p, order, self.b, p) and abs(root) <= (p - 1) // 2
             assert inverse * cofactor % p == 1 and abs(inverse) <= (p - 1) // 2
         for i in range(a):
-            assert from_limbs(self.factors[i * (a - 1):(i + 1) * (a - 1)]) == self.cofactors[i]
+            assert from_limbs(self.cofactor_limbs(i)) == self.cofactors[i]
+            *lower, top = self.cofactor_limbs(i)
+            assert 0 < top <= 1 << LIMB and all(abs(limb) <= 1 << LIMB - 1 for limb in lower)
         assert from_limbs(self.factors[a * (a - 1):]) == self.product
+        self.verify_room()
         # The quotient estimate of the recovery wants 0 <= x / product < 0.41: see recovery_kernel.cpp.
         assert self.slack(self.max_c) >= 1.29
         bound = (self.b << self.max_c) * ((1 << 24 * (a - 1)) - 1) ** 2
         for x in [0, bound] + [rng.randrange(bound + 1) for _ in range(20)]:
             y = [balanced(x * i, p) for i, p in zip(self.inverses, self.primes)]
-            total = sum(v * m for v, m in zip(y, self.cofactors))
+            total = from_limbs(self.pair_products) + self.sums_of_pairs(y)
+            assert total == sum(v * m for v, m in zip(y, self.cofactors))
             top = total >> (LIMB * (a - 1))
             quotient = round(top * self.scale * 2.0 ** -48 + 0.2)
             assert total + quotient * self.product == x
@@ -140,15 +183,20 @@ def include_text(sets):
         lines.append(c_array("inverse_primes", s.inverse_primes, s.a, s.b))
         lines.append(c_array("limb_powers", s.limb_powers, s.a, s.b))
         lines.append(c_array("crt_factors", s.factors, s.a, s.b))
+        lines.append(c_array("pair_products", s.pair_products, s.a, s.b))
         lines.append(c_array("crt_inverses", s.inverses, s.a, s.b))
+        lines.append("alignas(32) constexpr auto recovery_%d_%d =\n" % (s.a, s.b))
+        lines.append("    recovery<%d>(crt_factors_%d_%d, pair_products_%d_%d, %r);\n"
+                     % (s.a, s.a, s.b, s.a, s.b, s.scale))
     lines.append("\nconstexpr PrimeSet sets[6][4] = {\n")
     for a in sorted(MAX_C):
         lines.append("    {\n")
         for s in (s for s in sets if s.a == a):
             names = ", ".join("%s_%d_%d" % (name, s.a, s.b)
                               for name in ("primes", "roots", "neg_half", "inverse_primes", "limb_powers",
-                                           "crt_factors", "crt_inverses"))
-            lines.append("        {%d, %d, %d, %s, %r},\n" % (s.a, s.b, s.max_c, names, s.scale))
+                                           "crt_factors", "pair_products", "crt_inverses"))
+            lines.append("        {%d, %d, %d, %s, recovery_%d_%d.vectors, %r},\n"
+                         % (s.a, s.b, s.max_c, names, s.a, s.b, s.scale))
         lines.append("    },\n")
     lines.append("};\n")
     return "".join(lines)

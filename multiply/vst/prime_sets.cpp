@@ -1,10 +1,37 @@
 #include "multiply/vst/prime_sets.hpp"
 
 #include "foundation/fatal.hpp"
+#include "multiply/vst/recovery_table.hpp"
 
 namespace znp::vst {
 
 namespace {
+
+template <unsigned a>
+struct alignas(32) RecoveryVectors {
+    double vectors[sizeof(RecoveryTable<a>) / sizeof(double)];
+};
+
+// RecoveryTable<a> from the limbs.
+template <unsigned a>
+constexpr RecoveryVectors<a> recovery(const double* factors, const double* pair_products, double scale) {
+    RecoveryVectors<a> table{};
+    double* next = table.vectors;
+    const auto put = [&next](double x) {
+        for (unsigned lane = 0; lane < 4; ++lane) *next++ = x;
+    };
+    const double quotient_factor = scale * 0x1p-96;
+    put(high_magic - pair_products[a - 1] * 0x1p48 - 0.2 / quotient_factor);
+    put(quotient_factor);
+    for (unsigned i = 0; i < a * (a - 1) + a; ++i) put(factors[i]);
+    for (unsigned j = 0; j < a; ++j)
+        put(pair_products[j] -
+            (j == 0   ? 0
+             : j == 1 ? low_excess
+                      : both_excess) +
+            (j == a - 1 ? low_magic : 0));
+    return table;
+}
 
 #include "multiply/vst/prime_sets.inc"
 

@@ -5,348 +5,271 @@
 //
 //     x = sum y_s P / p_s - k P,   k the multiple that leaves 0 <= x < P.
 //
-// P / p_s stands in limbs C_j of base 2^48. A product y C_j is split without error into a high part, a
-// multiple of 2^48, and a low part by a sum that carries the magic number M' = 1.5 2^100, whose last place is
-// 2^48:
+// P / p_s stands in limbs C_s of base 2^48. Two primes share the products of a limb (S. Winograd, "A new
+// algorithm for inner product", 1968):
 //
-//     high' = high + y C_j,   low' = low + (y C_j + (high - high'))
+//     y_0 C_0 + y_1 C_1 = (y_0 + C_1) (y_1 + C_0) - y_0 y_1 - C_0 C_1,
+//
+// where all limbs have the y_0 y_1 in common, and the C_0 C_1 of all pairs and limbs are one constant number.
+// A product is split without error into a high part, a multiple of 2^48, and a low part by a sum that carries
+// the magic number M' = 1.5 2^100, whose last place is 2^48:
+//
+//     high' = high + x y,   low' = low + (x y + (high - high'))
 //
 // The sums begin with M' and M = 1.5 2^52 and stay in these binades, so that their mantissas, read as
-// integers, are the sums: |y| < 0.6 2^48 and |C_j| <= 2^47, 2^48 for the top limb, so the high parts are at
-// most 9 0.6 2^48 = 10.8 2^47 units of 2^48, and the low ones at most 9 2^47. Both sums have room for 2^51 =
-// 16 2^47.
+// integers, are the sums. Both have room for 2^51. With |y| <= 0.6 p, a limb's high parts are below 2^50
+// units of 2^48: generators/vst_prime_sets.py proves it for each set. The low parts, at most 2^47 each, are
+// those of up to 4 products y_0 y_1 and 5 others, of the constant number's limb, and of a limb of k P, |k| <=
+// 5: 15 2^47 in all.
 //
-// k comes from the top high part t = (x + k P) / 2^(48 (a - 1)) up to a relative error of 2^-38:
-// -k = round(0.2 - t 2^(48 (a - 1)) / P). As 0 <= x < 2^-1.29 P < 0.41 P, the argument lies within 0.21 of
-// -k; a negacyclic transform, whose coefficients have an offset, leaves at most 0.44 P and 0.24. -k P, |k| <=
-// 5, is added limb by limb to the low parts: at most 15 2^47 in all. A value that is no coefficient comes out
-// modulo P between -0.3 P and 0.7 P; its high part shows it.
+// k comes from the top high part t = (x + k P) / 2^(48 (a - 1)) up to a relative error of 2^-34: what is left
+// out is below 16 units, and P above 2^38 of them. -k = round(0.2 - t 2^(48 (a - 1)) / P). As 0 <= x <
+// 2^-1.29 P < 0.41 P, the argument lies within 0.21 of -k; a negacyclic transform, whose coefficients have an
+// offset, leaves at most 0.44 P and 0.24. A value that is no coefficient comes out modulo P between -0.3 P
+// and 0.7 P; its high part shows it.
 //
-// Carries go through the limbs in 64-bit integers. Then neighbouring points are added: the upper input_bits
-// of the point before, and of the one before that what lies above 2 input_bits, of which the OR is kept.
-// Last, the limbs become bytes.
+// A coefficient has just the bits of two points and the part above them. So the coefficients of the even
+// points, set side by side, are one number, those of the odd points another, and the words are their sum. The
+// carries of both run through the limbs as 64-bit integers, point by point, in the integer units while the
+// vector units recover the next points; a point's part above goes into the first limb of the next but one.
 #include <cassert>
+#include <cstddef>
 
+#include "multiply/kernels/carry_loop.hpp"
 #include "multiply/vst/conversion.hpp"
 #include "multiply/vst/conversion_reference.hpp"
+#include "multiply/vst/recovery_table.hpp"
 #include "multiply/vst/vst_vector.hpp"
 
 namespace znp::vst {
 namespace {
 
-constexpr double high_magic = 0x1.8p100;
+constexpr upL_t largest_block = 224 * 24;  // bytes of words
 constexpr auto both_bits =
     static_cast<s64_t>(u64_t{0x4338 + 0x4638} << 48);  // of the sum of both magic numbers
-constexpr upL_t largest_lanes = 56;
-constexpr s64_t limb_mask = (s64_t{1} << 48) - 1;
-
-// What a limb's 16 upper bits hold beside its carry, which the next limb's sum takes back.
-constexpr double low_excess = 0x4338;
-constexpr double both_excess = 0x4338 + 0x4638;
 
 ZNP_INLINE __m256i bits(__m256d x) {
     return _mm256_castpd_si256(x);
 }
 
-// The last lane of `before` and the first three of x; the last two and the first two.
-ZNP_INLINE __m256i shift_one(__m256i before, __m256i x) {
-    return _mm256_alignr_epi8(x, _mm256_permute2x128_si256(before, x, 0x21), 8);
+// The limbs of four coefficients before any carry: integers with what both magic numbers add.
+template <unsigned a>
+struct alignas(32) Sums {
+    u64_t limb[a][4];
+};
+ZNP_INLINE void store(u64_t (&to)[4], __m256i x) {
+    _mm256_store_si256(reinterpret_cast<__m256i*>(to), x);
 }
-ZNP_INLINE __m256i shift_two(__m256i before, __m256i x) {
-    return _mm256_permute2x128_si256(before, x, 0x21);
-}
 
-// The shape of a point: limbs of 48 bits; with an even number of primes the last one has 24 bits.
-template <unsigned a>
-struct Shape {
-    static constexpr unsigned count = a / 2;
-    static constexpr unsigned top_bits = a % 2 == 0 ? 24 : 48;
-    static constexpr upL_t width = (a - 1) * 3;  // bytes
+// A sum of exact products, in multiples of 2^48 and rests, with a magic number each.
+struct SplitSum {
+    __m256d high, low;
 };
 
 template <unsigned a>
-struct Constants {
-    const double* factors;   // a - 1 limbs of each P / p
-    double product[a];       // limbs of P
-    double quotient_offset;  // M' and 0.2 P
-    double quotient_factor;  // -1 / P in units of the top high part
-
-    explicit Constants(const PrimeSet& set) : factors(set.crt_factors) {
-        __builtin_memcpy(product, set.crt_factors + a * (a - 1), sizeof product);
-        quotient_factor = set.scale * 0x1p-96;
-        quotient_offset = high_magic + 0.2 / -quotient_factor;
-    }
-};
-
-// The split sums of four coefficients' limbs, before any carry: integers with what both magic numbers add.
-template <unsigned a>
-struct Sums {
-    __m256i limb[a];
-
-    // The upper limbs come first, for the quotient.
-    ZNP_INLINE void recover(const Constants<a>& set, const double* y, upL_t stride) {
-        constexpr unsigned half = (a - 1) / 2;
-        const __m256d magic = _mm256_set1_pd(round_magic);
-        __m256d high[a - 1], low[a - 1];
-        add<half, a - 1>(set, y, stride, high, low);
-        const __m256d t = _mm256_sub_pd(high[a - 2], _mm256_set1_pd(set.quotient_offset));
-        const __m256d minus_k =
-            _mm256_sub_pd(_mm256_fmadd_pd(t, _mm256_set1_pd(set.quotient_factor), magic), magic);
-        const __m256d top = _mm256_set1_pd(round_magic - both_excess);
-        limb[a - 1] = _mm256_add_epi64(
-            bits(high[a - 2]), bits(_mm256_fmadd_pd(minus_k, _mm256_set1_pd(set.product[a - 1]), top)));
-#pragma GCC unroll 4
-        for (unsigned j = a - 2; j > half; --j) finish(set, j, minus_k, low[j], high[j - 1]);
-        add<0, half>(set, y, stride, high, low);
-        finish(set, half, minus_k, low[half], high[half - 1]);
-#pragma GCC unroll 4
-        for (unsigned j = half - 1; j > 0; --j) finish(set, j, minus_k, low[j], high[j - 1]);
-        limb[0] = bits(_mm256_fmadd_pd(minus_k, _mm256_set1_pd(set.product[0]), low[0]));
-    }
-
-  private:
-    // The sums of the limbs from `begin` to below `end`. The low ones start without what the limb below
-    // carries in excess.
-    template <unsigned begin, unsigned end>
-    ZNP_INLINE static void add(const Constants<a>& set, const double* y, upL_t stride, __m256d* high,
-                               __m256d* low) {
-#pragma GCC unroll 4
-        for (unsigned j = begin; j < end; ++j) {
-            const double excess = j == 0 ? 0 : j == 1 ? low_excess : both_excess;
-            high[j] = _mm256_set1_pd(high_magic);
-            low[j] = _mm256_set1_pd(round_magic - excess);
-        }
-        // Keeps the compiler from taking all of them out of the caller's loop, into the stack.
-        const double* factors = set.factors;
-        asm("" : "+r"(factors));
-#pragma GCC unroll 9
-        for (unsigned s = 0; s < a; ++s) {
-            const __m256d factor = _mm256_load_pd(y + s * stride);
-#pragma GCC unroll 4
-            for (unsigned j = begin; j < end; ++j) {
-                const __m256d c = _mm256_set1_pd(factors[s * (a - 1) + j]);
-                const __m256d sum = _mm256_fmadd_pd(factor, c, high[j]);
-                low[j] = _mm256_add_pd(low[j], _mm256_fmadd_pd(factor, c, _mm256_sub_pd(high[j], sum)));
-                high[j] = sum;
-            }
-        }
-    }
-
-    ZNP_INLINE void finish(const Constants<a>& set, unsigned j, __m256d minus_k, __m256d low, __m256d below) {
-        const __m256d sum = _mm256_fmadd_pd(minus_k, _mm256_set1_pd(set.product[j]), low);
-        limb[j] = _mm256_add_epi64(bits(sum), bits(below));
-    }
-};
-
-// Coefficients of four points in limbs, the top one with sign.
-template <unsigned a>
-struct Coefficients {
-    __m256i limb[a];
-
-    ZNP_INLINE void carry(const Sums<a>& sums) {
-        const __m256i mask = _mm256_set1_epi64x(limb_mask);
-        limb[0] = _mm256_and_si256(sums.limb[0], mask);
-        __m256i carry = _mm256_srli_epi64(sums.limb[0], 48);
-#pragma GCC unroll 8
-        for (unsigned j = 1; j < a - 1; ++j) {
-            const __m256i x = _mm256_add_epi64(sums.limb[j], carry);
-            limb[j] = _mm256_and_si256(x, mask);
-            carry = _mm256_srli_epi64(x, 48);
-        }
-        const __m256i top = _mm256_sub_epi64(sums.limb[a - 1], _mm256_set1_epi64x(both_bits));
-        limb[a - 1] = _mm256_add_epi64(top, carry);
-    }
-
-    // The upper half of the coefficients, as limbs of a point; what is above it.
-    ZNP_INLINE __m256i upper(unsigned j) const {
-        constexpr unsigned count = Shape<a>::count;
-        if constexpr (a % 2 != 0) {
-            return limb[count + j];
-        } else {
-            const __m256i low = _mm256_srli_epi64(limb[count - 1 + j], 24);
-            if (j == count - 1) return low;
-            const __m256i mask = _mm256_set1_epi64x((s64_t{1} << 24) - 1);
-            return _mm256_or_si256(low, _mm256_slli_epi64(_mm256_and_si256(limb[count + j], mask), 24));
-        }
-    }
-    ZNP_INLINE __m256i above() const {
-        return limb[a - 1];
-    }
-};
-
-// The words of a block, four points a step.
-template <unsigned a>
-class Output {
+class Recovery {
   public:
-    static constexpr unsigned count = Shape<a>::count;
+    // Residues of the primes `stride` bytes apart.
+    ZNP_INLINE Recovery(const double* table, upL_t stride)
+        : table_(table),
+          stride_(stride),
+          stride3_(3 * stride),
+          stride5_(5 * stride),
+          one_(_mm256_set1_pd(1.0)) {
+        asm("" : "+x"(one_), "+r"(stride3_), "+r"(stride5_));
+    }
 
-    explicit Output(const BlockCarry& carry) : carry_(_mm256_setzero_si256()) {
-        u64_t limbs[count + 1];
-        split(limbs, carry);
+    // The sums of the four points at y. The upper limbs come first, for the quotient. Calls meanwhile(i, n) n
+    // times, spread over the work, with i counting up.
+    template <class F>
+    ZNP_INLINE void operator()(Sums<a>& result, const double* y, const F& meanwhile) {
+        constexpr unsigned half = (a - 1) / 2, steps = a / 2;
+        y_ = reinterpret_cast<const std::byte*>(y);
+        y5_ = y_ + stride5_;
+        // Keeps the compiler from taking the constants out of the caller's loop, into the stack.
+        asm("" : "+r"(y5_), "+r"(table_));
+
+        const SplitSum start = pairs();
+        SplitSum sum[a - 1];
+        add<half, a - 1>(
+            start, sum, [&](unsigned i) __attribute__((always_inline)) { meanwhile(i, 2 * steps); });
+        const __m256d magic = _mm256_set1_pd(low_magic);
+        const __m256d t = _mm256_sub_pd(sum[a - 2].high, get(quotient_offset));
+        const __m256d minus_k = _mm256_sub_pd(_mm256_fmadd_pd(t, get(quotient_factor), magic), magic);
+        const __m256d top = _mm256_fmadd_pd(minus_k, get(product + a - 1), get(pair_products + a - 1));
+        store(result.limb[a - 1], _mm256_sub_epi64(_mm256_add_epi64(bits(sum[a - 2].high), bits(top)),
+                                                   _mm256_set1_epi64x(both_bits)));
 #pragma GCC unroll 4
-        for (unsigned j = 0; j < count; ++j) upper_[j] = last_lane(limbs[j]);
-        above_ = last_lane(limbs[count]);
-    }
+        for (unsigned j = a - 2; j > half; --j)
+            store(result.limb[j], limb(sum[j].low, sum[j - 1].high, j, minus_k));
+        const __m256d low_half = sum[half].low;
 
-    // The words of four points, from limbs that are to be added to what the points before left. Writes up to
-    // 16 bytes behind them.
-    ZNP_INLINE void put(std::byte* out, const Coefficients<a>& x) {
-        __m256i sum[count];
-        const __m256i above = x.above();
-        high_parts_ = _mm256_or_si256(high_parts_, above);
+        add<0, half>(
+            start, sum, [&](unsigned i) __attribute__((always_inline)) { meanwhile(steps + i, 2 * steps); });
+        store(result.limb[half], limb(low_half, sum[half - 1].high, half, minus_k));
 #pragma GCC unroll 4
-        for (unsigned j = 0; j < count; ++j) {
-            const __m256i upper = x.upper(j);
-            __m256i low = x.limb[j];
-            if (a % 2 == 0 && j == count - 1)
-                low = _mm256_and_si256(low, _mm256_set1_epi64x((s64_t{1} << 24) - 1));
-            sum[j] = _mm256_add_epi64(low, shift_one(upper_[j], upper));
-            upper_[j] = upper;
-        }
-        sum[0] = _mm256_add_epi64(sum[0], shift_two(above_, above));
-        above_ = above;
-
-        // A carry out of a point goes to the next one, where it is all but never carried on.
-        const __m256i carries = resolve(sum);
-        sum[0] = _mm256_add_epi64(sum[0], shift_one(carry_, carries));
-        carry_ = carries;
-        while (__builtin_expect(overflows(sum[0]), 0)) {
-            const __m256i more = resolve(sum);
-            sum[0] = _mm256_add_epi64(sum[0], shift_one(_mm256_setzero_si256(), more));
-            carry_ = _mm256_add_epi64(carry_, more);
-        }
-        store(out, sum);
-    }
-
-    // What the block leaves to the next one.
-    void leave(BlockCarry& carry) const {
-        u64_t limbs[count + 2];
-        for (unsigned j = 0; j < count; ++j) limbs[j] = lane(upper_[j], 3);
-        limbs[0] += lane(carry_, 3);
-        join(carry, limbs, lane(above_, 2), lane(above_, 3));
-    }
-
-    u64_t high_parts() const {
-        return lane(high_parts_, 0) | lane(high_parts_, 1) | lane(high_parts_, 2) | lane(high_parts_, 3);
+        for (unsigned j = half - 1; j > 0; --j)
+            store(result.limb[j], limb(sum[j].low, sum[j - 1].high, j, minus_k));
+        store(result.limb[0], bits(multiple(sum[0].low, 0, minus_k)));
     }
 
   private:
-    ZNP_INLINE static __m256i last_lane(u64_t x) {
-        return _mm256_setr_epi64x(0, 0, 0, static_cast<s64_t>(x));
+    // Vectors of RecoveryTable<a>.
+    static constexpr unsigned quotient_offset = 0, quotient_factor = 1, factors = 2;
+    static constexpr unsigned product = factors + a * (a - 1), pair_products = product + a;
+
+    ZNP_INLINE __m256d get(unsigned i) const {
+        return _mm256_load_pd(table_ + 4 * i);
     }
-    static u64_t lane(__m256i x, unsigned k) {
-        alignas(32) u64_t lanes[4];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(lanes), x);
-        return lanes[k];
+    ZNP_INLINE __m256d factor(unsigned s, unsigned j) const {
+        return get(factors + s * (a - 1) + j);
     }
 
-    // A number cut into the limbs of a point and what is above.
-    static void split(u64_t* limbs, const BlockCarry& carry) {
-        u128_t window = 0;
-        unsigned held = 0, next = 0;
-        for (unsigned j = 0; j <= count; ++j) {
-            const unsigned width = j == count ? 64 : j == count - 1 ? Shape<a>::top_bits : 48;
-            if (held < width) {
-                window |= static_cast<u128_t>(carry.words[next++]) << held;
-                held += 64;
-            }
-            limbs[j] = static_cast<u64_t>(window) & (~u64_t{0} >> (64 - width));
-            window >>= width;
-            held -= width;
-        }
+    // Two pointers and two multiples of the stride reach all residues.
+    ZNP_INLINE __m256d residue(unsigned s) const {
+        const std::byte* const at = s == 3             ? y_ + stride3_
+                                    : s == 6           ? y_ + 2 * stride3_
+                                    : s == 5 || s == 7 ? y5_ + (s - 5) * stride_
+                                                       : y_ + s * stride_;
+        return _mm256_load_pd(reinterpret_cast<const double*>(at));
     }
 
-    // The opposite, with a part that is above a point's first bit and one above the whole point.
-    static void join(BlockCarry& carry, const u64_t* limbs, u64_t low, u64_t above) {
-        u128_t window = low;
-        unsigned at = 0, word = 0;
-        const auto flush = [&](unsigned width) {
-            at += width;
-            if (at < 64) return;
-            carry.words[word++] = static_cast<u64_t>(window);
-            window >>= 64;
-            at -= 64;
-        };
-        for (unsigned j = 0; j < count; ++j) {
-            window += static_cast<u128_t>(limbs[j]) << at;
-            flush(j == count - 1 ? Shape<a>::top_bits : 48);
-        }
-        window += static_cast<u128_t>(above) << at;
-        while (word < 8) {
-            carry.words[word++] = static_cast<u64_t>(window);
-            window >>= 64;
-        }
+    // Adds x y. The lower sum goes through the multipliers, which have less to do here than the adders.
+    ZNP_INLINE void add(SplitSum& to, const SplitSum& from, __m256d x, __m256d y) const {
+        const __m256d high = _mm256_fmadd_pd(x, y, from.high);
+        const __m256d rest = _mm256_fmadd_pd(x, y, _mm256_sub_pd(from.high, high));
+        to.low = _mm256_fmadd_pd(rest, one_, from.low);
+        to.high = high;
     }
 
-    // Carries within the points; returns what they carry out.
-    ZNP_INLINE static __m256i resolve(__m256i* sum) {
-        __m256i carry = _mm256_setzero_si256();
+    // Minus the sum of y_0 y_1, y_2 y_3, ...
+    ZNP_INLINE SplitSum pairs() const {
+        SplitSum sum{_mm256_set1_pd(high_magic), _mm256_set1_pd(low_magic)};
 #pragma GCC unroll 4
-        for (unsigned j = 0; j < count; ++j) {
-            const int width = j == count - 1 ? static_cast<int>(Shape<a>::top_bits) : 48;
-            const __m256i x = _mm256_add_epi64(sum[j], carry);
-            sum[j] = _mm256_and_si256(x, _mm256_set1_epi64x((s64_t{1} << width) - 1));
-            carry = _mm256_srli_epi64(x, width);
+        for (unsigned s = 0; s + 1 < a; s += 2) {
+            const __m256d y = residue(s), z = residue(s + 1);
+            const __m256d high = _mm256_fnmadd_pd(y, z, sum.high);
+            const __m256d rest = _mm256_fnmadd_pd(y, z, _mm256_sub_pd(sum.high, high));
+            sum.low = _mm256_add_pd(sum.low, rest);
+            sum.high = high;
         }
-        return carry;
+        return sum;
     }
 
-    ZNP_INLINE static bool overflows(__m256i x) {
-        return _mm256_testz_si256(x, _mm256_set1_epi64x(~limb_mask)) == 0;
-    }
-
-    // Two limbs of a point at a time to 12 bytes, in rising order: each store but the last is cut off by the
-    // next one.
-    ZNP_INLINE static void store(std::byte* out, const __m256i* sum) {
-        constexpr char z = static_cast<char>(0x80);
-        const __m256i join = _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, z, z, z, z,  //
-                                              0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, z, z, z, z);
-        __m256i even[(count + 1) / 2], odd[(count + 1) / 2];
-#pragma GCC unroll 2
-        for (unsigned k = 0; k < count; k += 2) {
-            const __m256i upper = k + 1 < count ? sum[k + 1] : _mm256_setzero_si256();
-            even[k / 2] = _mm256_shuffle_epi8(_mm256_unpacklo_epi64(sum[k], upper), join);
-            odd[k / 2] = _mm256_shuffle_epi8(_mm256_unpackhi_epi64(sum[k], upper), join);
-        }
+    // The sums of the limbs from `begin` to below `end`. Calls meanwhile(i) for each pair i.
+    template <unsigned begin, unsigned end, class F>
+    ZNP_INLINE void add(const SplitSum& start, SplitSum* sum, const F& meanwhile) const {
 #pragma GCC unroll 4
-        for (unsigned point = 0; point < 4; ++point) {
-#pragma GCC unroll 2
-            for (unsigned k = 0; k < count; k += 2) {
-                const __m256i pair = point % 2 == 0 ? even[k / 2] : odd[k / 2];
-                const __m128i two =
-                    point < 2 ? _mm256_castsi256_si128(pair) : _mm256_extracti128_si256(pair, 1);
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + point * Shape<a>::width + 6 * k), two);
-            }
+        for (unsigned s = 0; s + 1 < a; s += 2) {
+            __m256d y = residue(s), z = residue(s + 1);
+            asm("" : "+x"(y), "+x"(z));  // in registers
+#pragma GCC unroll 4
+            for (unsigned j = begin; j < end; ++j)
+                add(sum[j], s == 0 ? start : sum[j], _mm256_add_pd(y, factor(s + 1, j)),
+                    _mm256_add_pd(z, factor(s, j)));
+            meanwhile(s / 2);
+        }
+        if (a % 2 != 0) {
+            const __m256d y = residue(a - 1);
+#pragma GCC unroll 4
+            for (unsigned j = begin; j < end; ++j) add(sum[j], sum[j], y, factor(a - 1, j));
         }
     }
 
-    __m256i upper_[count];
-    __m256i above_;
-    __m256i carry_;
-    __m256i high_parts_ = _mm256_setzero_si256();
+    ZNP_INLINE __m256d multiple(__m256d low, unsigned j, __m256d minus_k) const {
+        return _mm256_fmadd_pd(minus_k, get(product + j), _mm256_add_pd(low, get(pair_products + j)));
+    }
+    ZNP_INLINE __m256i limb(__m256d low, __m256d below, unsigned j, __m256d minus_k) const {
+        return _mm256_add_epi64(bits(multiple(low, j, minus_k)), bits(below));
+    }
+
+    const double* table_;
+    const std::byte *y_ = nullptr, *y5_ = nullptr;
+    upL_t stride_, stride3_, stride5_;
+    __m256d one_;
 };
+
+// The number that the coefficients of every other point are. Their parts above are taken with what the point
+// before carries in, which does not lift one over its bound N: N (2^w - 1)^2 + N < N 2^(2 w), w the bits of a
+// point.
+template <unsigned a>
+struct Stream {
+    u64_t carry;
+    u64_t high_parts;
+
+    // Limb j of a point to `out`, and 2 bytes behind it.
+    ZNP_INLINE void put(const Sums<a>& sums, unsigned lane, unsigned j, std::byte* out) {
+        carry += sums.limb[j][lane];
+        if (j + 1 == a) {
+            high_parts |= carry;
+        } else {
+            __builtin_memcpy(out + 6 * j, &carry, 8);
+            carry >>= 48;
+        }
+    }
+};
+
+// What the block leaves to the next one: the end of the odd points, and what the even ones and the addition
+// carry.
+ZNP_INLINE void leave(BlockCarry& carry, const std::byte* end, upL_t bytes, u64_t above) {
+    u64_t rest[8] = {};
+    __builtin_memcpy(rest, end, bytes);
+    u128_t sum = above;
+    for (unsigned i = 0; i < 8; ++i) {
+        sum += rest[i];
+        carry.words[i] = static_cast<u64_t>(sum);
+        sum >>= 64;
+    }
+}
 
 template <unsigned a>
 u64_t convert(const Geometry& g, const PrimeSet& set, std::byte* words, const double* block,
               BlockCarry& carry) {
-    const Constants<a> constants(set);
-    const upL_t stride = 4 * g.row(), lanes = g.lanes();
-    constexpr upL_t step = 4 * Shape<a>::width;
-    Sums<a> sums[largest_lanes];
-    for (upL_t v = 0; v < lanes; ++v) sums[v].recover(constants, block + 4 * v, stride);
+    constexpr upL_t width = 3 * (a - 1);  // bytes of a point
+    constexpr upL_t step = 4 * width;     // and of four
+    const upL_t lanes = g.lanes();
+    alignas(32) std::byte even_bytes[largest_block + 8];
+    alignas(32) std::byte odd_bytes[largest_block + width + 8];
+    __builtin_memcpy(odd_bytes, carry.words, width + 8);
+    Stream<a> even{0, 0}, odd{0, 0};
+    __builtin_memcpy(&odd.carry, odd_bytes + width, 8);
 
-    Output<a> output(carry);
-    Coefficients<a> x;
-    for (upL_t v = 0; v + 1 < lanes; ++v) {
-        x.carry(sums[v]);
-        output.put(words + v * step, x);
+    // Part i of n of the limbs of four points.
+    std::byte *even_out = even_bytes, *odd_out = odd_bytes + width;
+    const auto put = [&](const Sums<a>& sums, unsigned i, unsigned n) __attribute__((always_inline)) {
+        for (unsigned k = i * 2 * a / n; k < (i + 1) * 2 * a / n; ++k) {
+            const unsigned lane = k < a ? 0 : 2, j = k % a;
+            even.put(sums, lane, j, even_out + lane * width);
+            odd.put(sums, lane + 1, j, odd_out + lane * width);
+        }
+    };
+    // The sum of both, in pieces of whole words. It follows some steps behind: its loads span two stores, and
+    // wait until these have left the store queue.
+    constexpr upL_t piece = 2, lag = 4;
+    bool over = false;
+    const auto add = [&](upL_t v) __attribute__((always_inline)) {
+        over =
+            add_loop(words + v * step, even_bytes + v * step, odd_bytes + v * step, piece * step / 8, over);
+    };
+
+    Sums<a> sums[2];
+    Recovery<a> recover(set.recovery, 32 * g.row());
+    recover(sums[0], block, [](unsigned, unsigned) {});
+    for (upL_t v = 1; v < lanes; ++v) {
+        const Sums<a>& from = sums[(v - 1) % 2];
+        recover(
+            sums[v % 2],
+            block + 4 * v, [&](unsigned i, unsigned n) __attribute__((always_inline)) { put(from, i, n); });
+        even_out += step;
+        odd_out += step;
+        if (v % piece == 0 && v >= lag + piece) add(v - lag - piece);
     }
-    std::byte end[step + 16];
-    x.carry(sums[lanes - 1]);
-    output.put(end, x);
-    __builtin_memcpy(words + (lanes - 1) * step, end, step);
-    output.leave(carry);
-    return output.high_parts();
+    for (unsigned i = 0; i < 2; ++i) put(sums[(lanes - 1) % 2], i, 2);
+    for (upL_t v = lanes - lag - piece; v < lanes; v += piece) add(v);
+
+    __builtin_memcpy(odd_out + step, &odd.carry, 8);
+    leave(carry, odd_out + step - width, width + 8, even.carry + (over ? 1 : 0));
+    return even.high_parts | odd.high_parts;
 }
 
 }  // namespace
