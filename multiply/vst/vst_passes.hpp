@@ -6,38 +6,16 @@
 #pragma once
 
 #include "foundation/types.hpp"
-#include "multiply/vst/conversion.hpp"
-#include "multiply/vst/vst_stages.hpp"
-#include "multiply/vst/vst_tables.hpp"
+#include "multiply/vst/vst_frame.hpp"
 
 namespace znp::vst {
 
-enum class Ring { cyclic, negacyclic };  // modulo X^N - 1, X^N + 1
-
-// One transform at work.
-struct Frame {
-    const SetTables* tables;
-    Geometry geometry;
-    Stages stages;
-    Ring ring;
-    u64_t threads;
-    std::byte* scratch;  // scratch_bytes
-};
-
-// Scratch: for each thread the twiddles of a subtree, a block of words, and a carry for each row of a column
-// of the first stage.
+// Scratch: see vst_slot.hpp. carry_bytes: of one thread.
 upL_t carry_bytes(const Stages& stages);
 upL_t scratch_bytes(const Geometry& g, const Stages& stages, u64_t threads);
 
 // L 32-bit words, at most the capacity, read as bytes.
 void forward_passes(const Frame& frame, double* image, const std::byte* words, upL_t L);
-
-// Where the words of a result are: those of blocks that lie wholly in the window [s, e) at R, where they
-// belong; those of the others at the beginning of their block of the image.
-struct Result {
-    std::byte* R;
-    upL_t s, e;  // in 32-bit words
-};
 
 // image = image other (null: other is a copy of image), back to words modulo 2^capacity -+ 1. Returns the
 // top bit: 1 means 2^capacity, with all words zero (negacyclic only). other may be image: the square.
@@ -45,10 +23,6 @@ u32_t inverse_passes(const Frame& frame, double* image, const double* other, con
 
 // Both forward passes and the inverse in one: what is made of a contiguous part is used while it is in the
 // cache. B null: the square of A; T2 is not used then. T2 is left undefined.
-struct Operand {
-    const std::byte* words;
-    upL_t L;
-};
 u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
                      const Result& result);
 
