@@ -1,8 +1,21 @@
 // The lowest levels, within blocks of 64, 96, 160 and 224 points, and the pointwise step.
+//
+// A block's work is divided into stages, and a stage of one block runs before the next stage of the block
+// before it: what a stage reads has been ready for a while, and two stages' chains of dependent operations
+// overlap.
+//
+// Bounds, in multiples of p; a product of a value below B by a factor is below 1/2 + B / 32. Forward, inputs
+// up to 10: two levels add 1.7 to what is not multiplied, the third 0.9. For b = 1 the lower two levels
+// reduce it first and leave 2.3. The odd step reduces it and leaves 2.3 (b = 3); b = 5 and 7 reduce it before
+// the first two levels as well, for products below 0.58, and leave 2.82 and 4.1. Products are below 4, for b
+// = 7 below 2.6. Inverse: sums of four (b = 1) or of b products are below 20 and reduced. The levels that
+// follow, from 1.4: the sum of two products, each of a difference below 2.8, is below 1.2, all else is less.
 #include <immintrin.h>
 
 #include <cassert>
 
+#include "multiply/vst/block_pointwise.hpp"
+#include "multiply/vst/odd_dft.hpp"
 #include "multiply/vst/vst_bounds.hpp"
 #include "multiply/vst/vst_kernels.hpp"
 #include "multiply/vst/vst_vector.hpp"
@@ -15,333 +28,433 @@ ZNP_INLINE __m256d all(const double* x) {
     return _mm256_broadcast_sd(x);
 }
 
+// A count that the compiler does not know: a loop that it would unroll in full stays short.
+ZNP_INLINE upL_t opaque(upL_t n) {
+    asm("" : "+r"(n));
+    return n;
+}
+
 // A block that comes a few hundred cycles later; it may lie behind the part.
 ZNP_INLINE void prefetch(const double* x, upL_t doubles) {
     for (upL_t i = 0; i < doubles + 4; i += 8) _mm_prefetch(x + i, _MM_HINT_T0);
 }
 
-// ---- The pointwise step -----------------------------------------------------------------------------------
-//
-// Products modulo X^4 - w of four polynomials at a time, one in each lane. The three parts go over the whole
-// block one after the other, through a buffer: each is a shorter chain of dependent operations than all
-// together, and so many of them are under way at once.
+// ---- Two levels on four vectors ---------------------------------------------------------------------------
 
-// Four vectors, transposed: coefficient by coefficient.
-ZNP_INLINE void load_polynomials(__m256d (&v)[4], const double* x, const Modulus& m) {
-    for (unsigned i = 0; i < 4; i++) v[i] = reduce_mod(_mm256_load_pd(x + 4 * i), m);
-    transpose(v[0], v[1], v[2], v[3]);
-}
-
-struct Operands {
-    __m256d a[4], b[4], wb[4];
+// A factor that is used once or twice: its quotient would cost more than it saves.
+struct PlainFactor {
+    __m256d s;
 };
-
-// Inputs up to p / 2 and a little, so that the sums stay below 1.2 p^2; outputs below 1.12 p.
-ZNP_INLINE void multiply_polynomials(__m256d (&c)[4], const Operands& x, __m256d magic, const Modulus& m) {
-    for (unsigned k = 0; k < 4; k++) {
-        ProductSum sum(magic);
-        for (unsigned i = 0; i < 4; i++) sum.add(x.a[i], i <= k ? x.b[k - i] : x.wb[k + 4 - i]);
-        c[k] = sum.reduce(magic, m);
-    }
+ZNP_INLINE __m256d mul_mod(__m256d x, const PlainFactor& f, const Modulus& m) {
+    return vst::mul_mod(x, f.s, m);
 }
 
-// wb[2], wb[3]: w a[2], w a[3].
-ZNP_INLINE void square_polynomials(__m256d (&c)[4], const Operands& x, __m256d magic, const Modulus& m) {
-    const __m256d twice0 = _mm256_add_pd(x.a[0], x.a[0]);
-    const __m256d twice1 = _mm256_add_pd(x.a[1], x.a[1]);
-    const __m256d twice2 = _mm256_add_pd(x.a[2], x.a[2]);
-    ProductSum s0(magic), s1(magic), s2(magic), s3(magic);
-    s0.add(x.a[0], x.a[0]);
-    s1.add(twice0, x.a[1]);
-    s2.add(twice0, x.a[2]);
-    s3.add(twice0, x.a[3]);
-    s0.add(twice1, x.wb[3]);
-    s1.add(twice2, x.wb[3]);
-    s2.add(x.a[1], x.a[1]);
-    s3.add(twice1, x.a[2]);
-    s0.add(x.a[2], x.wb[2]);
-    s2.add(x.a[3], x.wb[3]);
-    c[0] = s0.reduce(magic, m);
-    c[1] = s1.reduce(magic, m);
-    c[2] = s2.reduce(magic, m);
-    c[3] = s3.reduce(magic, m);
-}
-
-// x = x y for the polynomials of `groups` times 4 vectors, with weight(group) their four w.
-template <unsigned groups, class Weight>
-ZNP_INLINE void pointwise(double* x, const double* y, const Weight& weight, __m256d magic, Modulus m) {
-    Operands buffer[groups];
-    if (x == y) {
-        for (unsigned g = 0; g < groups; g++) {
-            Operands& o = buffer[g];
-            const __m256d w = weight(g);
-            load_polynomials(o.a, x + 16 * g, m);
-            o.wb[2] = mul_mod(o.a[2], w, m);
-            o.wb[3] = mul_mod(o.a[3], w, m);
-        }
-        for (unsigned g = 0; g < groups; g++) square_polynomials(buffer[g].b, buffer[g], magic, m);
-    } else {
-        for (unsigned g = 0; g < groups; g++) load_polynomials(buffer[g].a, x + 16 * g, m);
-        for (unsigned g = 0; g < groups; g++) {
-            Operands& o = buffer[g];
-            const __m256d w = weight(g);
-            load_polynomials(o.b, y + 16 * g, m);
-            for (unsigned i = 1; i < 4; i++) o.wb[i] = mul_mod(o.b[i], w, m);
-        }
-        for (unsigned g = 0; g < groups; g++) {
-            __m256d c[4];
-            multiply_polynomials(c, buffer[g], magic, m);
-            for (unsigned i = 0; i < 4; i++) buffer[g].b[i] = c[i];
-        }
-    }
-    for (unsigned g = 0; g < groups; g++) {
-        __m256d c[4] = {buffer[g].b[0], buffer[g].b[1], buffer[g].b[2], buffer[g].b[3]};
-        transpose(c[0], c[1], c[2], c[3]);
-        for (unsigned i = 0; i < 4; i++) _mm256_store_pd(x + 16 * g + 4 * i, c[i]);
-    }
-}
-
-// No product: the values themselves, reduced.
-ZNP_INLINE void reduce_block(double* x, upL_t vectors, Modulus m) {
-    for (double* const end = x + 4 * vectors; x != end; x += 4)
-        _mm256_store_pd(x, reduce_mod(_mm256_load_pd(x), m));
-}
-
-// ---- b = 1: 16 vectors, four levels -----------------------------------------------------------------------
-
-// Where the twiddles of a block's nodes stand, by level.
-struct BlockNodes {
-    const double* level[4];
-
-    ZNP_INLINE BlockNodes(const double* twiddles, unsigned levels, upL_t block) {
-        for (unsigned e = 0; e < 4; e++) level[e] = twiddles + (upL_t{1} << (levels + e)) + (block << e);
-    }
+// The twiddles of a node and of its two children.
+template <class T>
+struct Node4 {
+    T s, r0, r1;
 };
-
-ZNP_INLINE void forward_block_1(double* x, const BlockNodes& node, __m256d i, Modulus m) {
-    split4_rows<false>(x, 16, 4, make_factors4(node.level[0], node.level[1], i, m), m);
-    Factors4 f[4];
-    for (unsigned g = 0; g < 4; g++) f[g] = make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
-    Half4 half = split4_begin(x, 4, _mm256_load_pd(x), f[0], m);
-    for (unsigned g = 1; g < 4; g++, x += 16) {
-        const Half4 next = split4_begin(x + 16, 4, _mm256_load_pd(x + 16), f[g], m);
-        split4_end(x, 4, half, f[g - 1], m);
-        half = next;
-    }
-    split4_end(x, 4, half, f[3], m);
+ZNP_INLINE Node4<PlainFactor> plain_node(const double* s, const double* r) {
+    return {{all(s)}, {all(r)}, {all(r + 1)}};
+}
+ZNP_INLINE Node4<Factor> factor_node(const double* s, const double* r, const Modulus& m) {
+    return {make_factor(all(s), m), make_factor(all(r), m), make_factor(all(r + 1), m)};
 }
 
-// The weights of the polynomials of a pair of nodes: s0, -s0, s1, -s1.
-ZNP_INLINE __m256d pair_weights(const double* s) {
-    const __m256d pair = _mm256_permute4x64_pd(_mm256_castpd128_pd256(_mm_load_pd(s)), 0x50);
-    return _mm256_xor_pd(pair, _mm256_setr_pd(0.0, -0.0, 0.0, -0.0));
+// Both directions in two halves: a loop begins four vectors before it finishes the last four, since the
+// chain of dependent operations is longer than what a processor looks ahead.
+struct SplitHalf {
+    __m256d u, v, e, d;
+};
+template <bool reduce, class T>
+ZNP_INLINE SplitHalf split4_begin(const double* x, upL_t step, const Node4<T>& f, const Modulus& m) {
+    const __m256d t2 = mul_mod(_mm256_load_pd(x + 2 * step), f.s, m);
+    const __m256d t3 = mul_mod(_mm256_load_pd(x + 3 * step), f.s, m);
+    const __m256d x1 = _mm256_load_pd(x + step);
+    __m256d x0 = _mm256_load_pd(x);
+    if (reduce) x0 = reduce_mod(x0, m);
+    return {_mm256_add_pd(x0, t2), _mm256_sub_pd(x0, t2), _mm256_add_pd(x1, t3), _mm256_sub_pd(x1, t3)};
+}
+template <class T>
+ZNP_INLINE void split4_end(double* x, upL_t step, const SplitHalf& half, const Node4<T>& f,
+                           const Modulus& m) {
+    const __m256d e = mul_mod(half.e, f.r0, m);
+    const __m256d d = mul_mod(half.d, f.r1, m);
+    _mm256_store_pd(x, _mm256_add_pd(half.u, e));
+    _mm256_store_pd(x + step, _mm256_sub_pd(half.u, e));
+    _mm256_store_pd(x + 2 * step, _mm256_add_pd(half.v, d));
+    _mm256_store_pd(x + 3 * step, _mm256_sub_pd(half.v, d));
 }
 
-ZNP_INLINE void inverse_block_1(double* x, const double* y, const double* weights, const BlockNodes& node,
-                                __m256d i, __m256d magic, Modulus m) {
-    if (y != nullptr) {
-        pointwise<4>(
-            x, y, [&](unsigned g) { return pair_weights(weights + 2 * g); }, magic, m);
-    } else {
-        reduce_block(x, 16, m);
-    }
-    const auto begin = [&](double* z, const Factors4& f) {
-        const __m256d v[4] = {_mm256_load_pd(z), _mm256_load_pd(z + 4), _mm256_load_pd(z + 8),
-                              _mm256_load_pd(z + 12)};
-        return join4_begin(z, 4, v, false, f, m);
-    };
-    Factors4 f[4];
-    for (unsigned g = 0; g < 4; g++) f[g] = make_factors4(node.level[2] + g, node.level[3] + 2 * g, i, m);
-    double* z = x;
-    Half4 half = begin(z, f[0]);
-    for (unsigned g = 1; g < 4; g++, z += 16) {
-        const Half4 next = begin(z + 16, f[g]);
-        join4_end(z, 4, half, f[g - 1], m);
-        half = next;
-    }
-    join4_end(z, 4, half, f[3], m);
-    join4_rows(x, 16, 4, make_factors4(node.level[0], node.level[1], i, m), m);
+struct JoinHalf {
+    __m256d x0, x2, x3;
+};
+template <class T>
+ZNP_INLINE JoinHalf join4_begin(double* x, upL_t step, const Node4<T>& f, const Modulus& m) {
+    const __m256d y0 = _mm256_load_pd(x), y1 = _mm256_load_pd(x + step);
+    const __m256d y2 = _mm256_load_pd(x + 2 * step), y3 = _mm256_load_pd(x + 3 * step);
+    const __m256d e = mul_mod(_mm256_sub_pd(y0, y1), f.r0, m);
+    const __m256d d = mul_mod(_mm256_sub_pd(y2, y3), f.r1, m);
+    const __m256d u = _mm256_add_pd(y0, y1);
+    const __m256d v = _mm256_add_pd(y2, y3);
+    _mm256_store_pd(x + step, _mm256_add_pd(e, d));
+    return {_mm256_add_pd(u, v), _mm256_sub_pd(u, v), _mm256_sub_pd(e, d)};
+}
+template <class T>
+ZNP_INLINE void join4_end(double* x, upL_t step, const JoinHalf& half, const Node4<T>& f, const Modulus& m) {
+    _mm256_store_pd(x, reduce_mod(half.x0, m));
+    _mm256_store_pd(x + 2 * step, mul_mod(half.x2, f.s, m));
+    _mm256_store_pd(x + 3 * step, mul_mod(half.x3, f.s, m));
 }
 
-// ---- b = 3, 5, 7: 8 b vectors, three levels and the odd step ----------------------------------------------
+// ---- The blocks of a part ---------------------------------------------------------------------------------
 
-// t to its values at the powers of z: t[k] = sum over j of t[j] z^jk.
-template <unsigned b>
-ZNP_INLINE void odd_dft(__m256d (&t)[b], const OddConstants& c, const Modulus& m) {
-    if constexpr (b == 3) {
-        const __m256d d = mul_mod(_mm256_sub_pd(t[1], t[2]), _mm256_set1_pd(c.z), m);
-        const __m256d y0 = _mm256_add_pd(t[0], _mm256_add_pd(t[1], t[2]));
-        const __m256d y1 = _mm256_add_pd(_mm256_sub_pd(t[0], t[2]), d);
-        t[2] = _mm256_sub_pd(_mm256_sub_pd(t[0], t[1]), d);
-        t[1] = y1;
-        t[0] = y0;
-    } else {
-        constexpr unsigned half = (b - 1) / 2;
-        __m256d sum[half], difference[half];
-        __m256d y0 = t[0];
-        for (unsigned j = 0; j < half; j++) {
-            sum[j] = _mm256_add_pd(t[j + 1], t[b - 1 - j]);
-            difference[j] = _mm256_sub_pd(t[j + 1], t[b - 1 - j]);
-            y0 = _mm256_add_pd(y0, sum[j]);
+// One direction through blocks of 8 b vectors, or 16 for b = 1.
+template <unsigned b, Direction direction>
+class Blocks {
+  public:
+    static constexpr upL_t vectors = b == 1 ? 16 : 8 * b;
+
+    ZNP_INLINE explicit Blocks(const Part& part)
+        : m_(make_modulus(part.prime->p, part.prime->inverse)),
+          data_(part.data),
+          stride_(part.stride),
+          twiddles_(part.twiddles.twiddles[direction]),
+          levels_(part.levels),
+          powers_(part.twiddles.powers[direction]),
+          nodes_(part.twiddles.nodes),
+          odd_(part.prime->odd[direction]) {}
+
+    ZNP_INLINE double* block(upL_t i) const { return data_ + i * stride_; }
+
+    // The two upper levels, on four rows.
+    ZNP_INLINE void split_rows(upL_t i) const {
+        constexpr bool reduce = b >= 5;
+        const Node4<Factor> f = factor_node(level(i, 0), level(i, 1), m_);
+        double* x = block(i);
+        SplitHalf half = split4_begin<reduce>(x, vectors, f, m_);
+        for (upL_t j = 1; j < vectors / 4; j++, x += 4) {
+            const SplitHalf next = split4_begin<reduce>(x + 4, vectors, f, m_);
+            split4_end(x, vectors, half, f, m_);
+            half = next;
         }
-        for (unsigned k = 0; k < half; k++) {
-            __m256d even = t[0];
-            __m256d odd = _mm256_setzero_pd();
-            for (unsigned j = 0; j < half; j++) {
-                even = _mm256_add_pd(even, mul_mod(sum[j], _mm256_set1_pd(c.cos[j + 1][k + 1]), m));
-                odd = _mm256_add_pd(odd, mul_mod(difference[j], _mm256_set1_pd(c.sin[j + 1][k + 1]), m));
+        split4_end(x, vectors, half, f, m_);
+    }
+    ZNP_INLINE void join_rows(upL_t i) const {
+        const Node4<Factor> f = factor_node(level(i, 0), level(i, 1), m_);
+        double* x = block(i);
+        JoinHalf half = join4_begin(x, vectors, f, m_);
+        for (upL_t j = 1; j < vectors / 4; j++, x += 4) {
+            const JoinHalf next = join4_begin(x + 4, vectors, f, m_);
+            join4_end(x, vectors, half, f, m_);
+            half = next;
+        }
+        join4_end(x, vectors, half, f, m_);
+    }
+
+    // b = 1: the two lower ones.
+    ZNP_INLINE void split_nodes(upL_t i) const {
+        double* x = block(i);
+        Node4<PlainFactor> f = plain_node(level(i, 2), level(i, 3));
+        SplitHalf half = split4_begin<true>(x, 4, f, m_);
+        for (upL_t g = 1; g < 4; g++, x += 16) {
+            const Node4<PlainFactor> next_f = plain_node(level(i, 2) + g, level(i, 3) + 2 * g);
+            const SplitHalf next = split4_begin<true>(x + 16, 4, next_f, m_);
+            split4_end(x, 4, half, f, m_);
+            half = next;
+            f = next_f;
+        }
+        split4_end(x, 4, half, f, m_);
+    }
+    ZNP_INLINE void join_nodes(upL_t i) const {
+        double* x = block(i);
+        Node4<PlainFactor> f = plain_node(level(i, 2), level(i, 3));
+        JoinHalf half = join4_begin(x, 4, f, m_);
+        for (upL_t g = 1; g < 4; g++, x += 16) {
+            const Node4<PlainFactor> next_f = plain_node(level(i, 2) + g, level(i, 3) + 2 * g);
+            const JoinHalf next = join4_begin(x + 16, 4, next_f, m_);
+            join4_end(x, 4, half, f, m_);
+            half = next;
+            f = next_f;
+        }
+        join4_end(x, 4, half, f, m_);
+    }
+
+    // b > 1: the third level
+    ZNP_INLINE void split_pairs(upL_t i) const {
+        for (upL_t g = 0; g < 4; g++) {
+            double* const x = block(i) + 8 * b * g;
+            const __m256d f = all(level(i, 2) + g);
+            for (upL_t j = 0; j < 4 * b; j += 4) {
+                const __m256d u = _mm256_load_pd(x + j);
+                const __m256d v = mul_mod(_mm256_load_pd(x + j + 4 * b), f, m_);
+                _mm256_store_pd(x + j, _mm256_add_pd(u, v));
+                _mm256_store_pd(x + j + 4 * b, _mm256_sub_pd(u, v));
             }
-            t[k + 1] = _mm256_add_pd(even, odd);
-            t[b - 1 - k] = _mm256_sub_pd(even, odd);
         }
-        t[0] = y0;
+    }
+    ZNP_INLINE void join_pairs(upL_t i) const {
+        for (upL_t g = 0; g < 4; g++) {
+            double* const x = block(i) + 8 * b * g;
+            const __m256d f = all(level(i, 2) + g);
+            for (upL_t j = 0; j < 4 * b; j += 4) {
+                const __m256d u = _mm256_load_pd(x + j), v = _mm256_load_pd(x + j + 4 * b);
+                _mm256_store_pd(x + j, _mm256_add_pd(u, v));
+                _mm256_store_pd(x + j + 4 * b, mul_mod(_mm256_sub_pd(u, v), f, m_));
+            }
+        }
+    }
+
+    // and the odd step at the 8 nodes.
+    ZNP_INLINE void multiply_powers(upL_t i) const {
+        for (upL_t g = 0; g < 8; g++) {
+            double* const x = block(i) + 4 * b * g;
+            for (upL_t r = 1; r < b; r++)
+                _mm256_store_pd(x + 4 * r, mul_mod(_mm256_load_pd(x + 4 * r), power(i, g, r), m_));
+        }
+    }
+    ZNP_INLINE void odd_dfts(upL_t i) const {
+        for (upL_t g = 0; g < 8; g++) {
+            double* const x = block(i) + 4 * b * g;
+            __m256d t[b];
+            for (upL_t r = 0; r < b; r++) t[r] = _mm256_load_pd(x + 4 * r);
+            if (direction == forward_direction) t[0] = reduce_mod(t[0], m_);
+            odd_dft(t, odd_, m_);
+            if (direction == inverse_direction) t[0] = reduce_mod(t[0], m_);
+            for (upL_t r = 0; r < b; r++) _mm256_store_pd(x + 4 * r, t[r]);
+        }
+    }
+
+  private:
+    // Twiddles of the nodes of block i at one of its levels.
+    ZNP_INLINE const double* level(upL_t i, unsigned depth) const {
+        return twiddles_ + (upL_t{1} << (levels_ + depth)) + (i << depth);
+    }
+    ZNP_INLINE __m256d power(upL_t i, upL_t g, upL_t r) const {
+        return all(powers_ + (r - 1) * nodes_ + 8 * i + g);
+    }
+
+    Modulus m_;
+    double* data_;
+    upL_t stride_;
+    const double* twiddles_;
+    unsigned levels_;
+    const double* powers_;
+    upL_t nodes_;
+    const OddConstants& odd_;
+};
+
+// The pointwise step of a part's blocks in two stages, with a buffer between them.
+template <unsigned b>
+class Pointwise {
+  public:
+    static constexpr upL_t vectors = b == 1 ? 16 : 8 * b;
+
+    ZNP_INLINE explicit Pointwise(const Part& part)
+        : pm_(make_pointwise_modulus(make_modulus(part.prime->p, part.prime->inverse),
+                                     part.prime->product_magic)),
+          data_(part.data),
+          stride_(part.stride),
+          weights_(b == 1 ? part.twiddles.twiddles[forward_direction] + (upL_t{1} << (part.levels + 3))
+                          : part.twiddles.weights) {}
+
+  protected:
+    ZNP_INLINE double* block(upL_t i) const { return data_ + i * stride_; }
+
+    // The weights of the polynomials of block i: for b = 1 those of the nodes s, of which each has s and -s.
+    ZNP_INLINE const double* weights(upL_t i) const { return weights_ + (b == 1 ? 8 : vectors) * i; }
+
+    PointwiseModulus pm_;
+    double* data_;
+    upL_t stride_;
+    const double* weights_;
+};
+
+template <unsigned b>
+class Products : public Pointwise<b> {
+  public:
+    using Pointwise<b>::vectors;
+
+    ZNP_INLINE Products(const Part& part, const double* other) : Pointwise<b>(part), other_(other) {}
+
+    ZNP_INLINE void prepare(upL_t i) {
+        Windows* const out = windows_[i % 2];
+        const double* const y = other_ + i * this->stride_;
+        prefetch(y + 2 * this->stride_, 4 * vectors);
+        const double* const w = this->weights(i);
+        if constexpr (b == 1) {
+            const __m256d minus = _mm256_set1_pd(-0.0);
+            for (upL_t v = 0; v < vectors; v += 2) {
+                const __m256d s = all(w + v / 2);
+                make_windows<false>(out[v], y + 4 * v, s, this->pm_.m);
+                make_windows<false>(out[v + 1], y + 4 * v + 4, _mm256_xor_pd(s, minus), this->pm_.m);
+            }
+        } else {
+            for (upL_t v = 0; v < vectors; v++)
+                make_windows<b == 7>(out[v], y + 4 * v, all(w + v), this->pm_.m);
+        }
+    }
+
+    // A pair is begun before the last one is reduced.
+    ZNP_INLINE void multiply(upL_t i) const {
+        double* x = this->block(i);
+        const Windows* y = windows_[i % 2];
+        ProductPair pair = multiply_pair(x, y, this->pm_);
+        for (double* const last = x + 4 * (opaque(vectors) - 2); x != last; x += 8) {
+            const ProductPair next = multiply_pair(x + 8, y += 2, this->pm_);
+            store_pair(x, pair, this->pm_);
+            pair = next;
+        }
+        store_pair(x, pair, this->pm_);
+    }
+
+  private:
+    const double* other_;
+    Windows windows_[2][vectors];
+};
+
+template <unsigned b>
+class Squares : public Pointwise<b> {
+  public:
+    using Pointwise<b>::vectors;
+
+    ZNP_INLINE explicit Squares(const Part& part) : Pointwise<b>(part) {}
+
+    ZNP_INLINE void prepare(upL_t i) {
+        const double* const x = this->block(i);
+        const double* const w = this->weights(i);
+        for (upL_t g = 0, n = opaque(vectors / 4); g < n; g++) {
+            const __m256d v = b == 1 ? pair_weights(w + 2 * g) : _mm256_load_pd(w + 4 * g);
+            make_transposed<b == 7>(transposed_[i % 2][g], x + 16 * g, v, this->pm_.m);
+        }
+    }
+    ZNP_INLINE void multiply(upL_t i) const {
+        double* const x = this->block(i);
+        for (upL_t g = 0, n = opaque(vectors / 4); g < n; g++)
+            square4(x + 16 * g, transposed_[i % 2][g], this->pm_);
+    }
+
+  private:
+    // s0, -s0, s1, -s1.
+    ZNP_INLINE static __m256d pair_weights(const double* s) {
+        const __m256d pair = _mm256_permute4x64_pd(_mm256_castpd128_pd256(_mm_load_pd(s)), 0x50);
+        return _mm256_xor_pd(pair, _mm256_setr_pd(0.0, -0.0, 0.0, -0.0));
+    }
+
+    Transposed transposed_[2][vectors / 4];
+};
+
+template <unsigned b>
+void forward(const Part& part, upL_t first, upL_t count) {
+    const Blocks<b, forward_direction> blocks(part);
+    const upL_t last = first + count - 1;
+    blocks.split_rows(first);
+    if constexpr (b == 1) {
+        for (upL_t i = first; i < last; i++) {
+            blocks.split_rows(i + 1);
+            blocks.split_nodes(i);
+        }
+        blocks.split_nodes(last);
+    } else {
+        blocks.split_pairs(first);
+        blocks.multiply_powers(first);
+        for (upL_t i = first; i < last; i++) {
+            blocks.split_rows(i + 1);
+            blocks.odd_dfts(i);
+            blocks.split_pairs(i + 1);
+            blocks.multiply_powers(i + 1);
+        }
+        blocks.odd_dfts(last);
     }
 }
 
-// Where the twiddles of a block's nodes stand, by level, and i.
-struct OddBlockNodes {
-    const double* level[3];
-    __m256d i;
+// The values themselves, reduced: where no product is taken.
+template <unsigned b>
+class Values : public Pointwise<b> {
+  public:
+    using Pointwise<b>::vectors;
 
-    ZNP_INLINE OddBlockNodes(const double* twiddles, unsigned levels, upL_t block) : i(all(twiddles)) {
-        for (unsigned e = 0; e < 3; e++) level[e] = twiddles + (upL_t{1} << (levels + e)) + (block << e);
+    ZNP_INLINE explicit Values(const Part& part) : Pointwise<b>(part) {}
+
+    ZNP_INLINE void prepare(upL_t) {}
+    ZNP_INLINE void multiply(upL_t i) const {
+        double* const x = this->block(i);
+        for (upL_t v = 0, n = opaque(vectors); v < n; v++)
+            _mm256_store_pd(x + 4 * v, reduce_mod(_mm256_load_pd(x + 4 * v), this->pm_.m));
     }
 };
 
-// The odd step at the 8 nodes of a block, b vectors each. A node is begun before the last one is finished.
-template <unsigned b>
-ZNP_INLINE void forward_odd(double* x, const double* powers, upL_t nodes, const OddConstants& constants,
-                            Modulus m) {
-    __m256d t[b];
-    const auto begin = [&](unsigned g) {
-        t[0] = _mm256_load_pd(x + 4 * b * g);
-        for (unsigned r = 1; r < b; r++)
-            t[r] = mul_mod(_mm256_load_pd(x + 4 * (b * g + r)), all(powers + (r - 1) * nodes + g), m);
-    };
-    begin(0);
-    for (unsigned g = 0; g < 8; g++) {
-        __m256d u[b];
-        for (unsigned r = 0; r < b; r++) u[r] = t[r];
-        if (g < 7) begin(g + 1);
-        odd_dft<b>(u, constants, m);
-        for (unsigned r = 0; r < b; r++) _mm256_store_pd(x + 4 * (b * g + r), u[r]);
-    }
-}
-template <unsigned b>
-ZNP_INLINE void inverse_odd(double* x, const double* powers, upL_t nodes, const OddConstants& constants,
-                            Modulus m) {
-    __m256d t[b];
-    const auto begin = [&](unsigned g) {
-        for (unsigned r = 0; r < b; r++) t[r] = _mm256_load_pd(x + 4 * (b * g + r));
-        odd_dft<b>(t, constants, m);
-    };
-    begin(0);
-    for (unsigned g = 0; g < 8; g++) {
-        __m256d u[b];
-        for (unsigned r = 0; r < b; r++) u[r] = t[r];
-        if (g < 7) begin(g + 1);
-        _mm256_store_pd(x + 4 * b * g, reduce_mod(u[0], m));
-        for (unsigned r = 1; r < b; r++) {
-            _mm256_store_pd(x + 4 * (b * g + r), mul_mod(u[r], all(powers + (r - 1) * nodes + g), m));
+template <unsigned b, class Product>
+ZNP_INLINE void inverse(const Part& part, Product& product, upL_t first, upL_t count) {
+    const Blocks<b, inverse_direction> blocks(part);
+    const upL_t last = first + count;
+    product.prepare(first);
+    for (upL_t i = first; i < last; i++) {
+        prefetch(blocks.block(i + 3), 4 * blocks.vectors);
+        if (i + 1 < last) product.prepare(i + 1);
+        product.multiply(i);
+        if (i > first) blocks.join_rows(i - 1);
+        if constexpr (b == 1) {
+            blocks.join_nodes(i);
+        } else {
+            blocks.odd_dfts(i);
+            blocks.multiply_powers(i);
+            blocks.join_pairs(i);
         }
     }
+    blocks.join_rows(last - 1);
 }
 
 template <unsigned b>
-ZNP_INLINE void forward_block(const Part& part, upL_t block, Modulus m) {
-    double* const x = part.data + block * part.stride;
-    const OddBlockNodes node(part.twiddles.twiddles[forward_direction], part.levels, block);
-    split4_rows<false>(x, 8 * b, 2 * b, make_factors4(node.level[0], node.level[1], node.i, m), m);
-    for (unsigned g = 0; g < 4; g++) {
-        const Factor f = make_factor(all(node.level[2] + g), m);
-        for (double* z = x + 8 * b * g; z != x + 8 * b * g + 4 * b; z += 4) {
-            __m256d u = _mm256_load_pd(z), v = _mm256_load_pd(z + 4 * b);
-            split(u, v, f, m);
-            _mm256_store_pd(z, u);
-            _mm256_store_pd(z + 4 * b, v);
-        }
-    }
-    forward_odd<b>(x, part.twiddles.powers[forward_direction] + 8 * block, part.twiddles.nodes,
-                   part.prime->odd[forward_direction], m);
-}
-
-template <unsigned b>
-ZNP_INLINE void inverse_block(const Part& part, const double* other, upL_t block, __m256d magic, Modulus m) {
-    double* const x = part.data + block * part.stride;
-    const double* const weights = part.twiddles.weights + 8 * b * block;
-    if (other != nullptr) {
-        pointwise<2 * b>(
-            x, other + block * part.stride, [&](unsigned g) { return _mm256_load_pd(weights + 4 * g); },
-            magic, m);
+void inverse(const Part& part, const double* other, upL_t first, upL_t count) {
+    if (other == nullptr) {
+        Values<b> values(part);
+        inverse<b>(part, values, first, count);
+    } else if (other == part.data) {
+        Squares<b> squares(part);
+        inverse<b>(part, squares, first, count);
     } else {
-        reduce_block(x, 8 * b, m);
+        Products<b> products(part, other);
+        inverse<b>(part, products, first, count);
     }
-    inverse_odd<b>(x, part.twiddles.powers[inverse_direction] + 8 * block, part.twiddles.nodes,
-                   part.prime->odd[inverse_direction], m);
-    const OddBlockNodes node(part.twiddles.twiddles[inverse_direction], part.levels, block);
-    for (unsigned g = 0; g < 4; g++) {
-        const Factor f = make_factor(all(node.level[2] + g), m);
-        for (double* z = x + 8 * b * g; z != x + 8 * b * g + 4 * b; z += 4) {
-            __m256d u = _mm256_load_pd(z), v = _mm256_load_pd(z + 4 * b);
-            join(u, v, f, m);
-            _mm256_store_pd(z, u);
-            _mm256_store_pd(z + 4 * b, v);
-        }
-    }
-    join4_rows(x, 8 * b, 2 * b, make_factors4(node.level[0], node.level[1], node.i, m), m);
 }
 
 }  // namespace
 
 void forward_blocks(const Part& part, upL_t first, upL_t count) {
-    const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
-    assert(blocks_bounded(part, first, first + count, forward_bound));
-    for (upL_t i = first; i < first + count; i++) {
-        switch (part.b) {
-            case 1:
-                forward_block_1(part.data + i * part.stride,
-                                BlockNodes(part.twiddles.twiddles[forward_direction], part.levels, i),
-                                all(part.twiddles.twiddles[forward_direction]), m);
-                break;
-            case 3:
-                forward_block<3>(part, i, m);
-                break;
-            case 5:
-                forward_block<5>(part, i, m);
-                break;
-            default:
-                forward_block<7>(part, i, m);
-                break;
-        }
+    assert(blocks_bounded(part, first, first + count, large_bound));
+    switch (part.b) {
+        case 1:
+            forward<1>(part, first, count);
+            break;
+        case 3:
+            forward<3>(part, first, count);
+            break;
+        case 5:
+            forward<5>(part, first, count);
+            break;
+        default:
+            forward<7>(part, first, count);
+            break;
     }
-    assert(blocks_bounded(part, first, first + count, forward_bound));
+    assert(blocks_bounded(part, first, first + count, pointwise_bound(part.b)));
 }
 
 void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t count) {
-    const Modulus m = make_modulus(part.prime->p, part.prime->inverse);
-    const __m256d magic = _mm256_set1_pd(part.prime->product_magic);
-    const double* const weights = part.twiddles.twiddles[forward_direction] + (upL_t{1} << (part.levels + 3));
-    const upL_t doubles = part.b == 1 ? 64 : 32 * part.b;
-    for (upL_t i = first; i < first + count; i++) {
-        prefetch(part.data + (i + 3) * part.stride, doubles);
-        if (other != nullptr && other != part.data) prefetch(other + (i + 3) * part.stride, doubles);
-        switch (part.b) {
-            case 1:
-                inverse_block_1(part.data + i * part.stride,
-                                other != nullptr ? other + i * part.stride : nullptr, weights + 8 * i,
-                                BlockNodes(part.twiddles.twiddles[inverse_direction], part.levels, i),
-                                all(part.twiddles.twiddles[inverse_direction]), magic, m);
-                break;
-            case 3:
-                inverse_block<3>(part, other, i, magic, m);
-                break;
-            case 5:
-                inverse_block<5>(part, other, i, magic, m);
-                break;
-            default:
-                inverse_block<7>(part, other, i, magic, m);
-                break;
-        }
+    assert(blocks_bounded(part, first, first + count, pointwise_bound(part.b)));
+    switch (part.b) {
+        case 1:
+            inverse<1>(part, other, first, count);
+            break;
+        case 3:
+            inverse<3>(part, other, first, count);
+            break;
+        case 5:
+            inverse<5>(part, other, first, count);
+            break;
+        default:
+            inverse<7>(part, other, first, count);
+            break;
     }
     assert(blocks_bounded(part, first, first + count, inverse_bound));
 }

@@ -14,6 +14,10 @@ inline constexpr double large_bound = 10;
 inline constexpr double forward_bound = 16;
 inline constexpr double inverse_bound = 1.2;
 inline constexpr double result_bound = 0.54;
+// What the forward blocks leave.
+constexpr double pointwise_bound(unsigned b) {
+    return b == 7 ? 4.1 : 2.82;
+}
 
 // Count vectors of integers up to `bound` p.
 ZNP_INLINE bool bounded(const double* x, upL_t vectors, double bound, const PrimeTables& prime) {

@@ -186,16 +186,40 @@ class PrimeBuilder {
         }
     }
 
+    // (z^j + z^-j) / 2 or (z^j - z^-j) / 2.
+    u64_t half_sum(u64_t z, unsigned j, bool difference) const {
+        const u64_t e = field_.power(z, j);
+        const u64_t inverse = field_.invert(e);
+        return field_.mul(field_.invert(2), difference ? field_.sub(e, inverse) : field_.add(e, inverse));
+    }
+
     void build_constants(OddConstants& constants, u64_t z) const {
-        const u64_t half = field_.invert(2);
         constants.z = field_.balanced(z);
-        for (unsigned j = 1; j <= (b_ - 1) / 2; j++) {
-            for (unsigned k = 1; k <= (b_ - 1) / 2; k++) {
-                const u64_t e = field_.power(z, j * k);
-                const u64_t inverse = field_.invert(e);
-                constants.cos[j][k] = field_.balanced(field_.mul(half, field_.add(e, inverse)));
-                constants.sin[j][k] = field_.balanced(field_.mul(half, field_.sub(e, inverse)));
-            }
+        if (b_ == 5) build_constants_5(constants, z);
+        if (b_ == 7) build_constants_7(constants, z);
+    }
+
+    void build_constants_5(OddConstants& constants, u64_t z) const {
+        const u64_t c1 = half_sum(z, 1, false), c2 = half_sum(z, 2, false);
+        const u64_t s1 = half_sum(z, 1, true), s2 = half_sum(z, 2, true);
+        constants.mean[0] = field_.balanced(field_.sub(0, field_.invert(4)));
+        constants.factors[0][0] = field_.balanced(field_.mul(field_.invert(2), field_.sub(c1, c2)));
+        constants.factors[1][0] = field_.balanced(s1);
+        constants.factors[1][1] = field_.balanced(field_.sub(s2, s1));
+        constants.factors[1][2] = field_.balanced(field_.add(s1, s2));
+    }
+
+    void build_constants_7(OddConstants& constants, u64_t z) const {
+        for (const unsigned k : {0u, 1u}) {
+            u64_t row[3];
+            for (unsigned j = 0; j < 3; j++) row[j] = half_sum(z, j + 1, k == 1);
+            if (k == 1) row[2] = field_.sub(0, row[2]);
+            const u64_t sum = field_.add(field_.add(row[0], row[1]), row[2]);
+            const u64_t mean = field_.mul(sum, field_.invert(3));
+            constants.mean[k] = field_.balanced(mean);
+            constants.factors[k][0] = field_.balanced(field_.sub(mean, row[1]));
+            constants.factors[k][1] = field_.balanced(field_.sub(mean, row[0]));
+            constants.factors[k][2] = field_.balanced(field_.sub(mean, row[2]));
         }
     }
 

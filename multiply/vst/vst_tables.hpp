@@ -29,12 +29,13 @@ namespace znp::vst {
 
 enum Direction : unsigned { forward_direction = 0, inverse_direction = 1 };
 
-// The constants of a DFT of b points with z: cos[j][k] = (z^jk + z^-jk) / 2, sin[j][k] = (z^jk - z^-jk) / 2,
-// for j, k from 1 to (b - 1) / 2.
+// The constants of a DFT of b points with z (see odd_dft.hpp). With c_j = (z^j + z^-j) / 2 and
+// s_j = (z^j - z^-j) / 2, j from 1 to (b - 1) / 2, the sums of pairs of inputs are multiplied by matrices of
+// the c_j, the differences by matrices of the s_j.
 struct OddConstants {
     double z;
-    double cos[4][4];
-    double sin[4][4];
+    double mean[2];  // b = 5: -1/4. b = 7: the means of the c_j and of s_1, s_2, -s_3
+    double factors[2][3];
 };
 
 // All residues balanced. The arrays hold one entry for each of the two directions, the second being the
