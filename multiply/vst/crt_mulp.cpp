@@ -28,17 +28,22 @@ c32i* as_c32i(word* A) {
     return reinterpret_cast<c32i*>(A);
 }
 
-// A of L < La <= 2 L words modulo B - 1 and B + 1. True: the latter is B, and its words are zero.
+// A of L < La <= 2 L words modulo B - 1.
 template <class word>
-bool fold(word* Ac, word* An, const word* A, upL_t La, upL_t L) {
+void fold_minus(word* T, const word* A, upL_t La, upL_t L) {
     const upL_t overlap = La - L;
-    bool carry = add_words(Ac, A, A + L, overlap);
-    carry = copy_add_carry(Ac + overlap, A + overlap, L - overlap, carry);
-    copy_add_carry(Ac, Ac, L, carry);  // B = 1; the sum is below 2 B - 1, so that nothing is carried again
+    bool carry = add_words(T, A, A + L, overlap);
+    carry = copy_add_carry(T + overlap, A + overlap, L - overlap, carry);
+    copy_add_carry(T, T, L, carry);  // B = 1; the sum is below 2 B - 1, so that nothing is carried again
+}
 
-    bool borrow = sub_words(An, A, A + L, overlap);
-    borrow = copy_sub_borrow(An + overlap, A + overlap, L - overlap, borrow);
-    return copy_add_carry(An, An, L, borrow);  // -B = 1
+// The same modulo B + 1. True: T is B, and its words are zero.
+template <class word>
+bool fold_plus(word* T, const word* A, upL_t La, upL_t L) {
+    const upL_t overlap = La - L;
+    bool borrow = sub_words(T, A, A + L, overlap);
+    borrow = copy_sub_borrow(T + overlap, A + overlap, L - overlap, borrow);
+    return copy_add_carry(T, T, L, borrow);  // -B = 1
 }
 
 // T = -A modulo B + 1. True: T is B, and its words are zero.
@@ -101,13 +106,11 @@ void write_half(word* T, upL_t s, upL_t e, const Residues<word>& joined, upL_t L
 }  // namespace
 
 upL_t crt_mulp_bytes(const VST& transform) {
-    return transform.transform_bytes / 2 * 5 + transform.work_bytes;
+    return transform.transform_bytes * 2 + vst::round_up_32(transform.capacity / 8) + transform.work_bytes;
 }
 
-// The work area: two images, half of one more, and the transform's scratch. A convolution's result takes the
-// place of its second image, which it does not read any more when it writes words; the folded operand lies in
-// the second image's place before that is made. The half image behind has room for L words one and a half
-// times.
+// The work area: two images, the words of a result, and the transform's scratch. A folded operand lies in the
+// place of the second image until that is made, and so does the second convolution's result afterwards.
 template <class word>
 void CRT_mulp(const VST& transform, const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
               upL_t La, const word* B, upL_t Lb) {
@@ -129,30 +132,25 @@ void CRT_mulp(const VST& transform, const BasicParameters& bp, word* T, upL_t s,
     }
 
     std::byte *const T1 = bp.M, *const T2 = T1 + transform.transform_bytes,
-                     *const spare = T2 + transform.transform_bytes,
-                     *const scratch = spare + transform.transform_bytes / 2;
-    auto* const upper = reinterpret_cast<word*>(spare);
-    auto* const lower = reinterpret_cast<word*>(T2);
+                     *const first_result = T2 + transform.transform_bytes,
+                     *const scratch = first_result + vst::round_up_32(transform.capacity / 8);
+    Residues<word> residues{reinterpret_cast<word*>(first_result), reinterpret_cast<word*>(T2), false};
+    const bool folded = La > L;
+    const word* const operand = folded ? residues.n : A;
+    constexpr upL_t units = word_bits / 32;
+    const upL_t length = (folded ? L : La) * units;
 
     // Modulo B - 1.
-    const bool folded = La > L;
-    const bool minus_one = folded && fold(lower, upper, A, La, L);
-    const word *const Ac = folded ? lower : A, *const An = folded ? upper : A;
-    const upL_t folded_length = folded ? L : La;
-    transform.cyclic_forward(T1, as_c32i(Ac), folded_length * (word_bits / 32), scratch);
-    transform.cyclic_forward(T2, as_c32i(B), Lb * (word_bits / 32), scratch);
-    transform.cyclic_inverse_fmul(as_c32i(lower), T1, T2, scratch);
+    if (folded) fold_minus(residues.n, A, La, L);
+    transform.cyclic_product(as_c32i(residues.c), as_c32i(operand), length, as_c32i(B), Lb * units, T1, T2,
+                             scratch);
 
     // Modulo B + 1.
-    Residues<word> residues{upper, lower, false};
-    if (minus_one) {
-        std::copy(lower, lower + L, upper);
-        residues.negative = negate(lower, L, B, Lb);
+    if (folded && fold_plus(residues.n, A, La, L)) {
+        residues.negative = negate(residues.n, L, B, Lb);
     } else {
-        transform.negacyclic_forward(T1, as_c32i(An), folded_length * (word_bits / 32), scratch);
-        std::copy(lower, lower + L, upper);
-        transform.negacyclic_forward(T2, as_c32i(B), Lb * (word_bits / 32), scratch);
-        residues.negative = transform.negacyclic_inverse_fmul(as_c32i(lower), T1, T2, scratch) != 0;
+        residues.negative = transform.negacyclic_product(as_c32i(residues.n), as_c32i(operand), length,
+                                                         as_c32i(B), Lb * units, T1, T2, scratch) != 0;
     }
     join(residues, L);
     write_half(T, s, e, residues, L);

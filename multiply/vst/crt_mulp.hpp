@@ -13,8 +13,8 @@
 
 namespace znp {
 
-// Bytes of a work buffer: 2.5 images and the transform's scratch. At most 4.8 bytes a byte of the longest
-// product, where two images of the full length have up to 7.3.
+// Bytes of a work buffer: two images, the words of half a product, and the transform's scratch. At most 4.8
+// bytes a byte of the longest product, where two images of the full length have up to 7.3.
 upL_t crt_mulp_bytes(const VST& transform);
 
 // The words [s, e) of the product, e at most La + Lb; T has e - s words. The lengths are not in order. More

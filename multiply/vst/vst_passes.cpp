@@ -168,7 +168,7 @@ class FirstStage {
   public:
     explicit FirstStage(const Frame& frame) : frame_(frame) {}
 
-    void add(double* image, const Operand& operand) {
+    FirstStage& add(double* image, const Operand& operand) {
         const Geometry& g = frame_.geometry;
         const bool root = frame_.ring == Ring::cyclic;
         const bool half = root && operand.L <= (g.blocks() / 2) * g.input_words();  // the upper rows are zero
@@ -177,6 +177,7 @@ class FirstStage {
                            : root ? Top::root
                                   : Top::any,
                            (u64_t{1} << frame_.stages.levels[0]) >> (half ? 1 : 0)};
+        return *this;
     }
 
     void run() const {
@@ -331,14 +332,17 @@ upL_t scratch_bytes(const Geometry& g, const Stages& stages, u64_t threads) {
 }
 
 void forward_passes(const Frame& frame, double* image, const std::byte* words, upL_t L) {
-    FirstStage first(frame);
-    first.add(image, {words, L});
-    first.run();
+    FirstStage(frame).add(image, {words, L}).run();
     for (unsigned s = 1; s < frame.stages.count; s++) middle_stage(frame, image, forward_direction, s);
     forward_part_stage(frame, image);
 }
 
 namespace {
+
+bool lies_in(const double* image, const Geometry& g, const Operand& operand) {
+    const auto* const begin = reinterpret_cast<const std::byte*>(image);
+    return operand.words >= begin && operand.words < begin + g.image_bytes();
+}
 
 // From the parts' inverses to the words.
 u32_t finish_inverse(const Frame& frame, double* image, const Result& result) {
@@ -366,10 +370,15 @@ u32_t inverse_passes(const Frame& frame, double* image, const double* other, con
 
 u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
                      const Result& result) {
-    FirstStage first(frame);
-    first.add(T1, A);
-    if (B != nullptr) first.add(T2, *B);
-    first.run();
+    if (B != nullptr && lies_in(T2, frame.geometry, A)) {
+        FirstStage(frame).add(T1, A).run();
+        FirstStage(frame).add(T2, *B).run();
+    } else {
+        FirstStage first(frame);
+        first.add(T1, A);
+        if (B != nullptr) first.add(T2, *B);
+        first.run();
+    }
     for (unsigned s = 1; s < frame.stages.count; s++) {
         middle_stage(frame, T1, forward_direction, s);
         if (B != nullptr) middle_stage(frame, T2, forward_direction, s);

@@ -23,6 +23,7 @@ u32_t inverse_passes(const Frame& frame, double* image, const double* other, con
 
 // Both forward passes and the inverse in one: what is made of a contiguous part is used while it is in the
 // cache. B null: the square of A; T2 is not used then. T2 is left undefined.
+// The words of A may lie in T2, those of the result too.
 u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
                      const Result& result);
 

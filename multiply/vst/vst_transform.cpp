@@ -28,6 +28,9 @@ u64_t useful_threads(const vst::Geometry& g, u64_t threads) {
 std::byte* bytes(c32i* R) {
     return reinterpret_cast<std::byte*>(R);
 }
+const std::byte* bytes(const c32i* A) {
+    return reinterpret_cast<const std::byte*>(A);
+}
 
 }  // namespace
 
@@ -74,8 +77,7 @@ void VST::check_window(upL_t s, upL_t e) const {
 
 void VST::forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const {
     check_operand(L);
-    vst::forward_passes(frame(ring, scratch), static_cast<double*>(image),
-                        reinterpret_cast<const std::byte*>(A), L);
+    vst::forward_passes(frame(ring, scratch), static_cast<double*>(image), bytes(A), L);
 }
 
 u32_t VST::inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2,
@@ -83,6 +85,15 @@ u32_t VST::inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const
     check_window(s, e);
     return vst::inverse_passes(frame(ring, scratch), static_cast<double*>(T1), static_cast<const double*>(T2),
                                {bytes(R), s, e});
+}
+
+u32_t VST::product_in(vst::Ring ring, const vst::Result& result, const vst::Operand& A, const vst::Operand& B,
+                      void* T1, void* T2, void* scratch) const {
+    check_operand(A.L);
+    check_operand(B.L);
+    const bool square = A.words == B.words && A.L == B.L;
+    return vst::product_passes(frame(ring, scratch), static_cast<double*>(T1), static_cast<double*>(T2), A,
+                               square ? nullptr : &B, result);
 }
 
 void VST::forward(void* image, const c32i* A, upL_t L, void* scratch) const {
@@ -99,14 +110,8 @@ void VST::inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void
 
 void VST::product(c32i* R, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1,
                   void* T2, void* scratch) const {
-    check_operand(La);
-    check_operand(Lb);
     check_window(s, e);
-    const vst::Operand first{reinterpret_cast<const std::byte*>(A), La};
-    const vst::Operand second{reinterpret_cast<const std::byte*>(B), Lb};
-    const bool square = A == B && La == Lb;
-    vst::product_passes(frame(vst::Ring::cyclic, scratch), static_cast<double*>(T1), static_cast<double*>(T2),
-                        first, square ? nullptr : &second, {bytes(R), s, e});
+    product_in(vst::Ring::cyclic, {bytes(R), s, e}, {bytes(A), La}, {bytes(B), Lb}, T1, T2, scratch);
 }
 
 void VST::product(c64i* R, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, void* T1,
@@ -152,6 +157,18 @@ u32_t VST::negacyclic_inverse_fsqr(c32i* R, void* T, void* scratch) const {
 
 u32_t VST::negacyclic_inverse_fmul(c32i* R, void* T1, const void* T2, void* scratch) const {
     return inverse_in(vst::Ring::negacyclic, R, 0, capacity / 32, T1, T2, scratch);
+}
+
+void VST::cyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
+                         void* scratch) const {
+    product_in(vst::Ring::cyclic, {bytes(R), 0, capacity / 32}, {bytes(A), La}, {bytes(B), Lb}, T1, T2,
+               scratch);
+}
+
+u32_t VST::negacyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
+                              void* scratch) const {
+    return product_in(vst::Ring::negacyclic, {bytes(R), 0, capacity / 32}, {bytes(A), La}, {bytes(B), Lb}, T1,
+                      T2, scratch);
 }
 
 }  // namespace znp

@@ -64,6 +64,12 @@ class VST final : public transform {
     u32_t negacyclic_inverse_fsqr(c32i* R, void* T, void* scratch) const;
     u32_t negacyclic_inverse_fmul(c32i* R, void* T1, const void* T2, void* scratch) const;
 
+    // Both at once: the images' parts are made and used in one pass. A's words may lie in T2, R too.
+    void cyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
+                        void* scratch) const;
+    u32_t negacyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
+                             void* scratch) const;
+
   private:
     vst::Geometry geometry_;
     vst::Stages stages_;
@@ -74,6 +80,8 @@ class VST final : public transform {
     void forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const;
     u32_t inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2,
                      void* scratch) const;
+    u32_t product_in(vst::Ring ring, const vst::Result& result, const vst::Operand& A, const vst::Operand& B,
+                     void* T1, void* T2, void* scratch) const;
 };
 
 }  // namespace znp

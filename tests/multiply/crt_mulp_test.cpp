@@ -171,6 +171,19 @@ TYPED_TEST(CRTMulp, AnyThreads) {
         EXPECT_EQ(this->product(this->transform(g, threads), A, B), C);
 }
 
+// One operand given twice: one image serves.
+TYPED_TEST(CRTMulp, Squares) {
+    std::mt19937_64 rng = testing::make_rng(7);
+    for (const vst::Geometry& g : shapes) {
+        const upL_t L = this->length(g);
+        for (const auto& A : {random_words<TypeParam>(rng, L), random_words<TypeParam>(rng, L / 2 + 1),
+                              all_ones<TypeParam>(L)}) {
+            for (const u64_t threads : {1u, 3u})
+                EXPECT_EQ(this->product(this->transform(g, threads), A, A), gmp_product(A, A));
+        }
+    }
+}
+
 TYPED_TEST(CRTMulp, Refusals) {
     const VST t = this->transform(shapes[0]);
     const upL_t L = this->length(shapes[0]);
