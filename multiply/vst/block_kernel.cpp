@@ -34,6 +34,12 @@ ZNP_INLINE upL_t opaque(upL_t n) {
     return n;
 }
 
+// The same for loops of b > 1; those of b = 1 are short.
+template <unsigned b>
+ZNP_INLINE upL_t rolled(upL_t n) {
+    return b == 1 ? n : opaque(n);
+}
+
 // A block that comes a few hundred cycles later; it may lie behind the part.
 ZNP_INLINE void prefetch(const double* x, upL_t doubles) {
     for (upL_t i = 0; i < doubles + 4; i += 8) _mm_prefetch(x + i, _MM_HINT_T0);
@@ -41,23 +47,11 @@ ZNP_INLINE void prefetch(const double* x, upL_t doubles) {
 
 // ---- Two levels on four vectors ---------------------------------------------------------------------------
 
-// A factor that is used once or twice: its quotient would cost more than it saves.
-struct PlainFactor {
-    __m256d s;
-};
-ZNP_INLINE __m256d mul_mod(__m256d x, const PlainFactor& f, const Modulus& m) {
-    return vst::mul_mod(x, f.s, m);
-}
-
 // The twiddles of a node and of its two children.
-template <class T>
 struct Node4 {
-    T s, r0, r1;
+    Factor s, r0, r1;
 };
-ZNP_INLINE Node4<PlainFactor> plain_node(const double* s, const double* r) {
-    return {{all(s)}, {all(r)}, {all(r + 1)}};
-}
-ZNP_INLINE Node4<Factor> factor_node(const double* s, const double* r, const Modulus& m) {
+ZNP_INLINE Node4 make_node(const double* s, const double* r, const Modulus& m) {
     return {make_factor(all(s), m), make_factor(all(r), m), make_factor(all(r + 1), m)};
 }
 
@@ -66,8 +60,8 @@ ZNP_INLINE Node4<Factor> factor_node(const double* s, const double* r, const Mod
 struct SplitHalf {
     __m256d u, v, e, d;
 };
-template <bool reduce, class T>
-ZNP_INLINE SplitHalf split4_begin(const double* x, upL_t step, const Node4<T>& f, const Modulus& m) {
+template <bool reduce>
+ZNP_INLINE SplitHalf split4_begin(const double* x, upL_t step, const Node4& f, const Modulus& m) {
     const __m256d t2 = mul_mod(_mm256_load_pd(x + 2 * step), f.s, m);
     const __m256d t3 = mul_mod(_mm256_load_pd(x + 3 * step), f.s, m);
     const __m256d x1 = _mm256_load_pd(x + step);
@@ -75,9 +69,7 @@ ZNP_INLINE SplitHalf split4_begin(const double* x, upL_t step, const Node4<T>& f
     if (reduce) x0 = reduce_mod(x0, m);
     return {_mm256_add_pd(x0, t2), _mm256_sub_pd(x0, t2), _mm256_add_pd(x1, t3), _mm256_sub_pd(x1, t3)};
 }
-template <class T>
-ZNP_INLINE void split4_end(double* x, upL_t step, const SplitHalf& half, const Node4<T>& f,
-                           const Modulus& m) {
+ZNP_INLINE void split4_end(double* x, upL_t step, const SplitHalf& half, const Node4& f, const Modulus& m) {
     const __m256d e = mul_mod(half.e, f.r0, m);
     const __m256d d = mul_mod(half.d, f.r1, m);
     _mm256_store_pd(x, _mm256_add_pd(half.u, e));
@@ -89,8 +81,7 @@ ZNP_INLINE void split4_end(double* x, upL_t step, const SplitHalf& half, const N
 struct JoinHalf {
     __m256d x0, x2, x3;
 };
-template <class T>
-ZNP_INLINE JoinHalf join4_begin(double* x, upL_t step, const Node4<T>& f, const Modulus& m) {
+ZNP_INLINE JoinHalf join4_begin(double* x, upL_t step, const Node4& f, const Modulus& m) {
     const __m256d y0 = _mm256_load_pd(x), y1 = _mm256_load_pd(x + step);
     const __m256d y2 = _mm256_load_pd(x + 2 * step), y3 = _mm256_load_pd(x + 3 * step);
     const __m256d e = mul_mod(_mm256_sub_pd(y0, y1), f.r0, m);
@@ -100,8 +91,7 @@ ZNP_INLINE JoinHalf join4_begin(double* x, upL_t step, const Node4<T>& f, const 
     _mm256_store_pd(x + step, _mm256_add_pd(e, d));
     return {_mm256_add_pd(u, v), _mm256_sub_pd(u, v), _mm256_sub_pd(e, d)};
 }
-template <class T>
-ZNP_INLINE void join4_end(double* x, upL_t step, const JoinHalf& half, const Node4<T>& f, const Modulus& m) {
+ZNP_INLINE void join4_end(double* x, upL_t step, const JoinHalf& half, const Node4& f, const Modulus& m) {
     _mm256_store_pd(x, reduce_mod(half.x0, m));
     _mm256_store_pd(x + 2 * step, mul_mod(half.x2, f.s, m));
     _mm256_store_pd(x + 3 * step, mul_mod(half.x3, f.s, m));
@@ -123,17 +113,17 @@ class Blocks {
           levels_(part.levels),
           powers_(part.twiddles.powers[direction]),
           nodes_(part.twiddles.nodes),
-          odd_(part.prime->odd[direction]) {}
+          odd_(make_odd_factors(part.prime->odd[direction], m_)) {}
 
     ZNP_INLINE double* block(upL_t i) const { return data_ + i * stride_; }
 
     // The two upper levels, on four rows.
     ZNP_INLINE void split_rows(upL_t i) const {
         constexpr bool reduce = b >= 5;
-        const Node4<Factor> f = factor_node(level(i, 0), level(i, 1), m_);
+        const Node4 f = make_node(level(i, 0), level(i, 1), m_);
         double* x = block(i);
         SplitHalf half = split4_begin<reduce>(x, vectors, f, m_);
-        for (upL_t j = 1; j < vectors / 4; j++, x += 4) {
+        for (upL_t j = 1, n = rolled<b>(vectors / 4); j < n; j++, x += 4) {
             const SplitHalf next = split4_begin<reduce>(x + 4, vectors, f, m_);
             split4_end(x, vectors, half, f, m_);
             half = next;
@@ -141,10 +131,10 @@ class Blocks {
         split4_end(x, vectors, half, f, m_);
     }
     ZNP_INLINE void join_rows(upL_t i) const {
-        const Node4<Factor> f = factor_node(level(i, 0), level(i, 1), m_);
+        const Node4 f = make_node(level(i, 0), level(i, 1), m_);
         double* x = block(i);
         JoinHalf half = join4_begin(x, vectors, f, m_);
-        for (upL_t j = 1; j < vectors / 4; j++, x += 4) {
+        for (upL_t j = 1, n = rolled<b>(vectors / 4); j < n; j++, x += 4) {
             const JoinHalf next = join4_begin(x + 4, vectors, f, m_);
             join4_end(x, vectors, half, f, m_);
             half = next;
@@ -155,10 +145,10 @@ class Blocks {
     // b = 1: the two lower ones.
     ZNP_INLINE void split_nodes(upL_t i) const {
         double* x = block(i);
-        Node4<PlainFactor> f = plain_node(level(i, 2), level(i, 3));
+        Node4 f = make_node(level(i, 2), level(i, 3), m_);
         SplitHalf half = split4_begin<true>(x, 4, f, m_);
         for (upL_t g = 1; g < 4; g++, x += 16) {
-            const Node4<PlainFactor> next_f = plain_node(level(i, 2) + g, level(i, 3) + 2 * g);
+            const Node4 next_f = make_node(level(i, 2) + g, level(i, 3) + 2 * g, m_);
             const SplitHalf next = split4_begin<true>(x + 16, 4, next_f, m_);
             split4_end(x, 4, half, f, m_);
             half = next;
@@ -168,10 +158,10 @@ class Blocks {
     }
     ZNP_INLINE void join_nodes(upL_t i) const {
         double* x = block(i);
-        Node4<PlainFactor> f = plain_node(level(i, 2), level(i, 3));
+        Node4 f = make_node(level(i, 2), level(i, 3), m_);
         JoinHalf half = join4_begin(x, 4, f, m_);
         for (upL_t g = 1; g < 4; g++, x += 16) {
-            const Node4<PlainFactor> next_f = plain_node(level(i, 2) + g, level(i, 3) + 2 * g);
+            const Node4 next_f = make_node(level(i, 2) + g, level(i, 3) + 2 * g, m_);
             const JoinHalf next = join4_begin(x + 16, 4, next_f, m_);
             join4_end(x, 4, half, f, m_);
             half = next;
@@ -182,9 +172,9 @@ class Blocks {
 
     // b > 1: the third level
     ZNP_INLINE void split_pairs(upL_t i) const {
-        for (upL_t g = 0; g < 4; g++) {
+        for (upL_t g = 0, n = rolled<b>(4); g < n; g++) {
             double* const x = block(i) + 8 * b * g;
-            const __m256d f = all(level(i, 2) + g);
+            const Factor f = make_factor(all(level(i, 2) + g), m_);
             for (upL_t j = 0; j < 4 * b; j += 4) {
                 const __m256d u = _mm256_load_pd(x + j);
                 const __m256d v = mul_mod(_mm256_load_pd(x + j + 4 * b), f, m_);
@@ -194,9 +184,9 @@ class Blocks {
         }
     }
     ZNP_INLINE void join_pairs(upL_t i) const {
-        for (upL_t g = 0; g < 4; g++) {
+        for (upL_t g = 0, n = rolled<b>(4); g < n; g++) {
             double* const x = block(i) + 8 * b * g;
-            const __m256d f = all(level(i, 2) + g);
+            const Factor f = make_factor(all(level(i, 2) + g), m_);
             for (upL_t j = 0; j < 4 * b; j += 4) {
                 const __m256d u = _mm256_load_pd(x + j), v = _mm256_load_pd(x + j + 4 * b);
                 _mm256_store_pd(x + j, _mm256_add_pd(u, v));
@@ -207,14 +197,14 @@ class Blocks {
 
     // and the odd step at the 8 nodes.
     ZNP_INLINE void multiply_powers(upL_t i) const {
-        for (upL_t g = 0; g < 8; g++) {
+        for (upL_t g = 0, n = rolled<b>(8); g < n; g++) {
             double* const x = block(i) + 4 * b * g;
             for (upL_t r = 1; r < b; r++)
                 _mm256_store_pd(x + 4 * r, mul_mod(_mm256_load_pd(x + 4 * r), power(i, g, r), m_));
         }
     }
     ZNP_INLINE void odd_dfts(upL_t i) const {
-        for (upL_t g = 0; g < 8; g++) {
+        for (upL_t g = 0, n = rolled<b>(8); g < n; g++) {
             double* const x = block(i) + 4 * b * g;
             __m256d t[b];
             for (upL_t r = 0; r < b; r++) t[r] = _mm256_load_pd(x + 4 * r);
@@ -241,7 +231,7 @@ class Blocks {
     unsigned levels_;
     const double* powers_;
     upL_t nodes_;
-    const OddConstants& odd_;
+    OddFactors odd_;
 };
 
 // The pointwise step of a part's blocks in two stages, with a buffer between them.
@@ -290,7 +280,7 @@ class Products : public Pointwise<b> {
                 make_windows<false>(out[v + 1], y + 4 * v + 4, _mm256_xor_pd(s, minus), this->pm_.m);
             }
         } else {
-            for (upL_t v = 0; v < vectors; v++)
+            for (upL_t v = 0, n = rolled<b>(vectors); v < n; v++)
                 make_windows<b == 7>(out[v], y + 4 * v, all(w + v), this->pm_.m);
         }
     }

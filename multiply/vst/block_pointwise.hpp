@@ -59,9 +59,8 @@ struct alignas(64) Windows {
 };
 template <bool reduced>
 ZNP_INLINE void make_windows(Windows& out, const double* b, __m256d w, const Modulus& m) {
-    __m256d v = _mm256_load_pd(b);
-    if (reduced) v = reduce_mod(v, m);
-    _mm256_store_pd(out.x + 4, v);
+    const __m256d v = _mm256_load_pd(b);
+    _mm256_store_pd(out.x + 4, reduced ? reduce_mod(v, m) : v);
     _mm256_store_pd(out.x, mul_mod(v, w, m));
 }
 

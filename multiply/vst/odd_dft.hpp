@@ -21,12 +21,23 @@
 
 namespace znp::vst {
 
-ZNP_INLINE __m256d mul_constant(__m256d x, const double& c, const Modulus& m) {
-    return mul_mod(x, _mm256_broadcast_sd(&c), m);
+// OddConstants, ready for use.
+struct OddFactors {
+    Factor z, mean[2], factors[2][3];
+};
+ZNP_INLINE OddFactors make_odd_factors(const OddConstants& c, const Modulus& m) {
+    const auto factor = [&](const double& x) { return make_factor(_mm256_broadcast_sd(&x), m); };
+    OddFactors f;
+    f.z = factor(c.z);
+    for (unsigned k = 0; k < 2; k++) {
+        f.mean[k] = factor(c.mean[k]);
+        for (unsigned j = 0; j < 3; j++) f.factors[k][j] = factor(c.factors[k][j]);
+    }
+    return f;
 }
 
-ZNP_INLINE void odd_dft(__m256d (&t)[3], const OddConstants& c, const Modulus& m) {
-    const __m256d d = mul_constant(_mm256_sub_pd(t[1], t[2]), c.z, m);
+ZNP_INLINE void odd_dft(__m256d (&t)[3], const OddFactors& c, const Modulus& m) {
+    const __m256d d = mul_mod(_mm256_sub_pd(t[1], t[2]), c.z, m);
     const __m256d y0 = _mm256_add_pd(t[0], _mm256_add_pd(t[1], t[2]));
     const __m256d y1 = _mm256_add_pd(_mm256_sub_pd(t[0], t[2]), d);
     t[2] = _mm256_sub_pd(_mm256_sub_pd(t[0], t[1]), d);
@@ -34,15 +45,15 @@ ZNP_INLINE void odd_dft(__m256d (&t)[3], const OddConstants& c, const Modulus& m
     t[0] = y0;
 }
 
-ZNP_INLINE void odd_dft(__m256d (&t)[5], const OddConstants& c, const Modulus& m) {
+ZNP_INLINE void odd_dft(__m256d (&t)[5], const OddFactors& c, const Modulus& m) {
     const __m256d s1 = _mm256_add_pd(t[1], t[4]), d1 = _mm256_sub_pd(t[1], t[4]);
     const __m256d s2 = _mm256_add_pd(t[2], t[3]), d2 = _mm256_sub_pd(t[2], t[3]);
     const __m256d sum = _mm256_add_pd(s1, s2);
-    const __m256d odd = mul_constant(_mm256_add_pd(d1, d2), c.factors[1][0], m);
-    const __m256d odd1 = _mm256_add_pd(mul_constant(d2, c.factors[1][1], m), odd);
-    const __m256d odd2 = _mm256_sub_pd(mul_constant(d1, c.factors[1][2], m), odd);
-    const __m256d even = _mm256_add_pd(mul_constant(sum, c.mean[0], m), t[0]);
-    const __m256d difference = mul_constant(_mm256_sub_pd(s1, s2), c.factors[0][0], m);
+    const __m256d odd = mul_mod(_mm256_add_pd(d1, d2), c.factors[1][0], m);
+    const __m256d odd1 = _mm256_add_pd(mul_mod(d2, c.factors[1][1], m), odd);
+    const __m256d odd2 = _mm256_sub_pd(mul_mod(d1, c.factors[1][2], m), odd);
+    const __m256d even = _mm256_add_pd(mul_mod(sum, c.mean[0], m), t[0]);
+    const __m256d difference = mul_mod(_mm256_sub_pd(s1, s2), c.factors[0][0], m);
     const __m256d even1 = _mm256_add_pd(even, difference);
     const __m256d even2 = _mm256_sub_pd(even, difference);
     t[0] = _mm256_add_pd(t[0], sum);
@@ -53,22 +64,22 @@ ZNP_INLINE void odd_dft(__m256d (&t)[5], const OddConstants& c, const Modulus& m
 }
 
 // x = the cyclic convolution with the constants, plus `mean`.
-ZNP_INLINE void convolve3(__m256d (&x)[3], __m256d mean, const double (&c)[3], const Modulus& m) {
-    const __m256d p1 = mul_constant(_mm256_sub_pd(x[0], x[1]), c[0], m);
-    const __m256d p2 = mul_constant(_mm256_sub_pd(x[1], x[2]), c[1], m);
-    const __m256d p3 = mul_constant(_mm256_sub_pd(x[2], x[0]), c[2], m);
+ZNP_INLINE void convolve3(__m256d (&x)[3], __m256d mean, const Factor (&c)[3], const Modulus& m) {
+    const __m256d p1 = mul_mod(_mm256_sub_pd(x[0], x[1]), c[0], m);
+    const __m256d p2 = mul_mod(_mm256_sub_pd(x[1], x[2]), c[1], m);
+    const __m256d p3 = mul_mod(_mm256_sub_pd(x[2], x[0]), c[2], m);
     x[0] = _mm256_add_pd(mean, _mm256_sub_pd(p1, p3));
     x[1] = _mm256_add_pd(mean, _mm256_sub_pd(p2, p1));
     x[2] = _mm256_add_pd(mean, _mm256_sub_pd(p3, p2));
 }
 
-ZNP_INLINE void odd_dft(__m256d (&t)[7], const OddConstants& c, const Modulus& m) {
+ZNP_INLINE void odd_dft(__m256d (&t)[7], const OddFactors& c, const Modulus& m) {
     __m256d s[3] = {_mm256_add_pd(t[1], t[6]), _mm256_add_pd(t[2], t[5]), _mm256_add_pd(t[3], t[4])};
     __m256d d[3] = {_mm256_sub_pd(t[1], t[6]), _mm256_sub_pd(t[2], t[5]), _mm256_sub_pd(t[4], t[3])};
     const __m256d sum = _mm256_add_pd(_mm256_add_pd(s[0], s[1]), s[2]);
     const __m256d difference = _mm256_add_pd(_mm256_add_pd(d[0], d[1]), d[2]);
-    convolve3(s, _mm256_add_pd(mul_constant(sum, c.mean[0], m), t[0]), c.factors[0], m);
-    convolve3(d, mul_constant(difference, c.mean[1], m), c.factors[1], m);
+    convolve3(s, _mm256_add_pd(mul_mod(sum, c.mean[0], m), t[0]), c.factors[0], m);
+    convolve3(d, mul_mod(difference, c.mean[1], m), c.factors[1], m);
     t[0] = _mm256_add_pd(t[0], sum);
     t[1] = _mm256_add_pd(s[0], d[0]);
     t[6] = _mm256_sub_pd(s[0], d[0]);
