@@ -4,15 +4,24 @@
 // n = b 2^t consecutive points. A block holds, for each prime, `lanes` vectors of 4 neighbouring points and
 // one vector of padding, which keeps the primes of a block from falling on the same cache sets:
 //
-//     block i, prime s, point j of the block:   double at ((i block_vectors + s row) 4 + j)
+//     block i, prime s, point j of the block:   double at block_offset(i) + 4 s row + j
+//
+// Blocks are contiguous. Long transforms have a gap behind each group of 2^part_levels blocks, an odd number
+// of cache lines: without it all rows of a column would stand at a multiple of a large power of two from each
+// other, in a few sets of the caches. Blocks 2^k apart, k >= part_levels, are at distance(k).
 //
 // The data are residues as integer-valued doubles. They are never permuted: a forward transform leaves them
 // in bit-reversed order, and the inverse starts there.
 #pragma once
 
+#include <bit>
+
 #include "foundation/types.hpp"
 
 namespace znp::vst {
+
+// What a contiguous part takes at most: it shall stay in the second-level cache.
+inline constexpr upL_t max_part_bytes = 900 << 10;
 
 struct Geometry {
     unsigned a, b, c;
@@ -29,7 +38,20 @@ struct Geometry {
     constexpr unsigned input_bits() const { return (a - 1) * 24; }               // of a point
     constexpr upL_t input_words() const { return n() * input_bits() / 32; }      // 32-bit words of a block
     constexpr u64_t capacity() const { return u64_t{input_bits()} * points(); }  // bits of a product
-    constexpr upL_t image_bytes() const { return blocks() * block_bytes(); }
+
+    // Binary levels above a block that a contiguous part has at most.
+    constexpr unsigned part_levels() const {
+        return static_cast<unsigned>(std::bit_width(max_part_bytes / block_bytes())) - 1;
+    }
+    constexpr bool has_gaps() const { return levels() >= part_levels() + 5; }
+    constexpr upL_t gap_bytes() const { return has_gaps() ? ((row() / 2) | 1) * 64 : 0; }
+
+    // In doubles. distance(k): from a block to the one 2^k further.
+    constexpr upL_t block_offset(u64_t block) const {
+        return (block * block_bytes() + (block >> part_levels()) * gap_bytes()) / sizeof(double);
+    }
+    constexpr upL_t distance(unsigned k) const { return block_offset(u64_t{1} << k); }
+    constexpr upL_t image_bytes() const { return block_offset(blocks()) * sizeof(double); }
 
     constexpr bool operator==(const Geometry&) const = default;
 };

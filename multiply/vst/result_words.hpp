@@ -19,7 +19,7 @@ class ResultWords {
     }
     std::byte* at(u64_t block) const {
         return in_window(block) ? result_.R + (block * block_words_ - result_.s) * 4
-                                : image_ + block * geometry_.block_bytes();
+                                : image_ + geometry_.block_offset(block) * sizeof(double);
     }
     upL_t words64() const { return block_words_ / 2; }  // of a block
 

@@ -27,10 +27,6 @@ u64_t node_index(const Frame& frame, unsigned depth, u64_t j) {
     return frame.ring == Ring::cyclic ? j : (u64_t{1} << depth) + j;
 }
 
-upL_t block_doubles(const Geometry& g) {
-    return g.block_vectors() * 4;
-}
-
 void make_column_twiddles(const Frame& frame, const Slot& slot, Direction direction, unsigned stage,
                           u64_t j) {
     const u64_t node = node_index(frame, frame.stages.first_level(stage), j);
@@ -42,10 +38,10 @@ void make_column_twiddles(const Frame& frame, const Slot& slot, Direction direct
 Rows column_rows(const Frame& frame, const Slot& slot, double* image, unsigned stage, u64_t first,
                  unsigned s) {
     const Geometry& g = frame.geometry;
-    double* const data = image + first * block_doubles(g) + s * g.row() * 4;
+    double* const data = image + g.block_offset(first) + s * g.row() * 4;
     // Next comes the next prime, and behind the last one the next column, which stands there too.
     return {data,
-            block_doubles(g) << frame.stages.columns_log(stage),
+            g.distance(frame.stages.columns_log(stage)),
             g.lanes(),
             slot.column(s),
             &frame.tables->prime[s],
@@ -83,11 +79,10 @@ Part make_part(const Frame& frame, const Slot& slot, double* image, Direction di
     const unsigned levels = frame.stages.part;
     const u64_t node = node_index(frame, frame.stages.part_depth(), j);
     const unsigned depth = levels + block_levels(g.b);
-    double* const data = image + (j << levels) * block_doubles(g) + s * g.row() * 4;
-    const double* const next =
-        s + 1 < g.a ? data + g.row() * 4 : image + ((j + 1) << levels) * block_doubles(g);
+    double* const data = image + g.block_offset(j << levels) + s * g.row() * 4;
+    const double* const next = s + 1 < g.a ? data + g.row() * 4 : image + g.block_offset((j + 1) << levels);
     Part part{data,
-              block_doubles(g),
+              g.block_vectors() * 4,
               g.b,
               levels,
               {{slot.part(forward_direction), slot.part(inverse_direction)},
@@ -205,7 +200,7 @@ class FirstStage {
         for (u64_t r = 0; r < job.rows; r++) {
             const u64_t block = (r << frame_.stages.columns_log(0)) + column;
             prefetch_operand(job, r + 3, column);
-            words_to_block(g, *frame_.tables->set, job.image + block * block_doubles(g), job.operand.words,
+            words_to_block(g, *frame_.tables->set, job.image + g.block_offset(block), job.operand.words,
                            job.operand.L, block);
         }
         for (unsigned s = 0; s < g.a; s++)
@@ -306,7 +301,7 @@ class LastStage {
         const bool direct = words_.in_window(block);
         std::byte* const out = direct ? words_.at(block) : slot.block_words();
         const u64_t H =
-            block_to_words(g, *frame_.tables->set, out, image_ + block * block_doubles(g), row.carry);
+            block_to_words(g, *frame_.tables->set, out, image_ + g.block_offset(block), row.carry);
         if (frame_.ring == Ring::negacyclic) row.borrow = subtract_pattern(frame_, out, row.borrow);
         if (!direct) std::memcpy(words_.at(block), out, g.input_words() * 4);
         return H;

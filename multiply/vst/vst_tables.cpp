@@ -76,7 +76,7 @@ struct TableShape {
     upL_t block_nodes;
 
     explicit TableShape(const Geometry& g)
-        : part(std::min(part_levels(g.a, g.b), g.levels())),
+        : part(std::min(g.part_levels(), g.levels())),
           nodes(std::max(upL_t{1} << (part + block_levels(g.b) - 1), upL_t{1} << (max_column_levels - 1))),
           block_nodes(g.b == 1 ? 0 : upL_t{8} << part) {}
 
@@ -278,12 +278,6 @@ void run_jobs(const PrimeJob* jobs, upL_t count) {
 }
 
 }  // namespace
-
-unsigned part_levels(unsigned a, unsigned b) {
-    constexpr upL_t part_bytes = 700 << 10;
-    const upL_t block = Geometry{a, b, 9}.block_bytes();
-    return static_cast<unsigned>(std::bit_width(part_bytes / block)) - 1;
-}
 
 TablePlan::TablePlan(u64_t limit_bits) {
     const u64_t capacity = find_size(limit_bits).capacity();

@@ -62,10 +62,6 @@ struct SetTables {
     PrimeTables prime[9];
 };
 
-// Binary levels above a block that a contiguous part has at most: the part shall stay in the second-level
-// cache with all its primes.
-unsigned part_levels(unsigned a, unsigned b);
-
 // Binary levels in a block, above X^4 - w (b = 1) or X^(4b) - w.
 constexpr unsigned block_levels(unsigned b) {
     return b == 1 ? 4 : 3;

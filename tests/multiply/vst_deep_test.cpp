@@ -70,7 +70,7 @@ TEST_P(VSTDeepNodes, Twiddles) {
     double out[2][(1u << levels) + 4];
     for (unsigned s = 0; s < set_.a; s++) {
         const Field f(set_, s);
-        for (unsigned depth = 1; depth + levels < set_.max_c - 1u; depth += depth % 7 == 0 ? 1 : 2) {
+        for (unsigned depth = 1; depth + levels < set_.max_c - 1u; depth += depth % 7 == 0 ? 1u : 2u) {
             const u64_t last = (u64_t{1} << depth) - 1;
             for (const u64_t node : {last, rng() & last}) {
                 for (const Direction d : {forward_direction, inverse_direction})

@@ -193,5 +193,31 @@ TEST(VSTSizePlan, LookupAtEveryBoundary) {
     });
 }
 
+// Rows of a column stand at one distance, and not at one that is a multiple of a large power of two.
+TEST(VSTGeometry, GapsKeepColumnsApart) {
+    unsigned with_gaps = 0;
+    for (const auto plan : {main_plan(), large_plan()}) {
+        for (const SizePlanRow& row : plan) {
+            const Geometry g = row.geometry();
+            SCOPED_TRACE(::testing::Message() << g.a << " " << g.b << " " << g.c);
+            const u64_t group = u64_t{1} << g.part_levels();
+            const upL_t block = g.block_vectors() * 4;
+            EXPECT_LE(group * g.block_bytes(), max_part_bytes);
+            for (const u64_t i : {u64_t{0}, u64_t{1}, group - 2, group - 1, group, 3 * group - 1})
+                EXPECT_EQ(g.block_offset(i + 1),
+                          g.block_offset(i) + block + ((i + 1) % group == 0 ? g.gap_bytes() / 8 : 0));
+            for (unsigned k = g.part_levels(); k < g.levels(); k++)
+                EXPECT_EQ(g.block_offset(5 + (u64_t{3} << k)), g.block_offset(5) + 3 * g.distance(k));
+            EXPECT_EQ(g.image_bytes(), 8 * (g.block_offset(g.blocks() - 1) + block) + g.gap_bytes());
+            EXPECT_LE(g.image_bytes(), g.blocks() * g.block_bytes() / 100 * 101);
+            if (!g.has_gaps()) continue;
+            with_gaps++;
+            EXPECT_EQ(g.gap_bytes() / 64 % 2, 1u);
+            EXPECT_GE(g.gap_bytes(), g.row() * 32 - 32);
+        }
+    }
+    EXPECT_GT(with_gaps, 100u);
+}
+
 }  // namespace
 }  // namespace znp::vst
