@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cstdio>
 #include <future>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,14 @@
 #include "multiply/vst/vst_transform.hpp"
 #include "multiply/vst_test_support.hpp"
 #include "test_seed.hpp"
+
+namespace znp::vst {
+
+void PrintTo(const Geometry& g, std::ostream* out) {
+    *out << "(" << g.a << ", " << g.b << ", " << g.c << ")";
+}
+
+}  // namespace znp::vst
 
 namespace znp {
 namespace {
