@@ -10,6 +10,7 @@ For each set (a, b) the a largest primes p = h b 2^max_c + 1 below 2^48. Proved 
     each root's order   r^(b 2^max_c) = 1, and not 1 for this exponent over each of its prime factors
     the recovery        the limbs give back the cofactors; inverse times cofactor is 1; random numbers come back;
                         the sums of exact products have room
+    the input           the multiples of the limbs have room
     the room            the product of the primes is above every coefficient at max_c; slack() says how far
 """
 import math
@@ -95,6 +96,8 @@ class PrimeSet:
         self.inverses = [balanced(pow(m, -1, p), p) for m, p in zip(self.cofactors, self.primes)]
         self.factors = [limb for m in self.cofactors for limb in limbs(m, a - 1)] + limbs(self.product, a)
         self.pair_products = self.limb_products()
+        self.multipliers = [p >> self.max_c for p in self.primes]
+        self.input_power = a // 2 - 1 if a < 8 or b <= 3 else 0
         self.inverse_primes = [1.0 / p for p in self.primes]
         self.limb_powers = [balanced(1 << LIMB * k, p) for p in self.primes for k in (1, 2, 3)]
         self.scale = -(2.0 ** 48) * (1 << (LIMB * (a - 1))) / self.product
@@ -126,6 +129,14 @@ class PrimeSet:
         assert 0 < self.factors[a * (a - 1) + a - 1] <= 1 << 48
         assert 6 * self.factors[a * (a - 1) + a - 1] + abs(self.pair_products[a - 1]) < 1 << 50
 
+    def verify_input(self):
+        """The bounds of residues_kernel.cpp where small factors make the residues."""
+        step = 1 << LIMB - self.max_c
+        for p, k in zip(self.primes, self.multipliers):
+            assert p == k * (1 << self.max_c) + 1 and k < step and (k << LIMB) % p == p - step
+            assert (p - 1) // 2 > 1 << 44
+        assert self.input_power == 0 or step ** self.input_power <= 1 << 27
+
     def slack(self, c):
         """log2 of the primes' product over the bound of a coefficient, b 2^c (2^(24 (a - 1)) - 1)^2."""
         return math.log2(self.product) - math.log2((self.b << c) * ((1 << 24 * (self.a - 1)) - 1) ** 2)
@@ -153,6 +164,7 @@ class PrimeSet:
             assert 0 < top <= 1 << LIMB and all(abs(limb) <= 1 << LIMB - 1 for limb in lower)
         assert from_limbs(self.factors[a * (a - 1):]) == self.product
         self.verify_room()
+        self.verify_input()
         # The quotient estimate of the recovery wants 0 <= x / product < 0.41: see recovery_kernel.cpp.
         assert self.slack(self.max_c) >= 1.29
         bound = (self.b << self.max_c) * ((1 << 24 * (a - 1)) - 1) ** 2
@@ -181,6 +193,7 @@ def include_text(sets):
         lines.append(c_array("roots", s.roots, s.a, s.b))
         lines.append(c_array("neg_half", [-((p - 1) // 2) for p in s.primes], s.a, s.b))
         lines.append(c_array("inverse_primes", s.inverse_primes, s.a, s.b))
+        lines.append(c_array("multipliers", s.multipliers, s.a, s.b))
         lines.append(c_array("limb_powers", s.limb_powers, s.a, s.b))
         lines.append(c_array("crt_factors", s.factors, s.a, s.b))
         lines.append(c_array("pair_products", s.pair_products, s.a, s.b))
@@ -193,10 +206,10 @@ def include_text(sets):
         lines.append("    {\n")
         for s in (s for s in sets if s.a == a):
             names = ", ".join("%s_%d_%d" % (name, s.a, s.b)
-                              for name in ("primes", "roots", "neg_half", "inverse_primes", "limb_powers",
+                              for name in ("primes", "roots", "neg_half", "inverse_primes", "multipliers", "limb_powers",
                                            "crt_factors", "pair_products", "crt_inverses"))
-            lines.append("        {%d, %d, %d, %s, recovery_%d_%d.vectors, %r},\n"
-                         % (s.a, s.b, s.max_c, names, s.a, s.b, s.scale))
+            lines.append("        {%d, %d, %d, %d, %s, recovery_%d_%d.vectors, %r},\n"
+                         % (s.a, s.b, s.max_c, s.input_power, names, s.a, s.b, s.scale))
         lines.append("    },\n")
     lines.append("};\n")
     return "".join(lines)

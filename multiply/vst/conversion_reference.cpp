@@ -115,7 +115,9 @@ void words_to_block_reference(const Geometry& g, const PrimeSet& set, double* bl
             std::memcpy(point, words + start, end - start < point_bytes ? end - start : point_bytes);
         for (unsigned s = 0; s < g.a; ++s) {
             const u64_t p = to_modulus(set.primes[s]);
-            const auto r = static_cast<double>(reduce(point, point_bytes, p));
+            u128_t x = reduce(point, point_bytes, p);
+            for (unsigned k = 0; k < set.input_power; ++k) x = x * static_cast<u64_t>(set.multipliers[s]) % p;
+            const auto r = static_cast<double>(static_cast<u64_t>(x));
             block[4 * g.row() * s + j] = r > -set.neg_half[s] ? r - set.primes[s] : r;
         }
     }

@@ -43,12 +43,13 @@ const PrimeSet& prime_set(unsigned a, unsigned b) {
     return sets[a - 4][b / 2];
 }
 
-// (p - 1) / (b 2^c) is -1 / (b 2^c) modulo p.
+// (p - 1) / (b 2^c) is -1 / (b 2^c) modulo p, and -2^max_c is 1 / multipliers[s].
 double inverse_scale(const PrimeSet& set, unsigned s, unsigned c) {
     const auto p = static_cast<s64_t>(set.primes[s]);
-    const s64_t inverse_points = -(((p - 1) / set.b) >> c);
-    const auto scale =
-        static_cast<s64_t>(static_cast<s128_t>(inverse_points) * static_cast<s64_t>(set.crt_inverses[s]) % p);
+    s128_t x = -(((p - 1) / set.b) >> c);
+    x = x * static_cast<s64_t>(set.crt_inverses[s]) % p;
+    for (unsigned i = 0; i < 2u * set.input_power; ++i) x = -(x << set.max_c) % p;
+    const auto scale = static_cast<s64_t>(x);
     return static_cast<double>(scale > p / 2 ? scale - p : scale < -(p / 2) ? scale + p : scale);
 }
 

@@ -12,10 +12,12 @@ struct PrimeSet {
     unsigned char a;               // primes, 4 to 9
     unsigned char b;               // odd factor, 1, 3, 5 or 7
     unsigned char max_c;           // log2 of the largest power-of-two factor
+    unsigned char input_power;     // the transforms of operands have multipliers[s]^input_power as a factor
     const double* primes;          // largest first
     const double* roots;           // of order b 2^max_c, balanced
     const double* neg_half;        // -(p - 1) / 2
     const double* inverse_primes;  // 1 / p
+    const double* multipliers;     // (p - 1) / 2^max_c
     const double* limb_powers;     // 2^48, 2^96 and 2^144 modulo each prime, balanced
     const double* crt_factors;     // a - 1 limbs of each P / p, then a limbs of P, in signed base 2^48
     const double* pair_products;   // a limbs: minus the products of the limbs of neighbouring P / p
@@ -27,8 +29,9 @@ struct PrimeSet {
 // a from 4 to 9, b odd up to 7.
 const PrimeSet& prime_set(unsigned a, unsigned b);
 
-// What the last step of an inverse of b 2^c points multiplies the residues modulo prime s by: 1 / (b 2^c) and
-// the factor crt_inverses[s] with which the recovery begins. Balanced.
+// What the last step of an inverse of b 2^c points multiplies the residues of a product modulo prime s by:
+// 1 / (b 2^c), the inverse of the factors of both operands (see input_power), and the factor crt_inverses[s]
+// with which the recovery begins. Balanced.
 double inverse_scale(const PrimeSet& set, unsigned s, unsigned c);
 
 }  // namespace znp::vst

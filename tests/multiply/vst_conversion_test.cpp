@@ -75,7 +75,7 @@ void expect_residues(Forward convert, const Geometry& g, const std::vector<std::
     const PrimeSet& set = prime_set(g.a, g.b);
     Block block(g);
     convert(g, set, block.data(), bytes.data(), bytes.size() / 4, i);
-    Integer point, difference;
+    Integer point, difference, factor;
     const upL_t width = g.input_bits() / 8;
     for (upL_t j = 0; j < g.n(); ++j) {
         const upL_t start = std::min((i * g.n() + j) * width, bytes.size());
@@ -84,8 +84,10 @@ void expect_residues(Forward convert, const Geometry& g, const std::vector<std::
             const double r = block.at(s, j), p = set.primes[s];
             ASSERT_EQ(r, std::rint(r));
             ASSERT_LE(std::fabs(r), p * 0.6) << g.a << " " << g.b << " point " << j;
+            mpz_set_d(factor.value, set.multipliers[s]);
+            mpz_pow_ui(factor.value, factor.value, set.input_power);
             mpz_set_d(difference.value, r);
-            mpz_sub(difference.value, difference.value, point.value);
+            mpz_submul(difference.value, factor.value, point.value);
             ASSERT_TRUE(mpz_divisible_ui_p(difference.value, static_cast<unsigned long>(p)))
                 << g.a << " " << g.b << " point " << j << " prime " << s;
         }

@@ -94,6 +94,8 @@ TEST(VSTPrimeSets, InverseScale) {
                 mpz_set_d(x.value, scale);
                 mpz_mul_ui(x.value, x.value, set->b);
                 mpz_mul_2exp(x.value, x.value, c);
+                for (unsigned i = 0; i < 2u * set->input_power; ++i)
+                    mpz_mul_ui(x.value, x.value, static_cast<unsigned long>(set->multipliers[s]));
                 for (unsigned other = 0; other < set->a; ++other) {
                     if (other != s)
                         mpz_mul_ui(x.value, x.value, static_cast<unsigned long>(set->primes[other]));
