@@ -71,36 +71,44 @@ void middle_stage(const Frame& frame, double* image, Direction direction, unsign
     });
 }
 
-// Prime s of part j, with its twiddles made.
-Part make_part(const Frame& frame, const Slot& slot, double* image, Direction direction, u64_t j,
-               unsigned s) {
+// Prime s of part j.
+Part part_of(const Frame& frame, const Slot& slot, double* image, u64_t j, unsigned s) {
     const Geometry& g = frame.geometry;
-    const PrimeTables& prime = frame.tables->prime[s];
     const unsigned levels = frame.stages.part;
-    const u64_t node = node_index(frame, frame.stages.part_depth(), j);
-    const unsigned depth = levels + block_levels(g.b);
     double* const data = image + g.block_offset(j << levels) + s * g.row() * 4;
     const double* const next = s + 1 < g.a ? data + g.row() * 4 : image + g.block_offset((j + 1) << levels);
-    Part part{data,
-              g.block_vectors() * 4,
-              g.b,
-              levels,
-              {{slot.part(forward_direction), slot.part(inverse_direction)},
-               {slot.powers(forward_direction), slot.powers(inverse_direction)},
-               slot.weights(),
-               slot.block_nodes()},
-              &prime,
-              next};
-    if (direction == forward_direction || g.b == 1)
-        local_twiddles(slot.part(forward_direction), prime, forward_direction, node, depth);
-    if (direction == inverse_direction)
-        local_twiddles(slot.part(inverse_direction), prime, inverse_direction, node, depth);
-    if (g.b > 1) {
-        local_powers(slot.powers(direction), prime, g.b, frame.tables->block_nodes, direction, node,
-                     levels + 3);
-        if (direction == inverse_direction) local_weights(slot.weights(), prime, g.b, node, levels + 3);
+    return {data,
+            g.block_vectors() * 4,
+            g.b,
+            levels,
+            {{slot.part(forward_direction), slot.part(inverse_direction)},
+             {slot.powers(forward_direction), slot.powers(inverse_direction)},
+             slot.weights(),
+             slot.block_nodes()},
+            &frame.tables->prime[s],
+            next};
+}
+
+// What the steps of a direction take of its twiddles.
+void make_part_twiddles(const Frame& frame, const Slot& slot, const Part& part, Direction direction,
+                        u64_t j) {
+    const u64_t node = node_index(frame, frame.stages.part_depth(), j);
+    local_twiddles(slot.part(direction), *part.prime, direction, node, part.levels + block_levels(part.b));
+    if (part.b > 1) {
+        local_powers(slot.powers(direction), *part.prime, part.b, frame.tables->block_nodes, direction, node,
+                     part.levels + 3);
     }
-    return part;
+}
+
+// What the pointwise step takes: the weights, which are forward twiddles for b = 1.
+void make_part_weights(const Frame& frame, const Slot& slot, const Part& part, u64_t j) {
+    const u64_t node = node_index(frame, frame.stages.part_depth(), j);
+    if (part.b > 1) {
+        local_weights(slot.weights(), *part.prime, part.b, node, part.levels + 3);
+    } else {
+        local_twiddles(slot.part(forward_direction), *part.prime, forward_direction, node,
+                       part.levels + block_levels(part.b));
+    }
 }
 
 // f(slot, j) for each part, on all threads.
@@ -115,15 +123,20 @@ void for_each_part(const Frame& frame, const F& f) {
 
 void forward_part_stage(const Frame& frame, double* image) {
     for_each_part(frame, [&](const Slot& slot, u64_t j) {
-        for (unsigned s = 0; s < frame.geometry.a; s++)
-            forward_part(make_part(frame, slot, image, forward_direction, j, s));
+        for (unsigned s = 0; s < frame.geometry.a; s++) {
+            const Part part = part_of(frame, slot, image, j, s);
+            make_part_twiddles(frame, slot, part, forward_direction, j);
+            forward_part(part);
+        }
     });
 }
 
 void inverse_part_stage(const Frame& frame, double* image, const double* other) {
     for_each_part(frame, [&](const Slot& slot, u64_t j) {
         for (unsigned s = 0; s < frame.geometry.a; s++) {
-            const Part part = make_part(frame, slot, image, inverse_direction, j, s);
+            const Part part = part_of(frame, slot, image, j, s);
+            make_part_twiddles(frame, slot, part, inverse_direction, j);
+            if (other != nullptr) make_part_weights(frame, slot, part, j);
             inverse_part(part, other != nullptr ? other + (part.data - image) : nullptr);
         }
     });
@@ -133,18 +146,14 @@ void inverse_part_stage(const Frame& frame, double* image, const double* other) 
 void product_part_stage(const Frame& frame, double* image, double* other) {
     for_each_part(frame, [&](const Slot& slot, u64_t j) {
         for (unsigned s = 0; s < frame.geometry.a; s++) {
-            Part part = make_part(frame, slot, image, forward_direction, j, s);
+            const Part part = part_of(frame, slot, image, j, s);
+            make_part_twiddles(frame, slot, part, forward_direction, j);
             forward_part(part);
-            double* const image_part = part.data;
-            double* const other_part = other + (part.data - image);
-            if (other != image) {
-                part.data = other_part;
-                part.next = other + (part.next - image);
-                forward_part(part);
-            }
-            part = make_part(frame, slot, image, inverse_direction, j, s);
-            inverse_part({image_part, part.stride, part.b, part.levels, part.twiddles, part.prime},
-                         other_part);
+            const Part other_part = part_of(frame, slot, other, j, s);
+            if (other != image) forward_part(other_part);
+            make_part_twiddles(frame, slot, part, inverse_direction, j);
+            if (part.b > 1) make_part_weights(frame, slot, part, j);  // else they are made
+            inverse_part(part, other_part.data);
         }
     });
 }
