@@ -1,10 +1,13 @@
 // The two ends of the large transform, block by block with words and residues in the second-level cache:
 // cycles a point at 4.1 GHz are 4.1 times the nanoseconds.
 //
-// Operations for four points over a primes, with limbs L = a / 2 (rounded down):
-//     words to residues   a (7 L - 6) floating-point, about 9 L integer
-//     residues to words   4 a (a - 1) + 5 a floating-point, about 7 a + 12 L integer
-// of which four can start in a cycle on the machine of docs/BENCHMARKS.md, two of them multiplications.
+// Operations for four points over a primes, with limbs L = a / 2 (rounded down), by vectors:
+//     words to residues   a (2 L + 3) floating-point, 2 a L of them multiplications, and about 8 L; sets of 8
+//                         and 9 primes with b = 5 and 7: a (4 L + 2), 2 a L multiplications, and about 5 L
+//     residues to words   3 a (a - 1) + 5 a + 3, half of them multiplications; with an odd number of primes
+//                         (a - 1) (3 a + 1) + 5 a + 1; and about 17 a scalar instructions beside them
+// of which four can start in a cycle on the machine of docs/BENCHMARKS.md, two of them multiplications and
+// two of them additions.
 #include <benchmark/benchmark.h>
 
 #include <memory>

@@ -105,6 +105,27 @@ TEST(VSTConversion, WordsToResiduesOfEveryShape) {
     }
 }
 
+// Points whose halves of limbs are 0, the largest, and either side of where they round, in all orders.
+TEST(VSTConversion, ExtremeHalvesOfLimbs) {
+    constexpr u64_t halves[] = {0, 0xffffff, 0x7fffff, 0x800000};
+    std::mt19937_64 rng = make_rng(7);
+    for (const Forward convert : {words_to_block, words_to_block_reference}) {
+        for (const Geometry& g : all_shapes()) {
+            std::vector<std::byte> bytes(block_bytes_of_words(g));
+            for (upL_t k = 0; k < bytes.size(); k += 3) {
+                const u64_t half = halves[rng() % 4];
+                std::memcpy(bytes.data() + k, &half, 3);
+            }
+            // Limbs of all ones and of zeros in turn, from either.
+            for (upL_t k = 0; k < 2 * g.input_bits() / 8; ++k) {
+                const upL_t width = g.input_bits() / 8;
+                bytes[k] = (k % width / 6 + k / width) % 2 == 0 ? std::byte{0xff} : std::byte{0};
+            }
+            expect_residues(convert, g, bytes, 0);
+        }
+    }
+}
+
 // The operand ends inside the block, at its last word, a word behind it, and before it.
 TEST(VSTConversion, OperandEndsAnywhere) {
     std::mt19937_64 rng = make_rng(2);

@@ -83,6 +83,18 @@ TEST(VSTPrimeSets, RootsHaveTheirOrder) {
     }
 }
 
+TEST(VSTPrimeSets, MultipliersOfTheInput) {
+    for (const PrimeSet* set : all_sets()) {
+        const unsigned step = 48u - set->max_c;
+        EXPECT_TRUE(set->input_power == 0 || set->input_power == set->a / 2 - 1);
+        EXPECT_LE(step * set->input_power, 27u);
+        for (unsigned s = 0; s < set->a; ++s) {
+            EXPECT_EQ(std::ldexp(set->multipliers[s], set->max_c) + 1, set->primes[s]);
+            EXPECT_LT(set->multipliers[s], std::ldexp(1.0, static_cast<int>(step)));
+        }
+    }
+}
+
 TEST(VSTPrimeSets, InverseScale) {
     Integer x, p;
     for (const PrimeSet* set : all_sets()) {
