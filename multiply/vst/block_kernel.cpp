@@ -4,12 +4,13 @@
 // before it: what a stage reads has been ready for a while, and two stages' chains of dependent operations
 // overlap.
 //
-// Bounds, in multiples of p; a product of a value below B by a factor is below 1/2 + B / 32. Forward, inputs
-// up to 10: two levels add 1.7 to what is not multiplied, the third 0.9. For b = 1 the lower two levels
-// reduce it first and leave 2.3. The odd step reduces it and leaves 2.3 (b = 3); b = 5 and 7 reduce it before
-// the first two levels as well, for products below 0.58, and leave 2.82 and 4.1. Products are below 4, for b
-// = 7 below 2.6. Inverse: sums of four (b = 1) or of b products are below 20 and reduced. The levels that
-// follow, from 1.4: the sum of two products, each of a difference below 2.8, is below 1.2, all else is less.
+// Bounds, in multiples of p < 0.97 2^48; a product of a value below B by a factor is below 1/2 + B / 32.
+// Forward, inputs up to 10: two levels add 1.7 to what is not multiplied, the third 0.9. For b = 1 the lower
+// two levels reduce it first and leave 2.3. The odd step reduces it and leaves 2.3 (b = 3); b = 5 and 7
+// reduce it before the first two levels as well, for products below 0.58, and leave 2.84 and 4.1. Products
+// are below 4, for b = 7 below 2.6. Inverse: sums of four (b = 1) or of b products reach 20 and are reduced.
+// The levels that follow, from 1.5: the sum of two products, each of a difference below 3, is below 1.2, all
+// else is less.
 #include <immintrin.h>
 
 #include <cassert>

@@ -6,9 +6,9 @@
 // are written long before they are read. A square has fewer products than windows, and goes by coefficients
 // of four polynomials, transposed.
 //
-// Inputs up to 2.82 p are not reduced. They give sums up to 32 p^2 and results up to 4 p: a quotient is
-// rounded to a multiple of 4, and the error of one below 2^53 adds less than 2. Inputs up to 4.1 p, of which
-// one side is reduced, stay far within.
+// Inputs up to 2.84 p are not reduced. They give sums up to 32.3 p^2 < 2^53 p and results up to 4 p: a
+// quotient is rounded to a multiple of 4, and its relative error of 2^-52 adds less than 2. Inputs up to 4.1
+// p, of which one side is reduced, stay far within.
 //
 // Only for files compiled as kernels.
 #pragma once
@@ -28,7 +28,7 @@ ZNP_INLINE PointwiseModulus make_pointwise_modulus(const Modulus& m, double prod
     return {m, _mm256_set1_pd(32 * product_magic), _mm256_set1_pd(4 * round_magic)};
 }
 
-// A sum of products up to 32 p^2 in two parts, high - split and low: what is above a fixed bit and what is
+// A sum of products up to 38 p^2 in two parts, high - split and low: what is above a fixed bit and what is
 // below it, up to 5 p for each product.
 class WideSum {
   public:

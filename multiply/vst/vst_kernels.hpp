@@ -69,7 +69,8 @@ struct Part {
 void forward_part(const Part& part);
 void inverse_part(const Part& part, const double* other);
 
-// The blocks [first, first + count) of a part alone.
+// The blocks [first, first + count) of a part alone. Forward takes values up to 10 p; what it leaves is what
+// the inverse takes, pointwise_bound of vst_bounds.hpp.
 void forward_blocks(const Part& part, upL_t first, upL_t count);
 void inverse_blocks(const Part& part, const double* other, upL_t first, upL_t count);
 
