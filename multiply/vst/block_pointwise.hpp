@@ -23,13 +23,13 @@ struct PointwiseModulus {
     Modulus m;
     __m256d split, rounding;
 };
-// The sums of PrimeTables::product_magic have room for 1.2 p^2.
 ZNP_INLINE PointwiseModulus make_pointwise_modulus(const Modulus& m, double product_magic) {
-    return {m, _mm256_set1_pd(32 * product_magic), _mm256_set1_pd(4 * round_magic)};
+    return {m, _mm256_set1_pd(product_magic), _mm256_set1_pd(4 * round_magic)};
 }
 
-// A sum of products up to 38 p^2 in two parts, high - split and low: what is above a fixed bit and what is
-// below it, up to 5 p for each product.
+// A sum of products in two parts, high - split and low: what is above bit k and what is below it. With split
+// = 1.5 2^(52+k) and 33 p^2 <= 2^(51+k) < 66 p^2, sums up to 33 p^2 have room, and each product adds up to 5
+// p to the low part.
 class WideSum {
   public:
     ZNP_INLINE void begin(__m256d x, __m256d y, const PointwiseModulus& pm) {

@@ -102,7 +102,7 @@ class PrimeBuilder {
         tables_.p = set.set->primes[s];
         tables_.inverse = 1.0 / tables_.p;
         tables_.product_magic =
-            std::ldexp(1.5, static_cast<int>(std::ceil(std::log2(1.2 * tables_.p * tables_.p))) + 1);
+            std::ldexp(1.5, static_cast<int>(std::ceil(std::log2(33 * tables_.p * tables_.p))) + 1);
     }
 
     void build() {

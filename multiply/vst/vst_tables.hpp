@@ -43,7 +43,7 @@ struct OddConstants {
 struct PrimeTables {
     double p;
     double inverse;               // 1 / p
-    double product_magic;         // 1.5 2^(52+k), see ProductSum
+    double product_magic;         // 1.5 2^(52+k), see WideSum
     OddConstants odd[2];          // b > 1
     const double* twiddles[2];    // T[j], j < table_nodes
     const double* bits[2];        // T[2^i]

@@ -50,29 +50,6 @@ ZNP_INLINE __m256d reduce_mod(__m256d x, const Modulus& m) {
     return _mm256_fnmadd_pd(q, m.p, x);
 }
 
-// A sum of products modulo p, exactly: the parts of the products above a fixed bit k are summed in one
-// double, what is below them in another. magic = 1.5 2^(52+k) with 1.2 p^2 <= 2^(51+k) < 2.4 p^2, so that
-// sums up to 1.2 p^2 have room; for four products of values up to 0.54 p.
-class ProductSum {
-  public:
-    ZNP_INLINE explicit ProductSum(__m256d magic) : high_(magic), low_(_mm256_setzero_pd()) {}
-    ZNP_INLINE void add(__m256d x, __m256d y) {
-        const __m256d high = _mm256_fmadd_pd(x, y, high_);
-        low_ = _mm256_add_pd(low_, _mm256_fmsub_pd(x, y, _mm256_sub_pd(high, high_)));
-        high_ = high;
-    }
-    // |result| <= 1.12 p: the low parts of four products reach 2^(k+1) <= 0.6 p.
-    ZNP_INLINE __m256d reduce(__m256d magic, const Modulus& m) const {
-        const __m256d high = _mm256_sub_pd(high_, magic);
-        const __m256d rounding = _mm256_set1_pd(round_magic);
-        const __m256d q = _mm256_sub_pd(_mm256_fmadd_pd(high, m.inverse, rounding), rounding);
-        return _mm256_add_pd(_mm256_fnmadd_pd(q, m.p, high), low_);
-    }
-
-  private:
-    __m256d high_, low_;
-};
-
 ZNP_INLINE void transpose(__m256d& a, __m256d& b, __m256d& c, __m256d& d) {
     const __m256d ab0 = _mm256_unpacklo_pd(a, b), ab1 = _mm256_unpackhi_pd(a, b);
     const __m256d cd0 = _mm256_unpacklo_pd(c, d), cd1 = _mm256_unpackhi_pd(c, d);
