@@ -374,7 +374,7 @@ u32_t inverse_passes(const Frame& frame, double* image, const double* other, con
 
 u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
                      const Result& result) {
-    if (B != nullptr && lies_in(T2, frame.geometry, A)) {
+    if (B != nullptr && lies_in(T2, frame.geometry, A)) {  // all of A is read before T2 is written
         FirstStage(frame).add(T1, A).run();
         FirstStage(frame).add(T2, *B).run();
     } else {

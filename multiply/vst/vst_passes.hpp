@@ -22,8 +22,8 @@ void forward_passes(const Frame& frame, double* image, const std::byte* words, u
 u32_t inverse_passes(const Frame& frame, double* image, const double* other, const Result& result);
 
 // Both forward passes and the inverse in one: what is made of a contiguous part is used while it is in the
-// cache. B null: the square of A; T2 is not used then. T2 is left undefined.
-// The words of A may lie in T2, those of the result too.
+// cache. B null: the square of A; T2 is not used then. T2 is left undefined. The words of A may lie in T2,
+// and so may those of the result.
 u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
                      const Result& result);
 

@@ -64,7 +64,7 @@ class VST final : public transform {
     u32_t negacyclic_inverse_fsqr(c32i* R, void* T, void* scratch) const;
     u32_t negacyclic_inverse_fmul(c32i* R, void* T1, const void* T2, void* scratch) const;
 
-    // Both at once: the images' parts are made and used in one pass. A's words may lie in T2, R too.
+    // Both at once: the images' parts are made and used in one pass. A's words may lie in T2, and so may R.
     void cyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
                         void* scratch) const;
     u32_t negacyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
