@@ -238,7 +238,7 @@ struct Shape {
     vst::Stages stages;
 
     explicit Shape(const Geometry& geometry)
-        : g(geometry), stages(g.levels(), g.part_levels(), 0) {}
+        : g(geometry), stages(g.levels(), g.part_levels(), 0, g.max_column_levels()) {}
     double image() const { return static_cast<double>(g.image_bytes()); }
     // A column of the first stage with all primes.
     double column() const {

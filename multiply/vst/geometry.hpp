@@ -23,6 +23,10 @@ namespace znp::vst {
 // What a contiguous part takes at most: it shall stay in the second-level cache.
 inline constexpr upL_t max_part_bytes = 900 << 10;
 
+// What the rows of one prime in a column take at most: more than the second-level cache holds, but a further
+// stage costs a road through memory.
+inline constexpr upL_t max_column_bytes = 1500 << 10;
+
 struct Geometry {
     unsigned a, b, c;
 
@@ -42,6 +46,10 @@ struct Geometry {
     // Binary levels above a block that a contiguous part has at most.
     constexpr unsigned part_levels() const {
         return static_cast<unsigned>(std::bit_width(max_part_bytes / block_bytes())) - 1;
+    }
+    // Binary levels of a column.
+    constexpr unsigned max_column_levels() const {
+        return static_cast<unsigned>(std::bit_width(max_column_bytes / (row() * 32))) - 1;
     }
     constexpr bool has_gaps() const { return levels() >= part_levels() + 5; }
     constexpr upL_t gap_bytes() const { return has_gaps() ? ((row() / 2) | 1) * 64 : 0; }

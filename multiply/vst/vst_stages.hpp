@@ -5,8 +5,8 @@
 
 namespace znp::vst {
 
-// Longest column, in levels: with one prime at a time its rows stay in the second-level cache.
-inline constexpr unsigned max_column_levels = 11;
+// The longest column of all geometries, in levels.
+inline constexpr unsigned max_column_levels = Geometry{4, 1, 10}.max_column_levels();
 
 // Stage s works on the nodes at depth first_level(s): 2^first_level sections of 2^columns_log columns each,
 // a column being 2^levels[s] blocks at distances of 2^columns_log blocks. The first stage is fused with the
@@ -20,13 +20,16 @@ struct Stages {
     unsigned part;
 
     // part_limit: levels that a part may have at most; threads: how many shall find work in each stage.
-    Stages(unsigned total_, unsigned part_limit, unsigned log2_threads) : total(total_), count(1), levels{} {
+    // column_limit: levels of a column.
+    Stages(unsigned total_, unsigned part_limit, unsigned log2_threads,
+           unsigned column_limit = max_column_levels)
+        : total(total_), count(1), levels{} {
         unsigned columns = total > part_limit ? total - part_limit : 0;
         if (columns < 2) columns = 2;
         if (columns < log2_threads + 1) columns = log2_threads + 1;
         if (columns > total - 1) columns = total - 1;
         part = total - columns;
-        if (columns > max_column_levels) count = (columns + max_column_levels - 1) / max_column_levels;
+        if (columns > column_limit) count = (columns + column_limit - 1) / column_limit;
         for (unsigned s = 0; s < count; s++) levels[s] = columns * (s + 1) / count - columns * s / count;
     }
 

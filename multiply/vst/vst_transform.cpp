@@ -47,7 +47,8 @@ VST::VST(const TableHolder* holder_, const vst::Geometry& geometry, u64_t thread
       threads(useful_threads(geometry, threads_)),
       carry_bytes(0),
       geometry_(geometry),
-      stages_(levels, geometry.part_levels(), geometry.has_gaps() ? 0 : log2_threads) {
+      stages_(levels, geometry.part_levels(), geometry.has_gaps() ? 0 : log2_threads,
+              geometry.max_column_levels()) {
     first_levels = stages_.part_depth();
     threads = std::min(threads, u64_t{1} << std::min(stages_.part_depth(), stages_.columns_log(0)));
     carry_bytes = vst::carry_bytes(stages_);

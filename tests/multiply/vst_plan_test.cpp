@@ -10,6 +10,7 @@
 #include "multiply/vst/prime_sets.hpp"
 #include "multiply/vst/redundancy.hpp"
 #include "multiply/vst/size_plan.hpp"
+#include "multiply/vst/vst_stages.hpp"
 #include "multiply/vst_test_support.hpp"
 
 namespace znp::vst {
@@ -224,6 +225,9 @@ TEST(VSTGeometry, GapsKeepColumnsApart) {
                 EXPECT_EQ(g.block_offset(5 + (u64_t{3} << k)), g.block_offset(5) + 3 * g.distance(k));
             EXPECT_EQ(g.image_bytes(), 8 * (g.block_offset(g.blocks() - 1) + block) + g.gap_bytes());
             EXPECT_LE(g.image_bytes(), g.blocks() * g.block_bytes() / 100 * 101);
+            const Stages stages(g.levels(), g.part_levels(), 0, g.max_column_levels());
+            EXPECT_LE(stages.count, Stages::max_count);
+            for (unsigned i = 0; i < stages.count; i++) EXPECT_LE(stages.levels[i], g.max_column_levels());
             if (!g.has_gaps()) continue;
             with_gaps++;
             EXPECT_EQ(g.gap_bytes() / 64 % 2, 1u);
