@@ -36,9 +36,12 @@ struct Node {
 class Fetch {
   public:
     ZNP_INLINE Fetch(const Rows& rows, unsigned levels)
-        : row_(rows.next), stride_(rows.stride), left_(rows.next != nullptr ? upL_t{1} << levels : 0) {}
+        : row_(rows.next != nullptr ? rows.next : rows.data),
+          stride_(rows.stride),
+          left_(rows.next != nullptr ? upL_t{1} << levels : 0) {}
 
     ZNP_INLINE bool done() const { return left_ == 0; }
+    // The next row, and when there is none left always the same.
     ZNP_INLINE const double* take() {
         const double* const row = row_;
         if (left_ > 0) {
@@ -147,7 +150,7 @@ template <bool inverse>
 void node4(const Groups& w, const Node& node, Walk& walk, bool reduce) {
     const NodeFactors f{make_factors4(node.at(0), node.at(1), _mm256_broadcast_sd(node.twiddles), walk.m)};
     if (!inverse && reduce) {
-        sweep4<inverse, !inverse, true>(w, f, walk.m, walk.fetch);
+        sweep4<inverse, true, true>(w, f, walk.m, walk.fetch);
     } else if (walk.fetch.done()) {
         sweep4<inverse, false, false>(w, f, walk.m, walk.fetch);
     } else {
