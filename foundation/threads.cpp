@@ -2,6 +2,7 @@
 
 #include <sched.h>
 #include <unistd.h>
+#include <cerrno>
 
 #include <exception>
 #include <memory>
@@ -23,6 +24,10 @@ constexpr int high_priority = 0;
 constexpr int low_priority = 0;
 
 constexpr const char* unhandled_in_child = "FATAL ERROR: Unhandled exception in child thread.";
+
+// Halves of a fork end at nearly the same time. A processor that goes to sleep meanwhile takes longer to wake
+// than these looks take, some ten microseconds; each of them lets others run.
+constexpr unsigned join_attempts = 200;
 
 // A failure whose code is 0 must not look like a success to the joiner.
 s32_t status_of(const zn_exception& exception) {
@@ -114,7 +119,12 @@ void thread_start(Thread& thread, int priority, Task& task, u64_t index, Placeme
 }
 
 void thread_join(Thread& thread) {
-    const int result = pthread_join(thread.handle, nullptr);
+    int result = EBUSY;
+    for (unsigned i = 0; i < join_attempts && result == EBUSY; ++i) {
+        result = pthread_tryjoin_np(thread.handle, nullptr);
+        if (result == EBUSY) sched_yield();
+    }
+    if (result == EBUSY) result = pthread_join(thread.handle, nullptr);
     if (result != 0) fire(Threads::ThreadException(result, "Unable to join thread."));
     thread.started = false;
 }
