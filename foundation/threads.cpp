@@ -2,8 +2,8 @@
 
 #include <sched.h>
 #include <unistd.h>
-#include <cerrno>
 
+#include <cerrno>
 #include <exception>
 #include <memory>
 #include <vector>
@@ -119,8 +119,9 @@ void thread_start(Thread& thread, int priority, Task& task, u64_t index, Placeme
 }
 
 void thread_join(Thread& thread) {
+    const bool other = pthread_equal(thread.handle, pthread_self()) == 0;
     int result = EBUSY;
-    for (unsigned i = 0; i < join_attempts && result == EBUSY; ++i) {
+    for (unsigned i = 0; other && i < join_attempts && result == EBUSY; ++i) {
         result = pthread_tryjoin_np(thread.handle, nullptr);
         if (result == EBUSY) sched_yield();
     }
