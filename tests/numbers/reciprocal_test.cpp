@@ -225,8 +225,7 @@ TEST_F(ReciprocalSteps, OverAndUnderEstimatesBothHappen) {
             step.run(x);
             EXPECT_LT(quotient_error(step.y.x, one(), x, p), hard_error_bound);
             const int order = ucmp<c64i>(step.y.x, step.y0);
-            (order < 0 ? over : under)++;
-            EXPECT_NE(order, 0);
+            if (order != 0) (order < 0 ? over : under)++;  // an estimate can be exact: 1/2 of 2 - 2^-640
         }
         EXPECT_GT(over, 0) << p;
         EXPECT_GT(under, 0) << p;
