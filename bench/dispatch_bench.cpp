@@ -27,7 +27,7 @@ void dispatched(benchmark::State& state) {
     Operands o(n);
     const BasicParameters bp{nullptr, o.work.data(), o.work.size(), 1};
     for (auto _ : state) {
-        mul(bp, o.T.data(), o.A.data(), n, o.B.data(), n);
+        mul(bp, o.T.data(), {o.A.data(), n}, {o.B.data(), n});
         benchmark::ClobberMemory();
     }
 }

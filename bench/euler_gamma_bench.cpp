@@ -35,7 +35,7 @@ void series_AB(benchmark::State& state) {
     const auto nodes = make_guarded_array<cdi>(nullptr, sizes.nodes, 64);
     const auto work = bench::work_buffer(problem.bp, sizes.work_bytes);
     for (auto _ : state) {
-        BigFloatR<cdi> t(T.data(), T.size()), q(Q.data(), Q.size()), r(R.data(), R.size());
+        BigFloatR t(T.data(), T.size()), q(Q.data(), Q.size()), r(R.data(), R.size());
         B_PSR(problem.bp, series, plan, t, q, r, nodes.get(), nullptr, nullptr);
         benchmark::DoNotOptimize(q.get_L());
     }
@@ -53,7 +53,7 @@ void series_C(benchmark::State& state) {
     const auto nodes = make_guarded_array<cdi>(nullptr, sizes.nodes, 64);
     const auto work = bench::work_buffer(problem.bp, sizes.work_bytes);
     for (auto _ : state) {
-        BigFloatR<cdi> p(P.data(), P.size()), q(Q.data(), Q.size());
+        BigFloatR p(P.data(), P.size()), q(Q.data(), Q.size());
         B_PSR(problem.bp, series, plan, p, q, nodes.get(), nullptr, nullptr);
         benchmark::DoNotOptimize(q.get_L());
     }

@@ -21,7 +21,9 @@ class FFTProduct {
           work_(bench::work_buffer(bp_, bytes())) {
         bp_.holder = &bench::computation_tables();
     }
-    void operator()(std::size_t i) const { fft_.mul(bp_, buffers_.T.data(), buffers_.a(i), n_, buffers_.b(i), n_); }
+    void operator()(std::size_t i) const {
+        fft_.mul(bp_, buffers_.T.data(), {buffers_.a(i), n_}, {buffers_.b(i), n_});
+    }
 
   private:
     upL_t bytes() const { return fft_.work_bytes(2 * n_, 1); }
@@ -48,7 +50,7 @@ void fft_against_bkt(benchmark::State& state) {
     bench::ProductBuffers<c64i> q(n, 0);
     BasicParameters bp;
     const GuardedArray<std::byte> work = bench::work_buffer(bp, bkt.work_bytes(2 * n, 1));
-    bench::compare(state, fft, [&](std::size_t i) { bkt.mul(bp, q.T.data(), q.a(i), n, q.b(i), n); });
+    bench::compare(state, fft, [&](std::size_t i) { bkt.mul(bp, q.T.data(), {q.a(i), n}, {q.b(i), n}); });
 }
 
 void lengths(benchmark::internal::Benchmark* b) {

@@ -77,14 +77,15 @@ void measure(unsigned k, unsigned p, unsigned w, double peak, const TableHolder&
     std::vector<c32i> A(t.bits / 64), R(t.bits / 32);
     for (c32i& x : A) x = static_cast<c32i>(rng());
     const auto calls = static_cast<unsigned>(std::max<u64_t>(1, 2000000 / t.N));
-    const auto forward = [&] { t.forward(T1.get(), A.data(), A.size(), scratch.get()); };
+    const WorkAreas work{image_at(T1.get()), image_at(T2.get()), scratch_at(scratch.get())};
+    const auto forward = [&] { t.forward(work.T1, A, work.scratch); };
     const double forward_seconds = least_seconds(forward, calls);
-    t.forward(T2.get(), A.data(), A.size(), scratch.get());
+    t.forward(work.T2, A, work.scratch);
     const double product_seconds = least_seconds(
         [&] {
-            t.forward(T1.get(), A.data(), A.size(), scratch.get());
-            t.forward(T2.get(), A.data(), A.size(), scratch.get());
-            t.inverse_fmul(R.data(), 0, R.size(), T1.get(), T2.get(), scratch.get());
+            t.forward(work.T1, A, work.scratch);
+            t.forward(work.T2, A, work.scratch);
+            t.inverse_fmul({R.data(), 0, R.size()}, work.T1, work.T2, work.scratch);
         },
         std::max(1u, calls / 3));
     // The tree on data that stay zero: no overflow in repeated transforms, the same instructions.

@@ -44,9 +44,9 @@ class Size {
         for (unsigned round = 0; round < (calls > 1 ? 20 : 3); ++round) {
             const auto start = Clock::now();
             for (u64_t i = 0; i < calls; ++i) {
-                t_.forward(T1_.get(), A.data(), A.size(), scratch_.get());
-                t_.forward(T2_.get(), A.data(), A.size(), scratch_.get());
-                t_.inverse_fmul(R.data(), 0, R.size(), T1_.get(), T2_.get(), scratch_.get());
+                t_.forward(image_at(T1_.get()), A, scratch());
+                t_.forward(image_at(T2_.get()), A, scratch());
+                t_.inverse_fmul({R.data(), 0, R.size()}, image_at(T1_.get()), image_at(T2_.get()), scratch());
             }
             const std::chrono::duration<double, std::nano> taken = Clock::now() - start;
             best = std::min(best, taken.count() / static_cast<double>(calls));
@@ -72,8 +72,10 @@ class Size {
             words[bit / 32] |= static_cast<c32i>(shifted);
             if (shifted >> 32 != 0) words[bit / 32 + 1] |= static_cast<c32i>(shifted >> 32);
         }
-        t_.forward(image, words.data(), words.size(), scratch_.get());
+        t_.forward(image_at(image), words, scratch());
     }
+
+    TransformScratch* scratch() const { return scratch_at(scratch_.get()); }
 
     static double off(double value) { return std::abs(value - std::nearbyint(value)); }
 

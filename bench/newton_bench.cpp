@@ -13,8 +13,6 @@
 namespace znp {
 namespace {
 
-using newton::Float;
-using newton::FloatR;
 using newton::Scratch;
 
 // routine(bp, y, A, B, p, scratch) fills y.
@@ -30,37 +28,40 @@ void measure(benchmark::State& state, upL_t scratch_words, upL_t work_bytes, Rou
     bp.holder = &bench::computation_tables();
     const GuardedArray<std::byte> work =
         bench::work_buffer(bp, std::max(work_bytes, work_bytes_for<cdi>(2 * p, 1)));
-    FloatR y(result.data(), result.size());
+    BigFloatR y(result.data(), result.size());
     bench::compare(
         state,
         [&](std::size_t i) {
-            routine(bp, y, Float(buffers.a(i), p, 0), Float(buffers.b(i), p, 0), p,
+            routine(bp, y, BigFloat(buffers.a(i), p, 0), BigFloat(buffers.b(i), p, 0), p,
                     Scratch(scratch.data(), scratch.size()));
         },
-        [&](std::size_t i) { mul(bp, buffers.T.data(), buffers.a(i), p, buffers.b(i), p); });
+        [&](std::size_t i) {
+            mul(bp, buffers.T.data(), {buffers.a(i), p}, {buffers.b(i), p});
+        });
 }
 
 void reciprocal(benchmark::State& state) {
     const auto p = static_cast<upL_t>(state.range(0));
     measure(state, rcp_scratch_words(p), rcp_work_bytes(p, 1),
-            [](const BasicParameters& bp, FloatR& y, const Float&, const Float& B, upL_t precision,
+            [](const BasicParameters& bp, BigFloatR& y, const BigFloat&, const BigFloat& B, upL_t precision,
                Scratch scratch) { zlp_rcp_B(bp, y, B, precision, scratch); });
 }
 
 void inverse_square_root(benchmark::State& state) {
     const auto p = static_cast<upL_t>(state.range(0));
     int failed = 0;
-    measure(state, invsqrt_scratch_words(p), invsqrt_work_bytes(p, 1),
-            [&failed](const BasicParameters& bp, FloatR& y, const Float&, const Float&, upL_t precision,
-                      Scratch scratch) { failed |= zlp_invsqrt_udw_B(bp, y, 10005, precision, scratch); });
+    measure(
+        state, invsqrt_scratch_words(p), invsqrt_work_bytes(p, 1),
+        [&failed](const BasicParameters& bp, BigFloatR& y, const BigFloat&, const BigFloat&, upL_t precision,
+                  Scratch scratch) { failed |= zlp_invsqrt_udw_B(bp, y, 10005, precision, scratch); });
     if (failed != 0) state.SkipWithError("no convergence");
 }
 
 void division(benchmark::State& state) {
     const auto p = static_cast<upL_t>(state.range(0));
     measure(state, div_scratch_words(p), div_work_bytes(p, 1),
-            [](const BasicParameters& bp, FloatR& y, const Float& A, const Float& B, upL_t precision,
-               Scratch scratch) { zlp_div_t9_B(bp, y, A, B, precision, scratch); });
+            [](const BasicParameters& bp, BigFloatR& y, const BigFloat& A, const BigFloat& B, upL_t precision,
+               Scratch scratch) { zlm_div_t9_B(bp, y, A, B, precision, scratch); });
 }
 
 void lengths(benchmark::internal::Benchmark* b) {

@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-#include "compute/run.hpp"
+#include "compute/run/run.hpp"
 
 namespace znp {
 namespace {
@@ -46,9 +46,9 @@ void computation(benchmark::State& state, u32_t id, u64_t parameter, u64_t algor
     } else {
         for (auto _ : state) {
             const SilentConsole silent;
-            state.SetIterationTime(run_in_block(settings, settings.ML).stopwatch.wall_seconds());
+            state.SetIterationTime(run_in_block(settings, settings.ML()).stopwatch.wall_seconds());
         }
-        state.counters["memory_MiB"] = static_cast<double>(settings.ML + settings.Osize) / (1 << 20);
+        state.counters["memory_MiB"] = static_cast<double>(settings.ML() + settings.Osize()) / (1 << 20);
     }
     std::filesystem::remove_all(folder);
 }

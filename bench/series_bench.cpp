@@ -33,7 +33,7 @@ void sum_plan(benchmark::State& state, const zl_BSS& series, const PSRPlan& plan
     bp.tds = threads;
     const auto work = bench::work_buffer(bp, sizes.work_bytes);
     for (auto _ : state) {
-        BigFloatR<cdi> p(P.data(), P.size()), q(Q.data(), Q.size());
+        BigFloatR p(P.data(), P.size()), q(Q.data(), Q.size());
         B_PSR(bp, series, plan, p, q, nodes.get(), nullptr, nullptr);
         benchmark::DoNotOptimize(q.get_L());
     }

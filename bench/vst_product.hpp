@@ -41,22 +41,24 @@ class VSTProduct {
 
     void multiply(u64_t threads) const {
         const VST vst(&holder_, geometry_, threads);
-        vst.product(R_.get(), 0, 2 * n_, A_.get(), n_, B_.get(), n_, image(0), image(1), scratch());
+        vst.product({R_.get(), 0, 2 * n_}, {A_.get(), n_}, {B_.get(), n_}, vst.work_areas(bp_.M));
     }
 
     // One operand's transform, and the way back from both, on one thread. An inverse takes images that were
     // made by forward.
     void forward(unsigned which) const {
-        VST(&holder_, geometry_, 1).forward(image(which), which == 0 ? a() : b(), n_, scratch());
+        const VST vst(&holder_, geometry_, 1);
+        const auto [T1, T2, scratch] = vst.work_areas(bp_.M);
+        vst.forward(which == 0 ? T1 : T2, {which == 0 ? a() : b(), n_}, scratch);
     }
     void inverse() const {
-        VST(&holder_, geometry_, 1).inverse_fmul(R_.get(), 0, 2 * n_, image(0), image(1), scratch());
+        const VST vst(&holder_, geometry_, 1);
+        const auto [T1, T2, scratch] = vst.work_areas(bp_.M);
+        vst.inverse_fmul({R_.get(), 0, 2 * n_}, T1, T2, scratch);
     }
 
   private:
     u64_t bits() const { return u64_t{128} * n_; }
-    std::byte* image(unsigned which) const { return bp_.M + which * geometry_.image_bytes(); }
-    std::byte* scratch() const { return image(2); }
 
     upL_t n_;
     vst::Geometry geometry_;

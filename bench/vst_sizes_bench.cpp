@@ -64,7 +64,7 @@ double measure(const VST& vst, const BasicParameters& bp, const std::vector<c64i
     double best = 1e18, spent = 0;
     do {
         const auto start = Clock::now();
-        vst.mul(bp, R.data(), A.data(), n, A.data() + 1, n);
+        vst.mul(bp, R.data(), {A.data(), n}, {A.data() + 1, n});
         const std::chrono::duration<double, std::nano> taken = Clock::now() - start;
         best = std::min(best, taken.count());
         spent += taken.count();

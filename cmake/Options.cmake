@@ -18,7 +18,9 @@ target_compile_options(zelmar_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wcast-align -Wvla
   -Wnon-virtual-dtor -Wundef $<$<BOOL:${ZELMAR_WERROR}>:-Werror>)
 
+# With the assertions, ours and the standard library's, in every build type.
 if(ZELMAR_SANITIZE)
-  add_compile_options(-fsanitize=${ZELMAR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_compile_options(-fsanitize=${ZELMAR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
+                      -UNDEBUG -D_GLIBCXX_ASSERTIONS)
   add_link_options(-fsanitize=${ZELMAR_SANITIZE})
 endif()

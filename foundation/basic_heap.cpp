@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "foundation/allocation_bytes.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/guarded_alloc.hpp"
 #include "foundation/heap_words.hpp"
@@ -27,7 +28,7 @@ struct HeapEntry {
     std::byte* limit() const { return address + size; }
 };
 
-constexpr upL_t entry_bytes = 16;
+constexpr upL_t entry_bytes = heap_entry_bytes;
 static_assert(sizeof(HeapEntry) == entry_bytes);
 static_assert(sizeof(BasicHeap) == 10 * word_bytes);
 

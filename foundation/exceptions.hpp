@@ -4,7 +4,8 @@
 // record's action decides whether it is printed, thrown, or ends the program. zn_error is outside the family
 // on purpose: it passes every handler of zn_exception and reaches only the outermost one.
 //
-// Exceptions never cross threads, and none leaves a destructor.
+// An exception goes from one thread to another at a join only (foundation/threads.hpp), and none leaves a
+// destructor.
 #pragma once
 
 #include <exception>
@@ -52,7 +53,8 @@ class zn_exception : public std::exception {
     std::wstring wide_text;  // file paths go here
     s32_t action;
     const char* title;
-    const char* location;  // "Class::function()" or null
+    const char* location;   // "Class::function()" or null
+    bool reported = false;  // by the thread that it ended
 
     explicit zn_exception(s32_t code_, const char* message_ = nullptr, std::string text_ = {},
                           std::wstring wide_text_ = {}, s32_t action_ = action::print_and_throw,

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "foundation/allocation_bytes.hpp"
 #include "foundation/basic_heap.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/heap_words.hpp"
@@ -15,14 +16,13 @@ namespace znp {
 
 namespace {
 
-constexpr upL_t overhead_bytes = 40;  // the five words around the payload
 constexpr upL_t max_small_alignment = 128;
 
 constexpr const char* out_of_memory = "Memory Allocation Failure.";
 
 // A size that with all that is added to it stays in the range.
 upL_t checked_size(upL_t size_bytes, upL_t alignment) {
-    if (size_bytes > ~upL_t{0} - alignment - overhead_bytes - word_bytes) fatal_exit(out_of_memory);
+    if (size_bytes > ~upL_t{0} - alignment - guarded_overhead_bytes - word_bytes) fatal_exit(out_of_memory);
     return size_bytes;
 }
 
@@ -56,7 +56,7 @@ void* guarded_alloc(BasicHeap* heap, upL_t size_bytes, upL_t alignment) {
     alignment = std::max(alignment, word_bytes);
     check_alignment(alignment, L"guarded_alloc()");
     const upL_t rounded = round_up_to_word(checked_size(size_bytes, alignment));
-    const upL_t raw_bytes = rounded + alignment + overhead_bytes;
+    const upL_t raw_bytes = guarded_bytes(rounded, alignment);
 
     void* const raw = heap != nullptr ? heap_alloc(*heap, raw_bytes) : std::malloc(raw_bytes);
     if (raw == nullptr) fatal_exit(out_of_memory);

@@ -21,7 +21,7 @@
 #include <memory>
 #include <type_traits>
 
-#include "foundation/types.hpp"
+#include "foundation/allocation_bytes.hpp"
 
 namespace znp {
 
@@ -44,11 +44,6 @@ void guarded_free(void* payload);
 // Where a payload keeps the address of its raw block.
 std::byte*& guarded_back_pointer(void* payload);
 
-// The size of an array; a product beyond the range gives the largest value, which no allocation can serve.
-constexpr upL_t array_bytes(upL_t count, upL_t element_bytes) {
-    return count > ~upL_t{0} / element_bytes ? ~upL_t{0} : count * element_bytes;
-}
-
 // Short tables: alignment a power of two, at most 128; memory from the general allocator, the raw pointer in
 // the word before the result. Release with aligned_free_small, which takes null.
 [[nodiscard]] void* aligned_alloc_small(upL_t size_bytes, upL_t alignment);
@@ -69,7 +64,8 @@ template <class T>
 using GuardedArray = std::unique_ptr<T[], GuardedDelete>;
 
 template <class T>
-[[nodiscard]] GuardedArray<T> make_guarded_array(BasicHeap* heap, upL_t count, upL_t alignment = 32) {
+[[nodiscard]] GuardedArray<T> make_guarded_array(BasicHeap* heap, upL_t count,
+                                                 upL_t alignment = array_alignment) {
     static_assert(std::is_trivially_copyable_v<T>);
     return GuardedArray<T>(static_cast<T*>(guarded_alloc(heap, array_bytes(count, sizeof(T)), alignment)));
 }

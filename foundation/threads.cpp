@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <exception>
 #include <memory>
 #include <vector>
 
@@ -29,19 +28,16 @@ constexpr const char* unhandled_in_child = "FATAL ERROR: Unhandled exception in 
 // than these looks take, some ten microseconds; each of them lets others run.
 constexpr unsigned join_attempts = 200;
 
-// A failure whose code is 0 must not look like a success to the joiner.
-s32_t status_of(const zn_exception& exception) {
-    return exception.code != 0 ? exception.code : error_code::action_1;
-}
-
-// The inner try block only turns a zn_exception into a status: what its report may throw is caught outside.
+// The inner try block only keeps a zn_exception: what its report may throw is caught outside. One that comes
+// from a fork of this thread has been reported.
 void run_and_report(Thread& thread) {
     try {
         try {
             thread.task->run(thread.index);
-        } catch (const zn_exception& exception) {
-            thread.status = status_of(exception);
-            print_exception(exception);
+        } catch (zn_exception& exception) {
+            thread.failure = std::current_exception();
+            if (!exception.reported) print_exception(exception);
+            exception.reported = true;
         }
     } catch (const std::exception& exception) {
         Console::print_error(exception.what());
@@ -88,17 +84,19 @@ class ThreadGroup {
         thread_start(*threads_.back(), priority, task, index, placement);
     }
 
-    // In the order of the starts. Returns the first status that is not 0.
-    s32_t join() {
-        s32_t status = 0;
-        for (const auto& thread : threads_) {
-            if (thread->started) thread_join(*thread);
-            if (status == 0) status = thread->status;
-        }
-        return status;
+    // Both in the order of the starts.
+    void finish() {
+        join();
+        for (const auto& thread : threads_) raise_failure(*thread);
     }
 
   private:
+    void join() {
+        for (const auto& thread : threads_) {
+            if (thread->started) thread_join(*thread);
+        }
+    }
+
     std::vector<std::unique_ptr<Thread>> threads_;
 };
 
@@ -130,32 +128,32 @@ void thread_join(Thread& thread) {
     thread.started = false;
 }
 
-s32_t fork_two(Task& first, Task& second) {
+void raise_failure(const Thread& thread) {
+    if (thread.failure != nullptr) std::rethrow_exception(thread.failure);
+}
+
+void fork_two(Task& first, Task& second) {
     ThreadGroup threads;
     threads.start(0, first, 0, Placement::beside_creator);
     second.run(0);
-    return threads.join();
+    threads.finish();
 }
 
-s32_t fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority) {
+void fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority) {
     ThreadGroup threads;
     for (u64_t index = first; index < last; ++index)
         threads.start(priority, task, index, Placement::anywhere);
-    return threads.join();
+    threads.finish();
 }
 
-s32_t fork_range(Task& task, u64_t first, u64_t last, int priority) {
-    if (first >= last) return 0;
+void fork_range(Task& task, u64_t first, u64_t last, int priority) {
+    if (first >= last) return;
     ThreadGroup threads;
     for (u64_t index = first; index < last - 1; ++index) {
         threads.start(priority, task, index, Placement::beside_creator);
     }
     task.run(last - 1);
-    return threads.join();
-}
-
-void raise_status(s32_t status) {
-    if (status != 0) fire(zn_exception(status, nullptr, {}, {}, action::throw_silently));
+    threads.finish();
 }
 
 u64_t logical_cores() {

@@ -3,14 +3,16 @@
 // A Task never owns the data that it works on. The halves of a fork write disjoint ranges; the join is the
 // only synchronisation. Every start is paired with a join in the same scope, also while an exception unwinds.
 //
-// What run() lets out on a new thread: a zn_exception is printed and its code kept in the thread's slot, for
-// the joiner to look at; a std::exception is printed and ends the program with "FATAL ERROR: Unhandled
-// exception in child thread."; anything else ends it at once. What run() lets out on the current thread
-// passes on to the caller once all threads of the fork are joined.
+// What run() lets out on a new thread: a zn_exception is printed there, once, and thrown again by the joiner;
+// a std::exception is printed and ends the program with "FATAL ERROR: Unhandled exception in child thread.";
+// anything else ends it at once. A fork throws when all its threads are joined: what run() let out on the
+// current thread, otherwise the first failure in the order of the indices.
 #pragma once
 
 #include <pthread.h>
 #include <sched.h>
+
+#include <exception>
 
 #include "foundation/types.hpp"
 
@@ -43,9 +45,9 @@ struct Thread {
     u64_t index = 0;
     bool finished = false;  // set by the thread as its last action; read only after the join
     bool started = false;   // between a successful create and a successful join
-    s32_t status = 0;       // code of a zn_exception that run() let out; 1 for one whose code is 0
     bool placed = false;    // created on another processor than its creator's, to take back these
     cpu_set_t processors{};
+    std::exception_ptr failure;  // the zn_exception that run() let out
 };
 
 inline constexpr u64_t max_threads = 256;
@@ -57,22 +59,18 @@ enum class Placement { anywhere, beside_creator };
 // A failed create ends the program. priority 0 leaves the scheduling alone; others are an attempt only.
 void thread_start(Thread& thread, int priority, Task& task, u64_t index,
                   Placement placement = Placement::anywhere);
+// Leaves the failure to the caller.
 void thread_join(Thread& thread);
+void raise_failure(const Thread& thread);
 
-// first.run(0) on a new thread, second.run(0) on this one, join. If second throws, the join still happens.
-// Returns the status of the new thread: 0, or the code of the zn_exception that ended it.
-s32_t fork_two(Task& first, Task& second);
+// first.run(0) on a new thread, second.run(0) on this one, join.
+void fork_two(Task& first, Task& second);
 
-// One new thread for each index in [first, last); this thread only waits. Joins in index order. Returns the
-// first status that is not 0.
-s32_t fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority = 0);
+// One new thread for each index in [first, last); this thread only waits. Joins in index order.
+void fork_range_on_threads(Task& task, u64_t first, u64_t last, int priority = 0);
 
 // The same, with the last index on this thread. A range of one index starts no thread.
-s32_t fork_range(Task& task, u64_t first, u64_t last, int priority = 0);
-
-// For joiners that have no other use for a status: one that is not 0 becomes a zn_exception with that code.
-// Its report has been printed by the thread.
-void raise_status(s32_t status);
+void fork_range(Task& task, u64_t first, u64_t last, int priority = 0);
 
 u64_t logical_cores();  // at least 1
 

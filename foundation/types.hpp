@@ -8,6 +8,15 @@
 //   cdi     the word of digit arrays: 16 hexadecimal digits, or one base 10^19 value (19 decimal digits)
 //
 // Numbers are arrays of words, least significant word first.
+//
+// The letters in names:
+//   ..._E, ..._B, ..._S   how it is computed: exact and small; big, in memory; in swap mode, on disk
+//   zlb_                  by small products alone
+//   zlp_                  by transforms, on all threads
+//   zlm_                  a whole routine, which chooses its way by the size
+//   zlf_                  the formula of a constant; on disk also a routine's steps
+//   BigFloat, ...R, ...O  a number in words of somebody else's; in a buffer of the caller; in words of its
+//   own
 #pragma once
 
 #include <cstddef>

@@ -178,11 +178,11 @@ class PrimeSet:
 
 
 def c_array(name, values, a, b):
-    """The values in a line each four, padded with zeros to whole vectors."""
-    padded = [float(v) for v in values + [0] * (-len(values) % 4)]
-    assert padded[:len(values)] == values
-    rows = [", ".join("%r" % v for v in padded[i:i + 4]) for i in range(0, len(padded), 4)]
-    return "alignas(32) constexpr double %s_%d_%d[] = {\n    %s,\n};\n" % (name, a, b, ",\n    ".join(rows))
+    """The values in a line each four."""
+    numbers = [float(v) for v in values]
+    assert numbers == values
+    rows = [", ".join("%r" % v for v in numbers[i:i + 4]) for i in range(0, len(numbers), 4)]
+    return "constexpr double %s_%d_%d[] = {\n    %s,\n};\n" % (name, a, b, ",\n    ".join(rows))
 
 
 def include_text(sets):
@@ -191,14 +191,13 @@ def include_text(sets):
         lines.append("\n// (%d, %d): %.2f bits of slack at 2^%d\n" % (s.a, s.b, s.slack(s.max_c), s.max_c))
         lines.append(c_array("primes", s.primes, s.a, s.b))
         lines.append(c_array("roots", s.roots, s.a, s.b))
-        lines.append(c_array("neg_half", [-((p - 1) // 2) for p in s.primes], s.a, s.b))
         lines.append(c_array("inverse_primes", s.inverse_primes, s.a, s.b))
         lines.append(c_array("multipliers", s.multipliers, s.a, s.b))
         lines.append(c_array("limb_powers", s.limb_powers, s.a, s.b))
         lines.append(c_array("crt_factors", s.factors, s.a, s.b))
         lines.append(c_array("pair_products", s.pair_products, s.a, s.b))
         lines.append(c_array("crt_inverses", s.inverses, s.a, s.b))
-        lines.append("alignas(32) constexpr auto recovery_%d_%d =\n" % (s.a, s.b))
+        lines.append("constexpr auto recovery_%d_%d =\n" % (s.a, s.b))
         lines.append("    recovery<%d>(crt_factors_%d_%d, pair_products_%d_%d, %r);\n"
                      % (s.a, s.a, s.b, s.a, s.b, s.scale))
     lines.append("\nconstexpr PrimeSet sets[6][4] = {\n")
@@ -206,10 +205,10 @@ def include_text(sets):
         lines.append("    {\n")
         for s in (s for s in sets if s.a == a):
             names = ", ".join("%s_%d_%d" % (name, s.a, s.b)
-                              for name in ("primes", "roots", "neg_half", "inverse_primes", "multipliers", "limb_powers",
-                                           "crt_factors", "pair_products", "crt_inverses"))
-            lines.append("        {%d, %d, %d, %d, %s, recovery_%d_%d.vectors, %r},\n"
-                         % (s.a, s.b, s.max_c, s.input_power, names, s.a, s.b, s.scale))
+                              for name in ("primes", "roots", "inverse_primes", "multipliers", "limb_powers", "crt_factors",
+                                           "crt_inverses"))
+            lines.append("        {%d, %d, %d, %d, %s, recovery_%d_%d.vectors},\n"
+                         % (s.a, s.b, s.max_c, s.input_power, names, s.a, s.b))
         lines.append("    },\n")
     lines.append("};\n")
     return "".join(lines)

@@ -23,4 +23,11 @@ struct BasicParameters {
     u64_t tds = 1;                        // threads that the operation may use
 };
 
+[[noreturn]] void work_space_too_small(const char* location);
+
+// A work buffer below so many bytes: the generic exception, code work_space_too_small.
+inline void require_work(const BasicParameters& bp, upL_t bytes, const char* location) {
+    if (bp.ML < bytes) work_space_too_small(location);
+}
+
 }  // namespace znp

@@ -6,36 +6,34 @@
 namespace znp {
 
 template <class word>
-void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) {
-    select(memory_table<word>(), 2 * n).sqr(bp, T, A, n);
+void sqr(const BasicParameters& bp, word* T, WordSpan<word> A) {
+    select(memory_table<word>(), 2 * A.size()).sqr(bp, T, A);
 }
 
 template <class word>
-void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B, upL_t Lb) {
-    select(memory_table<word>(), La + Lb).mul(bp, T, A, La, B, Lb);
+void mul(const BasicParameters& bp, word* T, WordSpan<word> A, WordSpan<word> B) {
+    select(memory_table<word>(), A.size() + B.size()).mul(bp, T, A, B);
 }
 
 // The algorithms get narrowed operands, so that a short window of long operands costs a short product.
 template <class word>
-void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t n) {
-    const bkt::SqrWindow w = bkt::narrow_sqr(s, e, n);
-    select(memory_table<word>(), 2 * w.n).sqr_window(bp, T, w.s, w.e, A + w.A_offset, w.n);
+void sqr_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A) {
+    const bkt::NarrowedSqr w = bkt::narrow_sqr(R.s, R.e, A.size());
+    select(memory_table<word>(), 2 * w.n).sqr_window(bp, {R.T, w.s, w.e}, A.subspan(w.A_offset, w.n));
 }
 
 template <class word>
-void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
-                upL_t Lb) {
-    const bkt::MulWindow w = bkt::narrow_mul(s, e, La, Lb);
+void mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B) {
+    const bkt::NarrowedMul w = bkt::narrow_mul(R.s, R.e, A.size(), B.size());
     select(memory_table<word>(), w.La + w.Lb)
-        .mul_window(bp, T, w.s, w.e, A + w.A_offset, w.La, B + w.B_offset, w.Lb);
+        .mul_window(bp, {R.T, w.s, w.e}, A.subspan(w.A_offset, w.La), B.subspan(w.B_offset, w.Lb));
 }
 
 template <class word>
-void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
-          upL_t Lb) {
-    const bkt::MulWindow w = bkt::narrow_mul(s, e, La, Lb);
+void mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B) {
+    const bkt::NarrowedMul w = bkt::narrow_mul(R.s, R.e, A.size(), B.size());
     select(memory_table<word>(), w.La + w.Lb)
-        .mulp(bp, T, w.s, w.e, A + w.A_offset, w.La, B + w.B_offset, w.Lb);
+        .mulp(bp, {R.T, w.s, w.e}, A.subspan(w.A_offset, w.La), B.subspan(w.B_offset, w.Lb));
 }
 
 template <class word>
@@ -48,17 +46,18 @@ transform& make_transform(const BasicParameters& bp, TransformSlot& slot, upL_t 
 
 template <class word>
 upL_t work_bytes_for(upL_t L, u64_t threads, bool use_mulp) {
-    return work_bytes_over(memory_table<word>(), L, threads, use_mulp);
+    return largest_need(memory_table<word>(), L, [&](const multiplier<word>& algorithm, upL_t length) {
+        return use_mulp ? algorithm.mulp_bytes(length, threads) : algorithm.work_bytes(length, threads);
+    });
 }
 
-#define ZNP_INSTANTIATE(word)                                                                                \
-    template void sqr(const BasicParameters&, word*, const word*, upL_t);                                    \
-    template void mul(const BasicParameters&, word*, const word*, upL_t, const word*, upL_t);                \
-    template void sqr_window(const BasicParameters&, word*, upL_t, upL_t, const word*, upL_t);               \
-    template void mul_window(const BasicParameters&, word*, upL_t, upL_t, const word*, upL_t, const word*,   \
-                             upL_t);                                                                         \
-    template void mulp(const BasicParameters&, word*, upL_t, upL_t, const word*, upL_t, const word*, upL_t); \
-    template transform& make_transform<word>(const BasicParameters&, TransformSlot&, upL_t);                 \
+#define ZNP_INSTANTIATE(word)                                                                       \
+    template void sqr(const BasicParameters&, word*, WordSpan<word>);                               \
+    template void mul(const BasicParameters&, word*, WordSpan<word>, WordSpan<word>);               \
+    template void sqr_window(const BasicParameters&, Window<word>, WordSpan<word>);                 \
+    template void mul_window(const BasicParameters&, Window<word>, WordSpan<word>, WordSpan<word>); \
+    template void mulp(const BasicParameters&, Window<word>, WordSpan<word>, WordSpan<word>);       \
+    template transform& make_transform<word>(const BasicParameters&, TransformSlot&, upL_t);        \
     template upL_t work_bytes_for<word>(upL_t, u64_t, bool);
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)

@@ -1,8 +1,8 @@
 // Products of words by the algorithm that the selection tables name for their length. This is the header that
 // number objects include.
 //
-// T has 2 n, La + Lb, or (windows) e - s words and overlaps nothing; e is at most the product's length. An
-// operand of length 0 gives zeros.
+// With n, La and Lb for the operands' lengths, T has 2 n or La + Lb words; a window's end is at most the
+// product's length. The result overlaps nothing. An operand of length 0 gives zeros.
 //
 // bp's work buffer must have work_bytes_for<word>(key, bp.tds) bytes (mulp: with use_mulp), key being the
 // product length. For windows that is the length of the narrowed operands' product: 2 n after
@@ -17,31 +17,29 @@
 #include "multiply/basic_parameters.hpp"
 #include "multiply/multiplier.hpp"
 #include "multiply/transform.hpp"
+#include "multiply/word_span.hpp"
 
 namespace znp {
 
 template <class word>
-void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n);
+void sqr(const BasicParameters& bp, word* T, WordSpan<word> A);
 template <class word>
-void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B, upL_t Lb);
+void mul(const BasicParameters& bp, word* T, WordSpan<word> A, WordSpan<word> B);
 template <class word>
-void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t n);
+void sqr_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A);
 template <class word>
-void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
-                upL_t Lb);
+void mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B);
 
 // mul_window by the route of the algorithm that splits a product in two half-length convolutions, if it has
 // one.
 template <class word>
-void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
-          upL_t Lb);
+void mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B);
 
 // The transform for a product of L words, in the slot, in place of the one that was there.
 template <class word>
 transform& make_transform(const BasicParameters& bp, TransformSlot& slot, upL_t L);
 
-// Bytes of a work buffer with which every product of up to L words can be made (work_bytes_over of the memory
-// table).
+// Bytes of a work buffer with which every product of up to L words can be made. use_mulp: by mulp.
 template <class word>
 upL_t work_bytes_for(upL_t L, u64_t threads, bool use_mulp = false);
 

@@ -3,34 +3,32 @@
 namespace znp {
 
 template <class word>
-void multiplier<word>::sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const {
+void multiplier<word>::sqr(const BasicParameters& bp, word* T, WordSpan<word> A) const {
     TransformSlot slot;
-    slot.adopt(make_transform(bp, slot.place(), 2 * n));
-    slot->sqr(bp, T, A, n);
+    slot.adopt(make_transform(bp, slot.place(), 2 * A.size()));
+    slot->sqr(bp, T, A);
 }
 
 template <class word>
-void multiplier<word>::mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
-                           upL_t Lb) const {
+void multiplier<word>::mul(const BasicParameters& bp, word* T, WordSpan<word> A, WordSpan<word> B) const {
     TransformSlot slot;
-    slot.adopt(make_transform(bp, slot.place(), La + Lb));
-    slot->mul(bp, T, A, La, B, Lb);
+    slot.adopt(make_transform(bp, slot.place(), A.size() + B.size()));
+    slot->mul(bp, T, A, B);
 }
 
 template <class word>
-void multiplier<word>::sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-                                  upL_t n) const {
+void multiplier<word>::sqr_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A) const {
     TransformSlot slot;
-    slot.adopt(make_transform(bp, slot.place(), 2 * n));
-    slot->sqr_window(bp, T, s, e, A, n);
+    slot.adopt(make_transform(bp, slot.place(), 2 * A.size()));
+    slot->sqr_window(bp, R, A);
 }
 
 template <class word>
-void multiplier<word>::mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-                                  upL_t La, const word* B, upL_t Lb) const {
+void multiplier<word>::mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                                  WordSpan<word> B) const {
     TransformSlot slot;
-    slot.adopt(make_transform(bp, slot.place(), La + Lb));
-    slot->mul_window(bp, T, s, e, A, La, B, Lb);
+    slot.adopt(make_transform(bp, slot.place(), A.size() + B.size()));
+    slot->mul_window(bp, R, A, B);
 }
 
 template class multiplier<c32i>;

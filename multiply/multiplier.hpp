@@ -14,6 +14,7 @@
 #include "foundation/types.hpp"
 #include "multiply/basic_parameters.hpp"
 #include "multiply/transform.hpp"
+#include "multiply/word_span.hpp"
 
 namespace znp {
 
@@ -42,22 +43,18 @@ class multiplier {
     // tables and the threads. A null place makes nothing and gives null.
     virtual transform* make_transform(const BasicParameters& bp, void* place, upL_t L) const = 0;
 
-    // Products with all working memory in bp's buffer of work_bytes(2 n or La + Lb, bp.tds) bytes; see
-    // transform, by which they go unless an algorithm has a shorter way. The windows give the words [s, e),
-    // e at most the product's length.
-    virtual void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const;
-    virtual void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
-                     upL_t Lb) const;
-    virtual void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-                            upL_t n) const;
-    virtual void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
-                            const word* B, upL_t Lb) const;
+    // Products with all working memory in bp's buffer of work_bytes(product length, bp.tds) bytes; see
+    // transform, by which they go unless an algorithm has a shorter way.
+    virtual void sqr(const BasicParameters& bp, word* T, WordSpan<word> A) const;
+    virtual void mul(const BasicParameters& bp, word* T, WordSpan<word> A, WordSpan<word> B) const;
+    virtual void sqr_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A) const;
+    virtual void mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                            WordSpan<word> B) const;
 
     // The route by two half-length convolutions, where an algorithm has one; otherwise the plain one.
     virtual upL_t mulp_bytes(upL_t L, u64_t threads) const { return work_bytes(L, threads); }
-    virtual void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
-                      const word* B, upL_t Lb) const {
-        mul_window(bp, T, s, e, A, La, B, Lb);
+    virtual void mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B) const {
+        mul_window(bp, R, A, B);
     }
 
   protected:

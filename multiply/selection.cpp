@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <string>
 
-#include "foundation/fail.hpp"
 #include "foundation/strings.hpp"
 #include "multiply/bkt/bkt_multiplier.hpp"
 #include "multiply/fft/fft_multiplier.hpp"
@@ -48,14 +47,14 @@ constexpr const multiplier<word>* all_multipliers[] = {&Objects<word>::BKT, &Obj
                                                        &Objects<word>::HNT, &Objects<word>::VST};
 
 template <class word>
-constexpr ConvolutionRow<word> memory_rows[] = {
+constexpr SelectionRow<multiplier<word>> memory_rows[] = {
     {words<word>(bkt_bits), &Objects<word>::BKT},
     {words<word>(fft_bits), &Objects<word>::FFT},
     {words<word>(vst_bits), &Objects<word>::VST},
 };
 
 template <class word>
-constexpr ConvolutionRow<word> swap_rows[] = {
+constexpr SelectionRow<multiplier<word>> swap_rows[] = {
     {words<word>(hnt_bits), &Objects<word>::HNT},
     {words<word>(vst_bits), &Objects<word>::VST},
 };
@@ -75,37 +74,13 @@ std::string with_commas(u64_t value) {
 }  // namespace
 
 template <class word>
-std::span<const ConvolutionRow<word>> memory_table() {
+SelectionTable<multiplier<word>> memory_table() {
     return memory_rows<word>;
 }
 
 template <class word>
-std::span<const ConvolutionRow<word>> swap_table() {
+SelectionTable<multiplier<word>> swap_table() {
     return swap_rows<word>;
-}
-
-template <class word>
-const ConvolutionRow<word>& select_row(std::span<const ConvolutionRow<word>> table, upL_t L) {
-    for (const ConvolutionRow<word>& row : table) {
-        if (row.max_words >= L) return row;
-    }
-    fail(zn_exception(error_code::size_beyond_tables));
-}
-
-template <class word>
-upL_t work_bytes_over(std::span<const ConvolutionRow<word>> table, upL_t L, u64_t threads, bool use_mulp) {
-    const ConvolutionRow<word>* const last = &select_row(table, L);
-    upL_t bytes = 0;
-    for (const ConvolutionRow<word>* row = table.data(); row <= last; ++row) {
-        const upL_t length = std::min(row->max_words, L);
-        try {
-            bytes = std::max(bytes, use_mulp ? row->algorithm->mulp_bytes(length, threads)
-                                             : row->algorithm->work_bytes(length, threads));
-        } catch (const InvalidTransformParametersException&) {
-            // The algorithm has no transform so short: it does not serve such products, nor needs memory.
-        }
-    }
-    return bytes;
 }
 
 template <class word>
@@ -128,7 +103,7 @@ void print_convolution_table() {
     Console::println(std::string("Convolution Algorithm Table (") + WordTraits<word>::title + ")");
     Console::println("Decimal Digits/word: " + format_printf(32, "%.15f", digits_per_word));
     Console::println("   Maximum Convolution Length  (words/digits)  -  Algorithm");
-    for (const ConvolutionRow<word>& row : memory_table<word>()) {
+    for (const auto& row : memory_table<word>()) {
         const upL_t shown = std::min(row.max_words, report_limit<word>);
         const auto digits = static_cast<u64_t>(static_cast<double>(shown) * digits_per_word);
         Console::print_padded_left(20, with_commas(shown));
@@ -140,13 +115,11 @@ void print_convolution_table() {
     }
 }
 
-#define ZNP_INSTANTIATE(word)                                                                      \
-    template std::span<const ConvolutionRow<word>> memory_table();                                 \
-    template std::span<const ConvolutionRow<word>> swap_table();                                   \
-    template const ConvolutionRow<word>& select_row(std::span<const ConvolutionRow<word>>, upL_t); \
-    template upL_t work_bytes_over(std::span<const ConvolutionRow<word>>, upL_t, u64_t, bool);     \
-    template std::span<const multiplier<word>* const> multipliers();                               \
-    template const multiplier<word>* find_multiplier<word>(std::string_view);                      \
+#define ZNP_INSTANTIATE(word)                                                 \
+    template SelectionTable<multiplier<word>> memory_table();                 \
+    template SelectionTable<multiplier<word>> swap_table();                   \
+    template std::span<const multiplier<word>* const> multipliers();          \
+    template const multiplier<word>* find_multiplier<word>(std::string_view); \
     template void print_convolution_table<word>();
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)

@@ -1,9 +1,11 @@
 // Which algorithm serves which product length.
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <string_view>
 
+#include "foundation/fail.hpp"
 #include "multiply/multiplier.hpp"
 
 namespace znp {
@@ -12,31 +14,51 @@ namespace znp {
 // setting in its own right: the tables and the twiddle builder follow it.
 inline constexpr u64_t vst_threshold_bits = 0xa0040;
 
-template <class word>
-struct ConvolutionRow {
+// A row of a table, which is sorted by length. Algorithm is what a table's users ask: multiplier<word> for
+// products in memory.
+template <class Algorithm>
+struct SelectionRow {
     upL_t max_words;  // longest product of this row
-    const multiplier<word>* algorithm;
+    const Algorithm* algorithm;
 };
-
-// Sorted by length. Constants, usable before main.
-template <class word>
-std::span<const ConvolutionRow<word>> memory_table();
-template <class word>
-std::span<const ConvolutionRow<word>> swap_table();
+template <class Algorithm>
+using SelectionTable = std::span<const SelectionRow<Algorithm>>;
 
 // The first row with max_words >= L; none: the generic exception, code size_beyond_tables.
-template <class word>
-const ConvolutionRow<word>& select_row(std::span<const ConvolutionRow<word>> table, upL_t L);
-template <class word>
-const multiplier<word>& select(std::span<const ConvolutionRow<word>> table, upL_t L) {
+template <class Algorithm>
+const SelectionRow<Algorithm>& select_row(SelectionTable<Algorithm> table, upL_t L) {
+    for (const SelectionRow<Algorithm>& row : table) {
+        if (row.max_words >= L) return row;
+    }
+    fail(zn_exception(error_code::size_beyond_tables));
+}
+template <class Algorithm>
+const Algorithm& select(SelectionTable<Algorithm> table, upL_t L) {
     return *select_row(table, L).algorithm;
 }
 
-// Bytes of a work buffer with which every product of up to L words can be made by the table: the largest need
-// over the shorter rows, each at its own longest product, and the row of L at L. use_mulp asks for
-// mulp_bytes. A row whose algorithm has no parameters for its length is skipped.
+// What suffices for every product of up to L words: the largest need(algorithm, length) over the shorter
+// rows, each at its own longest product, and the row of L at L. A row whose algorithm has no parameters for
+// its length is skipped.
+template <class Algorithm, class Need>
+upL_t largest_need(SelectionTable<Algorithm> table, upL_t L, const Need& need) {
+    const SelectionRow<Algorithm>* const last = &select_row(table, L);
+    upL_t largest = 0;
+    for (const SelectionRow<Algorithm>* row = table.data(); row <= last; ++row) {
+        try {
+            largest = std::max(largest, need(*row->algorithm, std::min(row->max_words, L)));
+        } catch (const InvalidTransformParametersException&) {
+            // The algorithm has no transform so short: it does not serve such products, nor needs anything.
+        }
+    }
+    return largest;
+}
+
+// Constants, usable before main.
 template <class word>
-upL_t work_bytes_over(std::span<const ConvolutionRow<word>> table, upL_t L, u64_t threads, bool use_mulp);
+SelectionTable<multiplier<word>> memory_table();
+template <class word>
+SelectionTable<multiplier<word>> swap_table();
 
 // All multipliers of a word family in the order BKT, FFT, HNT, VST; and by key, null if there is none.
 template <class word>

@@ -8,25 +8,15 @@ namespace znp {
 
 namespace {
 
-// The images and the scratch in a work buffer.
-struct WorkAreas {
-    std::byte* T1;
-    std::byte* T2;
-    std::byte* scratch;
-
-    WorkAreas(const transform& t, const BasicParameters& bp)
-        : T1(bp.M), T2(T1 + t.transform_bytes), scratch(T2 + t.transform_bytes) {}
-};
-
 template <class word>
-void product_by_steps(const transform& t, word* R, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
-                      upL_t Lb, void* T1, void* T2, void* scratch) {
-    t.forward(T1, A, La, scratch);
-    if (A == B && La == Lb) {
-        t.inverse_fsqr(R, s, e, T1, scratch);
+void product_by_steps(const transform& t, Window<word> R, WordSpan<word> A, WordSpan<word> B,
+                      const WorkAreas& work) {
+    t.forward(work.T1, A, work.scratch);
+    if (A.data() == B.data() && A.size() == B.size()) {
+        t.inverse_fsqr(R, work.T1, work.scratch);
     } else {
-        t.forward(T2, B, Lb, scratch);
-        t.inverse_fmul(R, s, e, T1, T2, scratch);
+        t.forward(work.T2, B, work.scratch);
+        t.inverse_fmul(R, work.T1, work.T2, work.scratch);
     }
 }
 
@@ -34,84 +24,66 @@ void product_by_steps(const transform& t, word* R, upL_t s, upL_t e, const word*
     fail(zn_exception(error_code::unspecified, "The algorithm's results cannot be verified.", t.name()));
 }
 
-// 64-bit words as pairs of 32-bit ones, which are the same bytes on a little-endian machine. The pointer only
-// hands on an address: the steps below use no object of type c32i behind it.
-const c32i* halves(const c64i* A) {
-    return reinterpret_cast<const c32i*>(A);
-}
-c32i* halves(c64i* A) {
-    return reinterpret_cast<c32i*>(A);
-}
-
 }  // namespace
 
 void transform::check_product(const char* location, const BasicParameters& bp, u64_t bits) const {
     if (bits > max_bits) fail(ConvolutionTooSmallException(name(), bits, max_bits));
-    if (bp.ML < product_bytes()) {
-        fail(zn_exception(error_code::work_space_too_small, nullptr, {}, {}, action::print_and_throw,
-                          "Generic Exception", location));
-    }
+    require_work(bp, product_bytes(), location);
 }
 
 template <class word>
-void transform::sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const {
-    sqr_window(bp, T, 0, 2 * n, A, n);
+void transform::sqr(const BasicParameters& bp, word* T, WordSpan<word> A) const {
+    sqr_window(bp, Window{T, 0, 2 * A.size()}, A);
 }
 
 template <class word>
-void transform::mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
-                    upL_t Lb) const {
-    mul_window(bp, T, 0, La + Lb, A, La, B, Lb);
+void transform::mul(const BasicParameters& bp, word* T, WordSpan<word> A, WordSpan<word> B) const {
+    mul_window(bp, Window{T, 0, A.size() + B.size()}, A, B);
 }
 
 template <class word>
-void transform::sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-                           upL_t n) const {
-    check_product("transform::sqr()", bp, 2 * n * WordTraits<word>::bits);
-    if (n == 0) return;
-    const WorkAreas work(*this, bp);
-    product(T, s, e, A, n, A, n, work.T1, work.T2, work.scratch);
+void transform::sqr_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A) const {
+    check_product("transform::sqr()", bp, 2 * A.size() * WordTraits<word>::bits);
+    if (A.empty()) return;
+    product(R, A, A, work_areas(bp.M));
 }
 
 template <class word>
-void transform::mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
-                           const word* B, upL_t Lb) const {
-    check_product("transform::mul()", bp, (La + Lb) * WordTraits<word>::bits);
-    if (La == 0 || Lb == 0) {
-        std::fill(T, T + (e - s), word{0});
+void transform::mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                           WordSpan<word> B) const {
+    check_product("transform::mul()", bp, (A.size() + B.size()) * WordTraits<word>::bits);
+    if (A.empty() || B.empty()) {
+        std::fill_n(R.T, R.size(), word{0});
         return;
     }
-    const WorkAreas work(*this, bp);
-    product(T, s, e, A, La, B, Lb, work.T1, work.T2, work.scratch);
+    product(R, A, B, work_areas(bp.M));
 }
 
-void transform::forward(void* image, const c64i* A, upL_t L, void* scratch) const {
-    forward(image, halves(A), 2 * L, scratch);
+void transform::forward(Image* image, WordSpan<c64i> A, TransformScratch* scratch) const {
+    forward(image, as_c32i(A), scratch);
 }
 
-void transform::inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
-    inverse_fsqr(halves(R), 2 * s, 2 * e, T, scratch);
+void transform::inverse_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
+    inverse_fsqr(as_c32i(R), T, scratch);
 }
 
-void transform::inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
-    inverse_fmul(halves(R), 2 * s, 2 * e, T1, T2, scratch);
+void transform::inverse_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
+    inverse_fmul(as_c32i(R), T1, T2, scratch);
 }
 
-void transform::product(c32i* R, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1,
-                        void* T2, void* scratch) const {
-    product_by_steps(*this, R, s, e, A, La, B, Lb, T1, T2, scratch);
+void transform::product(Window<c32i> R, WordSpan<c32i> A, WordSpan<c32i> B, const WorkAreas& work) const {
+    product_by_steps(*this, R, A, B, work);
 }
 
-void transform::product(c64i* R, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, void* T1,
-                        void* T2, void* scratch) const {
-    product_by_steps(*this, R, s, e, A, La, B, Lb, T1, T2, scratch);
+void transform::product(Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B, const WorkAreas& work) const {
+    product_by_steps(*this, R, A, B, work);
 }
 
-u64_t transform::checked_fsqr(c64i*, upL_t, upL_t, void*, void*) const {
+u64_t transform::checked_fsqr(Window<c64i>, Image*, TransformScratch*) const {
     unchecked(*this);
 }
 
-u64_t transform::checked_fmul(c64i*, upL_t, upL_t, void*, const void*, void*) const {
+u64_t transform::checked_fmul(Window<c64i>, Image*, const Image*, TransformScratch*) const {
     unchecked(*this);
 }
 
@@ -119,14 +91,12 @@ u64_t transform::modulus() const {
     unchecked(*this);
 }
 
-#define ZNP_INSTANTIATE(word)                                                                            \
-    template void transform::sqr(const BasicParameters&, word*, const word*, upL_t) const;               \
-    template void transform::mul(const BasicParameters&, word*, const word*, upL_t, const word*, upL_t)  \
-        const;                                                                                           \
-    template void transform::sqr_window(const BasicParameters&, word*, upL_t, upL_t, const word*, upL_t) \
-        const;                                                                                           \
-    template void transform::mul_window(const BasicParameters&, word*, upL_t, upL_t, const word*, upL_t, \
-                                        const word*, upL_t) const;
+#define ZNP_INSTANTIATE(word)                                                                          \
+    template void transform::sqr(const BasicParameters&, word*, WordSpan<word>) const;                 \
+    template void transform::mul(const BasicParameters&, word*, WordSpan<word>, WordSpan<word>) const; \
+    template void transform::sqr_window(const BasicParameters&, Window<word>, WordSpan<word>) const;   \
+    template void transform::mul_window(const BasicParameters&, Window<word>, WordSpan<word>,          \
+                                        WordSpan<word>) const;
 ZNP_INSTANTIATE(c32i)
 ZNP_INSTANTIATE(c64i)
 #undef ZNP_INSTANTIATE

@@ -4,7 +4,6 @@
 
 #include "foundation/fail.hpp"
 #include "foundation/fatal.hpp"
-#include "foundation/guarded_alloc.hpp"
 #include "multiply/bkt/basecase.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "multiply/kernels/word_arrays.hpp"
@@ -13,64 +12,54 @@ namespace znp {
 
 // ---- BasicInt
 
-template <class word>
-void BasicInt<word>::set_L(upL_t L_) {
+void BasicInt::set_L(upL_t L_) {
     L = L_;
     rehash();
 }
 
-template <class word>
-void BasicInt<word>::set_LN(upL_t L_) {
+void BasicInt::set_LN(upL_t L_) {
     set_L(normalised_length(T, L_));
 }
 
-template <class word>
-void BasicInt<word>::rehash() {
+void BasicInt::rehash() {
     hash = residue::hash_words(T, L);
 }
 
-template <class word>
-u64_t BasicInt<word>::hash_error() const {
+u64_t BasicInt::hash_error() const {
     return residue::sub(hash, residue::hash_words(T, L));
 }
 
 // ---- BasicIntR
 
-template <class word>
-void BasicIntR<word>::set(upL_t offset, const BasicIntR& parent) {
+void BasicIntR::set(upL_t offset, const BasicIntR& parent) {
     *this = BasicIntR(parent.T + offset, parent.size - offset);
 }
 
-template <class word>
-void BasicIntR<word>::check_size(const char* location, upL_t required) const {
-    if (size < required) fail(BufferTooSmallException(location, size, required));
+void BasicIntR::check_size(const char* location, upL_t required) const {
+    require_words(location, size, required);
 }
 
-template <class word>
-void BasicIntR<word>::set_uW(word x) {
+void BasicIntR::set_uW(cdi x) {
     T[0] = x;
-    this->set_L(1);
+    set_L(1);
 }
 
-template <class word>
-void BasicIntR<word>::set_bui(const BasicInt<word>& src) {
+void BasicIntR::set_bui(const BasicInt& src) {
     check_size("BasicInt::set_bui()", src.get_L());
     std::copy_n(src.get_T(), src.get_L(), T);
     L = src.get_L();
     hash = src.get_hash();
 }
 
-template <class word>
-void BasicIntR<word>::set_mulB(const BasicInt<word>& a, const BasicInt<word>& b) {
+void BasicIntR::set_mulB(const BasicInt& a, const BasicInt& b) {
     const upL_t n = a.get_L() + b.get_L();
     check_size("BasicIntR::set_mulB()", n);
     bkt::mulB(T, a.get_T(), a.get_L(), b.get_T(), b.get_L());
-    L = n - (T[n - 1] == 0 ? 1 : 0);
+    L = product_length(T, n);
     hash = residue::mul(a.get_hash(), b.get_hash());
 }
 
-template <class word>
-BasicIntR<word>& BasicIntR<word>::operator+=(const BasicInt<word>& b) {
+BasicIntR& BasicIntR::operator+=(const BasicInt& b) {
     const upL_t Lb = b.get_L();
     check_size("BasicIntR::operator+=()", L);
     if (Lb > L) assert_failure(fatal_category::invalid_parameters, L"BasicIntR::operator+=()", L"");
@@ -83,8 +72,7 @@ BasicIntR<word>& BasicIntR<word>::operator+=(const BasicInt<word>& b) {
     return *this;
 }
 
-template <class word>
-BasicIntR<word>& BasicIntR<word>::operator-=(const BasicInt<word>& b) {
+BasicIntR& BasicIntR::operator-=(const BasicInt& b) {
     constexpr const char* location = "BasicIntR::operator-=()";
     const upL_t Lb = b.get_L();
     check_size(location, L);
@@ -102,39 +90,10 @@ BasicIntR<word>& BasicIntR<word>::operator-=(const BasicInt<word>& b) {
 
 // ---- BasicIntO
 
-template <class word>
-BasicIntO<word>::BasicIntO(BasicHeap* heap, upL_t size_)
-    : owned_(static_cast<word*>(guarded_alloc(heap, size_ * sizeof(word), 32))), heap_(heap) {
-    T = owned_;
-    size = size_;
-}
-
-template <class word>
-BasicIntO<word>::BasicIntO(BasicIntO&& other) noexcept
-    : BasicIntR<word>(std::exchange(static_cast<BasicIntR<word>&>(other), {})),
-      owned_(std::exchange(other.owned_, nullptr)),
-      heap_(other.heap_) {}
-
-template <class word>
-BasicIntO<word>& BasicIntO<word>::operator=(BasicIntO&& other) noexcept {
-    if (this == &other) return *this;
-    guarded_free(owned_);
-    BasicIntR<word>::operator=(std::exchange(static_cast<BasicIntR<word>&>(other), {}));
-    owned_ = std::exchange(other.owned_, nullptr);
-    heap_ = other.heap_;
-    return *this;
-}
-
-template <class word>
-BasicIntO<word>::~BasicIntO() {
-    guarded_free(owned_);
-}
-
-template <class word>
-void BasicIntO<word>::add(const BasicInt<word>& a, const BasicInt<word>& b) {
+void BasicIntO::add(const BasicInt& a, const BasicInt& b) {
     const bool a_longer = a.get_L() >= b.get_L();
-    const BasicInt<word>& x = a_longer ? a : b;
-    const BasicInt<word>& y = a_longer ? b : a;
+    const BasicInt& x = a_longer ? a : b;
+    const BasicInt& y = a_longer ? b : a;
     const upL_t Lx = x.get_L();
     const upL_t Ly = y.get_L();
 
@@ -147,8 +106,7 @@ void BasicIntO<word>::add(const BasicInt<word>& a, const BasicInt<word>& b) {
     *this = std::move(sum);
 }
 
-template <class word>
-void BasicIntO<word>::sub(const BasicInt<word>& a, const BasicInt<word>& b) {
+void BasicIntO::sub(const BasicInt& a, const BasicInt& b) {
     constexpr const char* location = "BasicIntO::sub()";
     const upL_t La = a.get_L();
     const upL_t Lb = b.get_L();
@@ -164,30 +122,20 @@ void BasicIntO<word>::sub(const BasicInt<word>& a, const BasicInt<word>& b) {
     *this = std::move(difference);
 }
 
-template <class word>
-void BasicIntO<word>::mulB(const BasicInt<word>& a, const BasicInt<word>& b) {
+void BasicIntO::mulB(const BasicInt& a, const BasicInt& b) {
     BasicIntO product(heap_, a.get_L() + b.get_L() + 2);
     product.set_mulB(a, b);
     *this = std::move(product);
 }
 
-template <class word>
-BasicIntO<word>& BasicIntO<word>::operator+=(const BasicInt<word>& b) {
+BasicIntO& BasicIntO::operator+=(const BasicInt& b) {
     add(*this, b);
     return *this;
 }
 
-template <class word>
-BasicIntO<word>& BasicIntO<word>::operator-=(const BasicInt<word>& b) {
+BasicIntO& BasicIntO::operator-=(const BasicInt& b) {
     sub(*this, b);
     return *this;
 }
-
-template class BasicInt<c32i>;
-template class BasicInt<c64i>;
-template class BasicIntR<c32i>;
-template class BasicIntR<c64i>;
-template class BasicIntO<c32i>;
-template class BasicIntO<c64i>;
 
 }  // namespace znp

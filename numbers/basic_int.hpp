@@ -15,20 +15,18 @@
 #include <algorithm>
 
 #include "foundation/types.hpp"
+#include "numbers/number_storage.hpp"
 
 namespace znp {
 
-struct BasicHeap;
-
-template <class word>
 class BasicInt {
   public:
     BasicInt() = default;
     // A value with a residue that is known.
-    BasicInt(const word* T_, upL_t L_, u64_t hash_) : T(const_cast<word*>(T_)), L(L_), hash(hash_) {}
+    BasicInt(const cdi* T_, upL_t L_, u64_t hash_) : T(const_cast<cdi*>(T_)), L(L_), hash(hash_) {}
 
-    const word* get_T() const { return T; }
-    const word* word_ptr(upL_t i) const { return T + i; }
+    const cdi* get_T() const { return T; }
+    const cdi* word_ptr(upL_t i) const { return T + i; }
     upL_t get_L() const { return L; }
     u64_t get_hash() const { return hash; }
     upL_t max_L(const BasicInt& other) const { return std::max(L, other.L); }
@@ -43,7 +41,7 @@ class BasicInt {
 
   protected:
     // The view never writes to T; BasicIntR, which does, is only made from writable words.
-    word* T = nullptr;
+    cdi* T = nullptr;
     upL_t L = 0;     // the top word T[L-1] is not zero
     u64_t hash = 0;  // canonical
 };
@@ -51,73 +49,46 @@ class BasicInt {
 // Errors: a value that does not fit is BufferTooSmallException with the operation's name. A result that is
 // zero or negative is UnsupportedValueException; the words are then undefined and the object of no further
 // use.
-template <class word>
-class BasicIntR : public BasicInt<word> {
+class BasicIntR : public BasicInt {
   public:
     BasicIntR() = default;
-    BasicIntR(word* T_, upL_t size_) : size(size_) { T = T_; }
+    BasicIntR(cdi* T_, upL_t size_) : size(size_) { T = T_; }
 
-    using BasicInt<word>::get_T;
-    using BasicInt<word>::word_ptr;
-    word* get_T() { return T; }
-    word* word_ptr(upL_t i) { return T + i; }
+    using BasicInt::get_T;
+    using BasicInt::word_ptr;
+    cdi* get_T() { return T; }
+    cdi* word_ptr(upL_t i) { return T + i; }
     upL_t get_size() const { return size; }
 
     // The rest of parent's buffer from offset on.
     void set(upL_t offset, const BasicIntR& parent);
     void check_size(const char* location, upL_t required) const;
 
-    void set_uW(word x);  // x is not zero
-    void set_bui(const BasicInt<word>& src);
+    void set_uW(cdi x);  // x is not zero
+    void set_bui(const BasicInt& src);
 
     // this = a b. The words overlap neither operand. a.L + b.L words are written.
-    void set_mulB(const BasicInt<word>& a, const BasicInt<word>& b);
+    void set_mulB(const BasicInt& a, const BasicInt& b);
 
     // In place, b no longer than this; b may be this. Both write the word T[L] above the value, where the
     // carry chain ends: the buffer needs one word more than L.
-    BasicIntR& operator+=(const BasicInt<word>& b);  // longer b: fatal error, invalid parameters
-    BasicIntR& operator-=(const BasicInt<word>& b);  // longer b: negative, before anything is written
+    BasicIntR& operator+=(const BasicInt& b);  // longer b: fatal error, invalid parameters
+    BasicIntR& operator-=(const BasicInt& b);  // longer b: negative, before anything is written
 
   protected:
-    using BasicInt<word>::T;
-    using BasicInt<word>::L;
-    using BasicInt<word>::hash;
     upL_t size = 0;  // words at T
 };
 
 // Results go to a new allocation, which replaces the old one afterwards: operands may be this object.
-template <class word>
-class BasicIntO : public BasicIntR<word> {
+class BasicIntO : public NumberO<BasicIntR> {
   public:
-    // heap null: the general allocator. The further allocations come from the same place.
-    explicit BasicIntO(BasicHeap* heap = nullptr) : heap_(heap) {}
-    BasicIntO(BasicHeap* heap, upL_t size);
-    BasicIntO(const BasicIntO&) = delete;
-    BasicIntO& operator=(const BasicIntO&) = delete;
-    BasicIntO(BasicIntO&& other) noexcept;
-    BasicIntO& operator=(BasicIntO&& other) noexcept;
-    ~BasicIntO();
+    using NumberO::NumberO;
 
-    void add(const BasicInt<word>& a, const BasicInt<word>& b);   // max(a.L, b.L) + 2 words
-    void sub(const BasicInt<word>& a, const BasicInt<word>& b);   // a.L + 2 words
-    void mulB(const BasicInt<word>& a, const BasicInt<word>& b);  // a.L + b.L + 2 words
-    BasicIntO& operator+=(const BasicInt<word>& b);
-    BasicIntO& operator-=(const BasicInt<word>& b);
-
-  private:
-    using BasicIntR<word>::T;
-    using BasicIntR<word>::L;
-    using BasicIntR<word>::hash;
-    using BasicIntR<word>::size;
-    word* owned_ = nullptr;  // T at construction
-    BasicHeap* heap_;
+    void add(const BasicInt& a, const BasicInt& b);   // max(a.L, b.L) + 2 words
+    void sub(const BasicInt& a, const BasicInt& b);   // a.L + 2 words
+    void mulB(const BasicInt& a, const BasicInt& b);  // a.L + b.L + 2 words
+    BasicIntO& operator+=(const BasicInt& b);
+    BasicIntO& operator-=(const BasicInt& b);
 };
-
-extern template class BasicInt<c32i>;
-extern template class BasicInt<c64i>;
-extern template class BasicIntR<c32i>;
-extern template class BasicIntR<c64i>;
-extern template class BasicIntO<c32i>;
-extern template class BasicIntO<c64i>;
 
 }  // namespace znp

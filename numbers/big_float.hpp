@@ -29,16 +29,15 @@ namespace znp {
 inline constexpr upL_t extra_precision = 2;
 inline constexpr upL_t addition_buffer = 128;
 
-template <class word>
 class BigFloat {
   public:
     class Transform;
 
     BigFloat() = default;
-    BigFloat(const word* T, upL_t L, s64_t exp, bool positive = true)
+    BigFloat(const cdi* T, upL_t L, s64_t exp, bool positive = true)
         : T_(T), L_(L), exp_(exp), sign_(positive) {}
 
-    const word* get_T() const { return T_; }
+    const cdi* get_T() const { return T_; }
     upL_t get_L() const { return L_; }
     s64_t get_exp() const { return exp_; }
     s64_t get_mag() const { return exp_ + static_cast<s64_t>(L_); }
@@ -46,12 +45,12 @@ class BigFloat {
     bool raw_sign() const { return sign_; }  // true: positive
     bool is_zero() const { return L_ == 0; }
 
-    word word_at(s64_t position) const {
+    cdi word_at(s64_t position) const {
         return position >= exp_ && position < get_mag() ? T_[position - exp_] : 0;
     }
 
     // The words of positions [position, position + n), zeros outside the mantissa.
-    void read_window(word* out, s64_t position, upL_t n) const;
+    void read_window(cdi* out, s64_t position, upL_t n) const;
 
     // The value without its sign as d * B^exp, d in [1/B, 1) (rounded), with the sign on d.
     double to_double(s64_t& exp) const;
@@ -69,104 +68,89 @@ class BigFloat {
     BigFloat top_words(upL_t p) const;
 
   protected:
-    const word* T_ = nullptr;
+    const cdi* T_ = nullptr;
     upL_t L_ = 0;
     s64_t exp_ = 0;
     bool sign_ = true;
 };
 
 // Compares magnitudes: 1, 0 or -1.
-template <class word>
-int ucmp(const BigFloat<word>& a, const BigFloat<word>& b);
+int ucmp(const BigFloat& a, const BigFloat& b);
 
 // A transformed operand: the top min(p + 2, L) words of the source. Refers into a work buffer, owns nothing.
 // An inverse that consumes it clears `image`.
-template <class word>
-class BigFloat<word>::Transform {
+class BigFloat::Transform {
   public:
-    Transform(const BigFloat& source, void* scratch, const transform& algorithm, void* image, upL_t p);
+    Transform(const BigFloat& source, const transform& algorithm, Image* image, TransformScratch* scratch,
+              upL_t p);
 
-    void* image;
     const transform* algorithm;
+    Image* image;
     s64_t exp;
     upL_t L;
     bool sign;
     s64_t mag;
 };
 
-template <class word>
-class BigFloatR : public BigFloat<word> {
+class BigFloatR : public FloatR<BigFloat> {
   public:
-    using typename BigFloat<word>::Transform;
-
     BigFloatR() = default;
-    BigFloatR(word* buffer, upL_t size) { set_base(buffer, size); }
+    BigFloatR(cdi* buffer, upL_t size) { set_base(buffer, size); }
 
-    word* get_base() const { return base_; }
-    upL_t get_size() const { return size_; }
-    void set_base(word* buffer, upL_t size);
+    void set_base(cdi* buffer, upL_t size);
 
     void set_zero();
-    void set_uW(word x);
+    void set_uW(cdi x);
     void set_u64(u64_t x);
     void set_double(double x, s64_t exp);  // x * B^exp, exactly
-    void set_bui(const BasicInt<word>& source);
-    void set_efp(const ExactFloat<word>& source);
-    void set_gfp(const BigFloat<word>& source, upL_t p);  // the top min(p + 2, L) words
+    void set_bui(const BasicInt& source);
+    void set_efp(const ExactFloat& source);
+    void set_gfp(const BigFloat& source, upL_t p);  // the top min(p + 2, L) words
 
     // Words, length and exponent that the caller has written into the buffer; the second form says where in
     // it they lie.
     void set_words(upL_t L, s64_t exp, bool positive);
-    void set_view(const word* T, upL_t L, s64_t exp, bool positive);
+    void set_view(const cdi* T, upL_t L, s64_t exp, bool positive);
 
     // Complement and increment of the mantissa: the value becomes B^mag minus its former value.
     void negate_twos_complement();
 
-    void mul_uW(word x);
-    void set_mul_uW(const BigFloat<word>& a, word x);
+    void mul_uW(cdi x);
+    void set_mul_uW(const BigFloat& a, cdi x);
 
     // Sums and differences; the u forms take magnitudes, and usub needs |a| >= |b|.
-    void set_uadd(const BigFloat<word>& a, const BigFloat<word>& b, upL_t p);
-    void set_usub(const BigFloat<word>& a, const BigFloat<word>& b, upL_t p);
-    void set_add(const BigFloat<word>& a, const BigFloat<word>& b, upL_t p);
-    void set_sub(const BigFloat<word>& a, const BigFloat<word>& b, upL_t p);
+    void set_uadd(const BigFloat& a, const BigFloat& b, upL_t p);
+    void set_usub(const BigFloat& a, const BigFloat& b, upL_t p);
+    void set_add(const BigFloat& a, const BigFloat& b, upL_t p);
+    void set_sub(const BigFloat& a, const BigFloat& b, upL_t p);
     // |a| - |b| restricted to the p + 1 positions below mag; a borrow out of the top is discarded.
-    void set_rsub(const BigFloat<word>& a, const BigFloat<word>& b, s64_t mag, upL_t p, bool positive);
+    void set_rsub(const BigFloat& a, const BigFloat& b, s64_t mag, upL_t p, bool positive);
     // Adds x in place at a position from exp to exp + L.
-    void add_ip(typename WordTraits<word>::wide x, s64_t position);
+    void add_ip(u128_t x, s64_t position);
 
-    void set_sqr(const BasicParameters& params, const BigFloat<word>& a, upL_t p);
-    void set_mul(const BasicParameters& params, const BigFloat<word>& a, const BigFloat<word>& b, upL_t p);
+    void set_sqr(const BasicParameters& params, const BigFloat& a, upL_t p);
+    void set_mul(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p);
 
     // The product of transformed operands, of which only p + 2 words below position te are wanted; the
     // transform may be shorter than the product as long as te excludes what wraps. A is consumed. scratch has
     // work_bytes bytes.
-    void set_inverse_fsqr(void* scratch, Transform& A, s64_t te, upL_t p);
-    void set_inverse_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p);
+    void set_inverse_fsqr(TransformScratch* scratch, Transform& A, s64_t te, upL_t p);
+    void set_inverse_fmul(TransformScratch* scratch, Transform& A, const Transform& B, s64_t te, upL_t p);
 
-    // The same, 64-bit words only, with the residue of the transform's whole result
+    // The same, with the residue of the transform's whole result
     // (transform::checked_fmul); nothing where no word is wanted and no transform ran.
-    std::optional<u64_t> set_checked_fsqr(void* scratch, Transform& A, s64_t te, upL_t p);
-    std::optional<u64_t> set_checked_fmul(void* scratch, Transform& A, const Transform& B, s64_t te, upL_t p);
+    std::optional<u64_t> set_checked_fsqr(TransformScratch* scratch, Transform& A, s64_t te, upL_t p);
+    std::optional<u64_t> set_checked_fmul(TransformScratch* scratch, Transform& A, const Transform& B,
+                                          s64_t te, upL_t p);
 
   private:
-    struct ProductRange {
-        upL_t s, e;  // words of the cyclic product
-        s64_t exp;
-    };
-    word* writable_T() const { return base_ + (this->T_ - base_); }
-    void require(upL_t words, const char* location) const;
+    struct Product;
     void reset(upL_t L, s64_t exp, bool positive);
-    bool inverse_range(ProductRange& range, const Transform& A, upL_t n, s64_t exp, s64_t te, upL_t p,
-                       bool always_check, const char* truncated) const;
+    template <class Whole, class Part>
+    void product(upL_t n, s64_t exp, bool positive, upL_t p, const char* location, Whole whole, Part part);
     template <class Inverse>
-    void inverse_fsqr(Transform& A, s64_t te, upL_t p, Inverse inverse);
-    template <class Inverse>
-    void inverse_fmul(Transform& A, const Transform& B, s64_t te, upL_t p, Inverse inverse);
-    void signed_sum(const BigFloat<word>& a, const BigFloat<word>& b, bool b_positive, upL_t p);
-
-    word* base_ = nullptr;
-    upL_t size_ = 0;
+    void take_product(Transform& A, const Product& whole, s64_t te, upL_t p, Inverse inverse);
+    void signed_sum(const BigFloat& a, const BigFloat& b, bool b_positive, upL_t p);
 };
 
 }  // namespace znp

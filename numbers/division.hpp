@@ -13,16 +13,17 @@ namespace znp {
 // The cut below which a division goes straight to the small reciprocal.
 inline constexpr upL_t division_t9 = newton::small_precision;
 
-void zlp_div_t9_B(const BasicParameters& bp, newton::FloatR& Q, const newton::Float& A,
-                  const newton::Float& B, upL_t p, newton::Scratch scratch, StatusLine* status = nullptr);
+// The division.
+void zlm_div_t9_B(const BasicParameters& bp, BigFloatR& Q, const BigFloat& A, const BigFloat& B, upL_t p,
+                  newton::Scratch scratch, StatusLine* status = nullptr);
 
-// What follows the reciprocal in a division, p above 9: r is 1/B to h = (p + 1) / 2 words, at most h + 2
-// long; a transform of at least p + 9 words. scratch: 3 h + 11 words.
-void div_step(const BasicParameters& bp, const transform& algorithm, newton::FloatR& Q,
-              const newton::Float& A, const newton::Float& B, const newton::Float& r, upL_t p,
-              newton::Scratch scratch, StatusLine* status = nullptr);
+// Its step on all threads, which follows the reciprocal, p above 9: r is 1/B to h = (p + 1) / 2 words, at
+// most h + 2 long; a transform of at least p + 9 words. scratch: 3 h + 11 words.
+void zlp_div_t9_B(const BasicParameters& bp, const transform& algorithm, BigFloatR& Q, const BigFloat& A,
+                  const BigFloat& B, const BigFloat& r, upL_t p, newton::Scratch scratch,
+                  StatusLine* status = nullptr);
 
-// Words of scratch, exactly; bytes of work buffer.
+// Of the division: words of scratch, exactly; bytes of work buffer.
 upL_t div_scratch_words(upL_t p);
 upL_t div_work_bytes(upL_t p, u64_t threads);
 

@@ -5,8 +5,6 @@
 #include <cstring>
 
 #include "multiply/dispatch.hpp"
-#include "numbers/transform_helper.hpp"
-#include "shell/console.hpp"
 
 namespace znp {
 
@@ -14,167 +12,112 @@ using namespace newton;
 
 namespace {
 
-constexpr int failure = 2;
-constexpr cdi half = cdi{1} << 63;
+constexpr Routine small{"zlm_invsqrt_udw_E", nullptr,
+                        "zlm_invsqrt_udw_E(): Insufficient Allocated Space - PL"};
+constexpr Routine big{"zlm_invsqrt_udw_B", nullptr, "zlm_invsqrt_udw_B(): Insufficient Allocated Space - PL"};
 
-// Words of the recursive result, which has to hold p + 4 words for its own steps, and of the correction.
-constexpr upL_t half_words(upL_t h) {
-    return h + 4;
-}
-constexpr upL_t correction_words(upL_t h) {
-    return h + 3;
-}
-constexpr upL_t step_words(upL_t h) {
-    return half_words(h) + correction_words(h);
-}
+constexpr upL_t spare_words = invsqrt_words(0);
+
 constexpr upL_t transform_words(upL_t p) {
     return p + 6;
 }
 
-int failed_top(const char* text, cdi top) {
-    print_top(text, top);
-    return failure;
-}
-
-int failed_magnitude(const char* text, s64_t magnitude, upL_t h) {
-    print_magnitude(text, magnitude, h);
-    return failure;
-}
-
-int failed_residue() {
-    Console::print_error("zlm_invsqrt_udw_B(): Residue Check Failure");
-    return failure;
-}
-
-// y = y0 + c or y0 - c to p words, its low word moved.
-void correct(FloatR& y, const Float& y0, const Float& c, bool under, upL_t p) {
-    if (under) {
-        y.set_add(y0, c, p);
-    } else {
-        y.set_sub(y0, c, p);
-    }
-    perturb(y, p);
+// From this position on the square of an estimate, times a word, is known.
+s64_t known_from(const BigFloat& y0) {
+    return std::min<s64_t>(y0.get_exp() + 2, 0);
 }
 
 // T = T / 2: one bit down.
-void halve(FloatR& T) {
-    T.mul_uW(half);
+void halve(BigFloatR& T) {
+    T.mul_uW(cdi{1} << 63);
     T.shift_exp(-1);
+}
+
+void small_chain(const BasicParameters& bp, BigFloatR& y, u64_t x, upL_t p, Scratch scratch) {
+    if (p == 0) return y.set_double(1 / std::sqrt(static_cast<double>(x)), 0);
+    const upL_t h = half_precision(p);
+    BigFloatR estimate = small.take_estimate(scratch, h, spare_words);
+    small_chain(bp, estimate, x, h, scratch);
+    const BigFloat y0 = estimate.top_words(h);
+
+    BigFloatR& T = y;  // y's buffer is free until the end
+    T.set_sqr(bp, y0, p);
+    T.mul_uW(x);
+    const bool under = small.is_under(T.word_at(0), 1);
+    small.take_distance(T, under, 0, std::max(known_from(y0), 2 - static_cast<s64_t>(h)), h);
+    if (T.is_zero()) return y.set_gfp(y0, p);
+    halve(T);
+    BigFloatR c = scratch.take(correction_words(h));
+    c.set_mul(bp, T, y0, h + 1);
+    correct(y, y0, c, under, p, p);
+}
+
+void chain(const BasicParameters& bp, BigFloatR& y, u64_t x, upL_t p, Scratch scratch, StatusLine* status) {
+    if (p <= small_precision) return small_chain(bp, y, x, p, scratch);
+    const upL_t h = half_precision(p);
+    BigFloatR estimate = big.take_estimate(scratch, h, spare_words);
+    chain(bp, estimate, x, h, scratch, status);
+    TransformSlot slot;
+    const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
+    invsqrt_step(bp, algorithm, y, x, estimate.top_words(h), p, scratch, status);
+}
+
+// 0, or 2 for a chain that fails.
+template <class Chain>
+int result_of(Chain run) {
+    try {
+        run();
+        return 0;
+    } catch (const ConvergenceFailure& failure) {
+        return failure.code;
+    }
 }
 
 }  // namespace
 
 upL_t invsqrt_scratch_words(upL_t p) {
-    if (p == 0) return 0;
-    const upL_t h = half_precision(p);
-    return half_words(h) + std::max(invsqrt_scratch_words(h), correction_words(h));
-}
-
-int zlm_invsqrt_udw_E(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Scratch scratch) {
-    if (p == 0) {
-        y.set_double(1 / std::sqrt(static_cast<double>(x)), 0);
-        return 0;
-    }
-    const upL_t h = half_precision(p);
-    require_scratch(scratch, step_words(h), "zlm_invsqrt_udw_E(): Insufficient Allocated Space - PL");
-    FloatR y0_words = scratch.take(half_words(h));
-    if (const int status = zlm_invsqrt_udw_E(bp, y0_words, x, h, scratch); status != 0) return status;
-    const Float y0 = y0_words.top_words(h);
-    FloatR c = scratch.take(correction_words(h));
-
-    FloatR& T = y;
-    T.set_sqr(bp, y0, p);
-    T.mul_uW(x);
-    const s64_t te = std::min<s64_t>(y0.get_exp() + 2, 0);
-    const cdi top = T.word_at(0);
-    const bool under = top == 0;
-    if (under) {
-        if (T.get_mag() != 0) {
-            return failed_magnitude("zlm_invsqrt_udw_E(): Under-Estimate -> Convergence Failure", T.get_mag(),
-                                    h);
-        }
-        T.negate_twos_complement();
-    } else if (top == 1) {
-        T.truncate_top(0);
-    } else {
-        return failed_top("zlm_invsqrt_udw_E(): Convergence Failure", top);
-    }
-    if (T.is_zero()) {
-        y.set_gfp(y0, p);
-        return 0;
-    }
-    if (T.get_mag() > std::max<s64_t>(te, 2 - static_cast<s64_t>(h))) {
-        return failed_magnitude(under ? "zlm_invsqrt_udw_E(): Under-Estimate -> Convergence Failure"
-                                      : "zlm_invsqrt_udw_E(): Over-Estimate -> Convergence Failure",
-                                T.get_mag(), h);
-    }
-    halve(T);
-    c.set_mul(bp, T, y0, h + 1);
-    correct(y, y0, c, under, p);
-    return 0;
+    return chain_scratch_words(p, spare_words);
 }
 
 upL_t invsqrt_work_bytes(upL_t p, u64_t threads) {
-    return work_bytes_for<cdi>(std::max(transform_words(p), small_product), threads);
+    return chain_work_bytes(transform_words(p), threads);
 }
 
-int invsqrt_step(const BasicParameters& bp, const transform& algorithm, FloatR& y, u64_t x, const Float& y0,
-                 upL_t p, Scratch scratch, StatusLine* status) {
+void invsqrt_step(const BasicParameters& bp, const transform& algorithm, BigFloatR& y, u64_t x,
+                  const BigFloat& y0, upL_t p, Scratch scratch, StatusLine* status) {
     const upL_t h = half_precision(p);
-    const s64_t te = std::min<s64_t>(y0.get_exp() + 2, 0);
-    FloatR c = scratch.take(correction_words(h));
+    const s64_t te = known_from(y0);
 
     show_step(status, " - 0S - ", h);
     const TransformHelper helper(bp, algorithm);
-    const Float::Transform Y0(y0, helper.scratch, algorithm, helper.T2, h);
-    FloatR& T = y;
-    ProductCheck product(y0, y0);
-    {
-        Float::Transform square = Y0;  // the inverse consumes its image
-        std::memcpy(helper.T1, helper.T2, algorithm.transform_bytes);
-        square.image = helper.T1;
-        product.whole = T.set_checked_fsqr(helper.scratch, square, te, p);
-    }
+    const Operand Y0(helper, helper.T2, y0, h);
+    BigFloat::Transform square = Y0.transformed;  // the inverse consumes its image
+    std::memcpy(helper.T1, helper.T2, algorithm.transform_bytes);
+    square.image = helper.T1;
+    BigFloatR& T = y;
+    ProductCheck product(Y0.words, Y0.words);
+    product.whole = T.set_checked_fsqr(helper.scratch, square, te, p);
     T.mul_uW(x);
-    const cdi top = T.word_at(te - 1);
     T.truncate_top(te);
-    const bool under = top == ~cdi{0};
-    if (under) {
-        T.negate_twos_complement();
-    } else if (top != 0) {
-        return failed_top("zlm_invsqrt_udw_B(): Convergence Failure", top);
-    }
-    if (!T.is_zero() && T.get_mag() > 2 - static_cast<s64_t>(h)) {
-        return failed_magnitude(under ? "zlm_invsqrt_udw_B(): Under-Estimate -> Convergence Failure"
-                                      : "zlm_invsqrt_udw_B(): Over-Estimate -> Convergence Failure",
-                                T.get_mag(), h);
-    }
-    if (!product.holds(algorithm)) return failed_residue();
-    if (T.is_zero()) {
-        y.set_gfp(y0, p);
-        return 0;
-    }
+    const bool under = big.is_under(T.word_at(te - 1), 0);
+    big.take_distance(T, under, te, 2 - static_cast<s64_t>(h), h);
+    big.require_residue(product.holds(algorithm));
+    if (T.is_zero()) return y.set_gfp(y0, p);
 
     show_step(status, under ? " - U1M - " : " - O1M - ", h);
     halve(T);
-    product = ProductCheck(T.top_words(h + 1), y0);
-    Float::Transform E(T, helper.scratch, algorithm, helper.T1, h + 1);
-    product.whole = c.set_checked_fmul(helper.scratch, E, Y0, E.mag + Y0.mag, h + 1);
-    if (!product.holds(algorithm)) return failed_residue();
-    correct(y, y0, c, under, p);
-    return 0;
+    BigFloatR c = scratch.take(correction_words(h));
+    set_correction(big, c, helper, T, h + 1, Y0, h);
+    correct(y, y0, c, under, p, p);
 }
 
-int zlp_invsqrt_udw_B(const BasicParameters& bp, FloatR& y, u64_t x, upL_t p, Scratch scratch,
+int zlm_invsqrt_udw_E(const BasicParameters& bp, BigFloatR& y, u64_t x, upL_t p, Scratch scratch) {
+    return result_of([&] { small_chain(bp, y, x, p, scratch); });
+}
+
+int zlp_invsqrt_udw_B(const BasicParameters& bp, BigFloatR& y, u64_t x, upL_t p, Scratch scratch,
                       StatusLine* status) {
-    if (p <= small_precision) return zlm_invsqrt_udw_E(bp, y, x, p, scratch);
-    const upL_t h = half_precision(p);
-    require_scratch(scratch, step_words(h), "zlm_invsqrt_udw_B(): Insufficient Allocated Space - PL");
-    FloatR y0 = scratch.take(half_words(h));
-    if (const int result = zlp_invsqrt_udw_B(bp, y0, x, h, scratch, status); result != 0) return result;
-    TransformSlot slot;
-    const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
-    return invsqrt_step(bp, algorithm, y, x, y0.top_words(h), p, scratch, status);
+    return result_of([&] { chain(bp, y, x, p, scratch, status); });
 }
 
 }  // namespace znp

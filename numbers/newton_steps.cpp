@@ -1,7 +1,11 @@
 #include "numbers/newton_steps.hpp"
 
+#include <algorithm>
+#include <string>
+
 #include "foundation/fail.hpp"
 #include "foundation/strings.hpp"
+#include "multiply/dispatch.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "shell/console.hpp"
@@ -10,41 +14,69 @@ namespace znp::newton {
 
 namespace {
 
-[[noreturn]] void fail_with(const char* message) {
-    fail(zn_exception(error_code::numerical_result, message));
-}
+// The longest product of the small routines, in words.
+constexpr upL_t small_product = 20;
 
 }  // namespace
+
+// ---- Memory
 
 void require_scratch(const Scratch& scratch, upL_t required, const char* message) {
     if (scratch.size() >= required) return;
     Console::print_labelled_line("Required", to_string_u64(required));
     Console::print_labelled_line("Given   ", to_string_u64(scratch.size()));
-    fail_with(message);
+    fail(zn_exception(error_code::numerical_result, message));
 }
 
-void print_top(const char* text, cdi top) {
-    Console::print_error(text);
-    Console::print_labelled_line("top", format_printf(32, "%016lx", top));
+upL_t chain_scratch_words(upL_t p, upL_t spare) {
+    if (p == 0) return 0;
+    const upL_t h = half_precision(p);
+    return h + spare + std::max(chain_scratch_words(h, spare), correction_words(h));
 }
 
-void print_magnitude(const char* text, s64_t magnitude, upL_t h) {
-    Console::println(format_printf(64, "%ld", magnitude));
+upL_t chain_work_bytes(upL_t transform_words, u64_t threads) {
+    return work_bytes_for<cdi>(std::max(transform_words, small_product), threads);
+}
+
+// ---- Failures
+
+BigFloatR Routine::take_estimate(Scratch& scratch, upL_t h, upL_t spare) const {
+    require_scratch(scratch, h + spare + correction_words(h), no_space);
+    return scratch.take(h + spare);
+}
+
+bool Routine::is_under(cdi top, cdi over, unsigned deepest) const {
+    const cdi below = over - top;
+    if (below > deepest) fail("Convergence Failure", {{"top", top}});
+    return below != 0;
+}
+
+void Routine::take_distance(BigFloatR& T, bool under, s64_t te, s64_t limit, upL_t h) const {
+    if (under && T.is_zero()) fail("strip_l1s() resulted in zero.", {{"top", 0}});
+    const bool next_to_one = !under || T.get_mag() == te;
+    if (!under) {
+        T.truncate_top(te);
+    } else if (next_to_one) {
+        T.negate_twos_complement();
+    }
+    if (next_to_one && (T.is_zero() || T.get_mag() <= limit)) return;
+    Console::println(format_printf(64, "%ld", T.get_mag()));
     Console::println(format_printf(64, "%ld", -static_cast<s64_t>(h)));
-    Console::print_error(text);
+    fail(under ? "Under-Estimate -> Convergence Failure" : "Over-Estimate -> Convergence Failure");
 }
 
-void fail_top(const char* text, cdi top, const char* failed) {
-    print_top(text, top);
-    fail_with(failed);
+void Routine::fail(const char* what, std::initializer_list<ShownWord> words) const {
+    Console::print_error(std::string(name) + "(): " + what);
+    for (const ShownWord& shown : words) {
+        Console::print_labelled_line(shown.label, format_printf(32, "%016lx", shown.word));
+    }
+    znp::fail(ConvergenceFailure(error_code::numerical_result, failed, {}, {},
+                                 failed == nullptr ? action::throw_silently : action::print_and_throw));
 }
 
-void fail_magnitude(const char* text, s64_t magnitude, upL_t h, const char* failed) {
-    print_magnitude(text, magnitude, h);
-    fail_with(failed);
-}
+// ---- Verified products
 
-ProductCheck::ProductCheck(const Float& a, const Float& b)
+ProductCheck::ProductCheck(const BigFloat& a, const BigFloat& b)
     : product_(
           residue::mul(residue::hash_words(a.get_T(), a.get_L()), residue::hash_words(b.get_T(), b.get_L()))),
       exp_(a.get_exp() + b.get_exp()),
@@ -75,15 +107,35 @@ u64_t near_one_residue(s64_t position, bool under) {
     return residue::sub(residue::word_power64(-position), under ? 1 : 0);
 }
 
-void fail_residue(const char* text, const char* failed) {
-    Console::print_error(text);
-    fail_with(failed);
+ProductCheck checked_mul(BigFloatR& out, const TransformHelper& helper, Operand& a, const Operand& b,
+                         s64_t te, upL_t p) {
+    ProductCheck product(a.words, b.words);
+    product.whole = out.set_checked_fmul(helper.scratch, a.transformed, b.transformed, te, p);
+    return product;
 }
 
-void perturb(FloatR& y, upL_t p) {
+void set_correction(const Routine& routine, BigFloatR& c, const TransformHelper& helper, const BigFloat& d,
+                    upL_t d_precision, const Operand& r, upL_t h) {
+    Operand D(helper, helper.T1, d, d_precision);
+    const s64_t top = D.transformed.mag + r.transformed.mag;
+    routine.require_residue(checked_mul(c, helper, D, r, top, h + 1).holds(helper.algorithm));
+}
+
+// ---- The end of a step
+
+void correct(BigFloatR& y, const BigFloat& y0, const BigFloat& c, bool under, upL_t kept, upL_t p) {
+    if (under) {
+        y.set_add(y0, c, kept);
+    } else {
+        y.set_sub(y0, c, kept);
+    }
+    perturb(y, p);
+}
+
+void perturb(BigFloatR& y, upL_t p) {
     const upL_t L = y.get_L();
     if (L <= p) return;
-    cdi* T = y.get_base() + (y.get_T() - y.get_base());
+    cdi* const T = y.word_ptr(0);
     if (!copy_add_carry(T, T, L, true)) return;
     // All words were ones and are zeros now: the value is the next power of the word base.
     T[L - 1] = 1;

@@ -36,15 +36,15 @@ struct Layout {
     upL_t fraction_words;
     upL_t bytes;
 
-    Layout(const CBR_table& table, const CBR_ParallelPlan& plan, u64_t threads) {
+    Layout(const CBR_shape& shape, const CBR_ParallelPlan& plan, u64_t threads) {
         images = record_bytes;
         fraction = images;
         upL_t products = 0;
-        if (table.levels != 0) {
-            products = std::max(plan.at[0].bytes, table.product_bytes(table.levels - 1, threads));
-            for (unsigned i = 0; i + 1 < table.levels; i++) fraction += table.image_bytes(i);
+        if (shape.levels != 0) {
+            products = std::max(plan.at[0].bytes, shape.product_bytes(shape.levels - 1, threads));
+            for (unsigned i = 0; i + 1 < shape.levels; i++) fraction += shape.image_bytes(i);
         }
-        fraction_words = std::max(table.region_words(table.length), table.powers_words());
+        fraction_words = std::max(shape.region_words(shape.length), shape.powers_words());
         work = fraction + work_aligned(fraction_words * sizeof(cdi));
         bytes = work + products;
     }
@@ -53,7 +53,7 @@ struct Layout {
 // The table in the work buffer, destroyed at the end.
 class TableInPlace {
   public:
-    TableInPlace(std::byte* place, cdi radix, upL_t n) : table_(new (place) CBR_table(radix, n)) {}
+    TableInPlace(std::byte* place, const CBR_shape& shape) : table_(new (place) CBR_table(shape)) {}
     TableInPlace(const TableInPlace&) = delete;
     TableInPlace& operator=(const TableInPlace&) = delete;
     ~TableInPlace() { table_->~CBR_table(); }
@@ -67,21 +67,19 @@ class TableInPlace {
 
 upL_t cbr_table_size(cdi radix, upL_t n, u64_t threads) {
     if (!is_convertible(radix, n)) return ~upL_t{0};
-    const CBR_table table(radix, n);
-    return Layout(table, znp_CBRv2_ci_btrf_ap_make(table, threads), threads).bytes;
+    const CBR_shape shape(radix, n);
+    return Layout(shape, znp_CBRv2_ci_btrf_ap_make(shape, threads), threads).bytes;
 }
 
 int convert(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
             StatusLine* status) {
-    // The record is in the buffer before the whole need is known.
-    if (bp.ML < record_bytes || !is_convertible(radix, n)) {
-        fire(BufferTooSmallException("convert()", bp.ML, cbr_table_size(radix, n, bp.tds)));
-    }
-    const TableInPlace place(record_place(bp.M), radix, n);
-    CBR_table& table = *place;
-    const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(table, bp.tds);
-    const Layout layout(table, plan, bp.tds);
+    if (!is_convertible(radix, n)) fire(BufferTooSmallException("convert()", bp.ML, ~upL_t{0}));
+    const CBR_shape shape(radix, n);
+    const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(shape, bp.tds);
+    const Layout layout(shape, plan, bp.tds);
     if (bp.ML < layout.bytes) fire(BufferTooSmallException("convert()", bp.ML, layout.bytes));
+    const TableInPlace place(record_place(bp.M), shape);
+    CBR_table& table = *place;
     auto* const words = reinterpret_cast<cdi*>(bp.M + layout.fraction);
     BasicParameters work = bp;
     work.M = bp.M + layout.work;

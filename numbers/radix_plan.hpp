@@ -2,7 +2,7 @@
 // scratch memory of each.
 #pragma once
 
-#include "numbers/radix_table.hpp"
+#include "numbers/radix_shape.hpp"
 
 namespace znp {
 
@@ -18,12 +18,12 @@ struct CBR_ParallelPlan {
     // The first half of a piece does not need the cut's product. Where that product is too short to gain much
     // from threads, the first half starts as soon as the fraction is transformed, and the rest of the product
     // belongs to the second half's task.
-    static bool starts_early(const CBR_table& table, unsigned level);
+    static bool starts_early(const CBR_shape& shape, unsigned level);
 
     // The threads of the halves of a piece, and the bytes of the second one with the product of its cut.
     static u64_t first_threads(u64_t threads) { return threads - threads / 2; }
     static u64_t second_threads(u64_t threads) { return threads / 2; }
-    upL_t second_bytes(const CBR_table& table, unsigned cut_level, unsigned depth, u64_t threads) const;
+    upL_t second_bytes(const CBR_shape& shape, unsigned cut_level, unsigned depth, u64_t threads) const;
     bool forks(unsigned depth, u64_t threads) const { return depth < thread_levels && threads > 1; }
 
     struct Level {
@@ -31,9 +31,9 @@ struct CBR_ParallelPlan {
         upL_t bytes;        // for that one
         upL_t fewer_bytes;  // for one thread fewer
     };
-    Level at[CBR_table::max_levels + 1];  // by depth, to thread_levels
+    Level at[CBR_shape::max_levels + 1];  // by depth, to thread_levels
 };
 
-CBR_ParallelPlan znp_CBRv2_ci_btrf_ap_make(const CBR_table& table, u64_t threads);
+CBR_ParallelPlan znp_CBRv2_ci_btrf_ap_make(const CBR_shape& shape, u64_t threads);
 
 }  // namespace znp

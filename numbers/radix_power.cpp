@@ -7,6 +7,7 @@
 #include "multiply/kernels/residue.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "multiply/kernels/word_primitives.hpp"
+#include "numbers/number_storage.hpp"
 #include "shell/console.hpp"
 
 namespace znp::radix {
@@ -31,8 +32,7 @@ PowerSize power_size(cdi radix, u64_t e) {
 
 upL_t strip_zero_words(const cdi*& T, upL_t& L) {
     L = normalised_length(T, L);
-    upL_t zeros = 0;
-    while (zeros < L && T[zeros] == 0) zeros++;
+    const upL_t zeros = low_zero_words(T, L);
     T += zeros;
     L -= zeros;
     return zeros;

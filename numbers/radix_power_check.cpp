@@ -61,9 +61,9 @@ void raise(const BasicParameters& bp, Power& P, cdi radix, u64_t e, StatusLine* 
         newton::show_step(status, "Powering...   ", 2 * P.L);
         TransformSlot slot;
         const transform& algorithm = make_transform<cdi>(bp, slot, 2 * P.L);
-        std::byte* const scratch = bp.M + algorithm.transform_bytes;
-        algorithm.forward(bp.M, P.T, P.L, scratch);
-        algorithm.inverse_fsqr(P.T, 0, 2 * P.L, bp.M, scratch);
+        const WorkAreas areas = algorithm.work_areas(bp.M);
+        algorithm.forward(areas.T1, {P.T, P.L}, areas.scratch);
+        algorithm.inverse_fsqr({P.T, 0, 2 * P.L}, areas.T1, areas.scratch);
         P.L *= 2;
         P.zero_words *= 2;
         if ((e & bit) != 0) {
@@ -103,12 +103,10 @@ int power_check(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, cons
     const upL_t end = layout.fraction_words + P.L;
     TransformSlot slot;
     const transform& algorithm = make_transform<cdi>(work, slot, layout.product_words);
-    std::byte* const T1 = work.M;
-    std::byte* const T2 = T1 + algorithm.transform_bytes;
-    std::byte* const scratch = T2 + algorithm.transform_bytes;
-    algorithm.forward(T1, F, layout.fraction_words, scratch);
-    algorithm.forward(T2, P.T, P.L, scratch);
-    const u64_t actual = algorithm.checked_fmul(P.T, point, end, T1, T2, scratch);
+    const auto [T1, T2, scratch] = algorithm.work_areas(work.M);
+    algorithm.forward(T1, {F, layout.fraction_words}, scratch);
+    algorithm.forward(T2, {P.T, P.L}, scratch);
+    const u64_t actual = algorithm.checked_fmul({P.T, point, end}, T1, T2, scratch);
     if (actual != expected) {
         radix::report_mismatch("Radix Conversion: Product Hash Mismatch", expected, actual);
         return 1;

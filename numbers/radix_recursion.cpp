@@ -21,9 +21,9 @@ struct Cut {
     RadixPiece first, second;
 
     Cut(const CBR_table& table, const RadixPiece& piece) : k(table.cut_level(piece.m, piece.level)) {
-        const upL_t h = table.base << k;
+        const upL_t h = table.first_words(k);
         first = {piece.out + (piece.m - h), h, piece.end, k};
-        second = {piece.out, piece.m - h, piece.end - (radix::leaf_fraction_words(table.base) << k), k};
+        second = {piece.out, piece.m - h, piece.end - table.first_region_words(k), k};
     }
 };
 
@@ -101,7 +101,7 @@ bool repair_overlap(cdi* first, upL_t m, cdi radix, cdi expected, cdi actual) {
 
 int znh_CBRv2_ci_btrf_L(const CBR_table& table, const RadixPiece& piece, cdi& overlap, std::byte* work,
                         ConversionProgress* progress) {
-    if (CBR_table::is_leaf(piece.m)) {
+    if (CBR_shape::is_leaf(piece.m)) {
         overlap = convert_piece(table, piece);
         return 0;
     }
@@ -118,7 +118,7 @@ int znq_CBRv2_ci_btrf_T(const BasicParameters& bp, const CBR_table& table, const
                         unsigned depth, const RadixPiece& piece, cdi& overlap, ConversionProgress* progress) {
     const double digits =
         static_cast<double>(piece.m) * table.words_per_radix * WordTraits<cdi>::decimal_digits + 1;
-    if (!plan.forks(depth, bp.tds) || CBR_table::is_leaf(piece.m)) {
+    if (!plan.forks(depth, bp.tds) || CBR_shape::is_leaf(piece.m)) {
         if (progress != nullptr) {
             progress->enter(1, digits);
             progress->begin(piece.m);
@@ -156,7 +156,7 @@ int znq_CBRv2_ci_btrf_T(const BasicParameters& bp, const CBR_table& table, const
         if (early) multiply();
         second_error = znq_CBRv2_ci_btrf_T(second, table, plan, depth + 1, cut.second, overlap, progress);
     });
-    raise_status(fork_two(first_task, second_task));
+    fork_two(first_task, second_task);
     if (first_error != 0) return first_error;
     if (second_error != 0) return second_error;
     return join("znq_CBRv2_ci_btrf_T(): Overlap Mismatch", table, cut, expected);

@@ -2,7 +2,8 @@
 //
 // A series knows its per-term formula and a few logarithmic size functions; how a range of terms is divided,
 // merged, cut into sections and forked onto threads is the same for all (series/recursion.hpp,
-// series/partial_series.hpp). A range is half-open, [a, b), in 64-bit term indices. A sum over a range is
+// series/partial_series.hpp). A class of series (series/classes/) is a set of numbers that a range hands on,
+// with their merge and their sum. A range is half-open, [a, b), in 64-bit term indices. A sum over a range is
 // P/Q; R is what a range hands to the one on its right.
 //
 // Units: sizes in 64-bit words, logarithmic sizes in nats. Objects are immutable once built and shared by
@@ -14,6 +15,7 @@
 #include "numbers/basic_int.hpp"
 #include "numbers/exact_float.hpp"
 #include "series/memory_plan.hpp"
+#include "series/psr_plan.hpp"
 
 namespace znp {
 
@@ -42,15 +44,20 @@ class zl_BSS {
     virtual double precision_of(u64_t a, u64_t b) const = 0;
     // Words of precision that are still needed of the terms from a on when the series ends at b. Only a
     // series that can be summed with truncated products (ASR) has it and says so; the others throw.
-    virtual bool has_PrecisionAtIndex() const { return false; }
+    virtual bool can_be_truncated() const { return false; }
     virtual upL_t PrecisionAtIndex(u64_t a, u64_t b) const;
     // What a range with a Q of L words takes (series/memory_plan.hpp).
     virtual MemoryPlan memory_plan(upL_t L, u64_t level, u64_t threads) const;
+    // The sum by a plan, which the series' class makes, and what it takes (series/partial_series.hpp).
+    virtual SumSizes sum_sizes(const PSRPlan& plan, u64_t threads) const = 0;
+    virtual void sum(const SumTask& task) const = 0;
 
     // Where a range of more than 100 terms is divided: the smallest m that halves the size.
     u64_t split(u64_t a, u64_t b) const;
     // The middle up to 100 terms, split(a, b) above.
     u64_t divide(u64_t a, u64_t b) const;
+    // The half [a, m) holds an odd number of terms, so that the one behind it begins with the other sign.
+    bool subtracts(u64_t a, u64_t m) const { return alternating && ((a ^ m) & 1) != 0; }
     upL_t words_of(u64_t a, u64_t b) const;   // of Q(a, b)
     u64_t digits_of(u64_t a, u64_t b) const;  // the same in decimal digits
 
@@ -64,25 +71,28 @@ class zl_BSS {
         : alternating(alternating_), memory_overhead(memory_overhead_), end_threshold(end_threshold_) {}
 };
 
-// Series with P, Q, R in a node: P = Pl Qr +- Rl Pr, Q = Ql Qr, R = Rl Rr.
+// Series with P, Q, R in a node (series/classes/type0.hpp).
 class zl_BSS_P2B3_Type0 : public zl_BSS {
   public:
-    using IntR = BasicIntR<cdi>;
-
     // Fills P, Q, R of a range of 1 to end_threshold - 1 terms. t0 and t1 are scratch; all five objects have
     // the words that the memory plan gives a node below the threshold. An object that is too small throws
     // BufferTooSmallException at the location of the routine that noticed.
-    virtual void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const = 0;
+    virtual void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                         u64_t b) const = 0;
+    SumSizes sum_sizes(const PSRPlan& plan, u64_t threads) const final;
+    void sum(const SumTask& task) const final;
 
   protected:
     using zl_BSS::zl_BSS;
 };
 
-// Series whose terms are fractions of their own, P and Q in a node: P = Pl Qr +- Ql Pr, Q = Ql Qr.
+// Series whose terms are fractions of their own, P and Q in a node (series/classes/bbp.hpp).
 class zl_BSS_P2B2_BBP : public zl_BSS {
   public:
     // The term k, which is the range [k - 1, k).
-    virtual void BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const = 0;
+    virtual void BSR_End(ExactFloatR& P, ExactFloatR& Q, u64_t k) const = 0;
+    SumSizes sum_sizes(const PSRPlan& plan, u64_t threads) const final;
+    void sum(const SumTask& task) const final;
 
   protected:
     using zl_BSS::zl_BSS;

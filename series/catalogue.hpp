@@ -1,6 +1,6 @@
 // The series that the system sums, one class each. Formulas of the terms: with each class's source file.
 //
-// The closing formulas around a sum stand with the drivers of the constants.
+// The closing formulas around a sum stand in compute/formulas.
 //
 // What an end routine takes, for a range of k terms: in the classes with P, Q, R all five objects
 // end_words(Class::term_words, k) words; in Series_E_Taylor, P and Q k words, one more from 8 terms on. The
@@ -17,7 +17,7 @@ constexpr upL_t end_words(upL_t term_words, u64_t k) {
 }
 
 // e = 2 + sum, or 1/e = sum when alternating, over the terms from 1: sums of reciprocal partial factorials.
-// P and Q in a node: P = Pl Qr +- Pr, Q = Ql Qr. Ends at ranges of at most 15 terms.
+// A class of its own (series/classes/taylor.hpp). Ends at ranges of at most 15 terms.
 class Series_E_Taylor final : public zl_BSS {
   public:
     explicit Series_E_Taylor(bool alternating_) : zl_BSS(alternating_, 6, 16) {}
@@ -25,48 +25,55 @@ class Series_E_Taylor final : public zl_BSS {
     double size_at(double x) const override;
     double precision_of(u64_t a, u64_t b) const override;
     // P and Q of a range of 1 to 15 terms.
-    void BSR_End(BasicIntR<cdi>& P, BasicIntR<cdi>& Q, u64_t a, u64_t b) const;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, u64_t a, u64_t b) const;
+    SumSizes sum_sizes(const PSRPlan& plan, u64_t threads) const override;
+    void sum(const SumTask& task) const override;
 };
 
 class Pi_Chudnovsky final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 5;
     Pi_Chudnovsky();
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 };
 
 class Pi_Ramanujan final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 5;
     Pi_Ramanujan();
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 };
 
 class Zeta3_AZ1 final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 8;
     Zeta3_AZ1();
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 };
 
 class Zeta3_AZ2 final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 14;
     Zeta3_AZ2();
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 };
 
 class Catalan_Lupas final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 7;
     Catalan_Lupas();
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 };
 
 class Catalan_Huvent final : public SteadySeries<zl_BSS_P2B2_BBP> {
   public:
     Catalan_Huvent();
-    void BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const override;
+    void BSR_End(ExactFloatR& P, ExactFloatR& Q, u64_t k) const override;
 };
 
 // Of an argument x: x2 = x^2.
@@ -76,7 +83,8 @@ class ArcCoth final : public SteadySeries<zl_BSS_P2B3_Type0> {
     explicit ArcCoth(u64_t x);  // 2 to 4294967295
     const u64_t x2;
     const double log_x2;  // ln(x2)
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 
   private:
     ArcCoth(u64_t x2_, double log_x2_);
@@ -89,7 +97,8 @@ class ArcSinlemn final : public SteadySeries<zl_BSS_P2B3_Type0> {
     ArcSinlemn(u64_t n, u64_t d);
     const u64_t n, d, n4, d4;                // n^4, d^4
     const double log_n4, log_d4, log_ratio;  // ln(n^4), ln(d^4), ln(d^4 / n^4)
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 };
 
 // The asymptotic series C of the refined Brent-McMillan formula; n = 2^m.
@@ -101,9 +110,10 @@ class EulerGamma_BM_C final : public zl_BSS_P2B3_Type0 {
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;
     double precision_of(u64_t a, u64_t b) const override;
-    bool has_PrecisionAtIndex() const override { return true; }
+    bool can_be_truncated() const override { return true; }
     upL_t PrecisionAtIndex(u64_t a, u64_t b) const override;
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override;
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override;
 };
 
 }  // namespace znp

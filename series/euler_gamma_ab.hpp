@@ -36,8 +36,11 @@ class Series_EulerGamma_BM_AB : public zl_BSS {
 
     // A range of one or two terms. The objects have the words of end_words at least.
     static constexpr upL_t end_words[4] = {1, 2, 3, 4};
-    virtual void BSR_End(ExactFloatR<cdi>& U, ExactFloatR<cdi>& V, ExactFloatR<cdi>& W, ExactFloatR<cdi>& X,
-                         u64_t a, u64_t b) const;
+    virtual void BSR_End(ExactFloatR& U, ExactFloatR& V, ExactFloatR& W, ExactFloatR& X, u64_t a,
+                         u64_t b) const;
+
+    SumSizes sum_sizes(const PSRPlan& plan, u64_t threads) const override;
+    void sum(const SumTask& task) const override;
 
   private:
     double magnitude(double x) const;  // ln(n^x / x!)
@@ -56,7 +59,6 @@ ABSumSizes ab_sum_sizes(const Series_EulerGamma_BM_AB& series, const PSRPlan& pl
 // T = X, Q = V and R = W over all terms of the plan, to the precision of its first row: with S = Q^2, R/S is
 // B - 1 and T/(Q S) is A. Buffers, failures, log and status are as in B_PSR of series/partial_series.hpp.
 void B_PSR(const BasicParameters& bp, const Series_EulerGamma_BM_AB& series, const PSRPlan& plan,
-           BigFloatR<cdi>& T, BigFloatR<cdi>& Q, BigFloatR<cdi>& R, cdi* nodes, EventLog* log,
-           StatusLine* status);
+           BigFloatR& T, BigFloatR& Q, BigFloatR& R, cdi* nodes, EventLog* log, StatusLine* status);
 
 }  // namespace znp

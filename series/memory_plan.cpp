@@ -31,23 +31,28 @@ MemoryPlan serial_memory_plan(upL_t L, upL_t overhead) {
     return {sum_of_levels(w, overhead), work_bytes_for<cdi>(2 * w, 1)};
 }
 
-// The nodes of a level have `few` or `many` threads: a fork gives its halves threads / 2, rounded down and
-// up. A multiplier may need more on fewer threads, so that both count.
+// A level is counted with the threads of the level above, and with those that its nodes really get: a fork
+// gives its halves threads / 2, rounded down (`few`) and up (`many`). A multiplier may need more on fewer
+// threads.
 MemoryPlan parallel_memory_plan(upL_t L, upL_t overhead, u64_t tasks, u64_t threads, unsigned max_forks) {
-    const auto merge_bytes = [threads](upL_t w, u64_t given) {
-        return work_bytes_for<cdi>(2 * w, std::max<u64_t>(1, std::min(given, threads)));
-    };
+    const auto threads_of = [threads](u64_t given) { return std::max<u64_t>(1, std::min(given, threads)); };
     upL_t w = half(L, overhead);
-    upL_t bytes = merge_bytes(w, tasks);
+    upL_t bytes = work_bytes_for<cdi>(2 * w, threads_of(tasks));
     u64_t few = tasks;
     u64_t many = tasks;
     unsigned forks = 0;
     while (many > 1 && forks < max_forks) {
+        const u64_t above = many;
         few /= 2;
         many = (many + 1) / 2;
         forks++;
         w = half(w, overhead);
-        bytes = std::max(bytes, (std::max(merge_bytes(w, few), merge_bytes(w, many)) + 32) << forks);
+        u64_t counted = 0;
+        for (const u64_t given : {threads_of(above), threads_of(many), threads_of(few)}) {
+            if (given == counted) continue;
+            bytes = std::max(bytes, (work_bytes_for<cdi>(2 * w, given) + 32) << forks);
+            counted = given;
+        }
     }
     return {sum_of_levels(w, overhead) << forks, bytes};
 }

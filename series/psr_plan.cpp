@@ -1,6 +1,7 @@
-// The plan of sections.
+#include "series/psr_plan.hpp"
+
 #include "foundation/strings.hpp"
-#include "series/partial_series.hpp"
+#include "series/bss.hpp"
 #include "shell/console.hpp"
 
 namespace znp {
@@ -43,7 +44,7 @@ class PlanMaker {
         append(a, asr ? series_.section_end_asr(a, terms_, asr_target_)
                       : series_.section_end(a, terms_, target_));
         SectionRow& row = plan_.back();
-        if (!asr && series_.has_PrecisionAtIndex() && fits(row)) {
+        if (!asr && series_.can_be_truncated() && fits(row)) {
             asr_target_ = static_cast<double>(row.length) * nats_per_word;
         }
         row.asr = asr_target_ > 0;

@@ -11,7 +11,7 @@
 //
 // Threads: the tasks of a fork share read-only rules only. A node of at least fork_min_terms terms that may
 // use two threads or more halves its buffers and its work buffer for its two halves, which run at the same
-// time; the merge then has the whole of them. A failure on another thread arrives as raise_status() says.
+// time; the merge then has the whole of them. A failure on another thread arrives at the join, whole.
 #pragma once
 
 #include <algorithm>
@@ -29,34 +29,48 @@ namespace znp {
 inline constexpr u64_t fork_min_terms = 1000;
 
 // What is summed, and how. Rules are small values.
-//   Node          std::array of ExactFloatR<cdi> or BigFloatR<cdi>: the results, then the temporaries
+//   Node          the objects of a node by their names, ExactFloatR or BigFloatR: results and temporaries.
+//                 Node::all(node) is the array of pointers to them, node.shown() the one that progress tells
 //   series        the series
 //   ends          whether the range goes to end(), which fills the node's results
 //   divide        where it is divided, strictly inside
-//   left, right   the rules of the two halves
 //   behind        the objects of the right half, once the left half has left its results in the node: what
 //                 remains of their buffers. The right half's results may be told to lie in a temporary and
 //                 the other way round.
-//   right_half    the same for the upper halves of the buffers of a node that forks: may swap roles
 //   merge         out = left and right; out's buffers start where left's do, and reach over right's. With
 //                 subtract the right half enters with a minus sign.
+// and, where a class has them:
+//   left, right   the rules of the two halves, if they are not the whole's
+//   right_half    what behind() does, for the upper halves of the buffers of a node that forks: swaps roles
 template <class R>
 concept RecursionRules = requires(const R& rules, const BasicParameters& bp, typename R::Node& node,
                                   const typename R::Node& results, u64_t a) {
     { rules.series } -> std::convertible_to<const zl_BSS&>;
     { rules.ends(a, a) } -> std::same_as<bool>;
     { rules.divide(a, a) } -> std::same_as<u64_t>;
-    { rules.left(a) } -> std::same_as<R>;
-    { rules.right(a) } -> std::same_as<R>;
     rules.end(node, a, a);
     { rules.behind(results) } -> std::same_as<typename R::Node>;
-    rules.right_half(node);
     rules.merge(bp, node, results, results, true);
+    R::Node::all(node);
+    node.shown();
 };
 
-// The left half holds an odd number of terms, so that the right one begins with the other sign.
-inline bool subtracts(const zl_BSS& series, u64_t a, u64_t m) {
-    return series.alternating && ((a ^ m) & 1) != 0;
+template <RecursionRules R>
+R left_rules(const R& rules, u64_t m) {
+    if constexpr (requires { rules.left(m); }) {
+        return rules.left(m);
+    } else {
+        return rules;
+    }
+}
+
+template <RecursionRules R>
+R right_rules(const R& rules, u64_t m) {
+    if constexpr (requires { rules.right(m); }) {
+        return rules.right(m);
+    } else {
+        return rules;
+    }
 }
 
 // The part of a node's time that its merge takes, for the progress only.
@@ -73,11 +87,11 @@ void sum_in_place(const BasicParameters& bp, const R& rules, typename R::Node& n
                   const RecursionProgress& progress, SumHalf sum_half) {
     using Node = typename R::Node;
     const u64_t m = rules.divide(a, b);
-    sum_half(rules.left(m), node, a, m, progress.part(0, (1 - merge_share) / 2));
+    sum_half(left_rules(rules, m), node, a, m, progress.part(0, (1 - merge_share) / 2));
     const Node left = node;
     Node right = rules.behind(left);
-    sum_half(rules.right(m), right, m, b, progress.part((1 - merge_share) / 2, 1 - merge_share));
-    rules.merge(bp, node, left, right, subtracts(rules.series, a, m));
+    sum_half(right_rules(rules, m), right, m, b, progress.part((1 - merge_share) / 2, 1 - merge_share));
+    rules.merge(bp, node, left, right, rules.series.subtracts(a, m));
 }
 
 // On this thread alone, but for the merges.
@@ -91,14 +105,14 @@ void sum_serial(const BasicParameters& bp, const R& rules, typename R::Node& nod
     sum_in_place(bp, rules, node, a, b, progress,
                  [&bp](const R& half, typename R::Node& part, u64_t from, u64_t to,
                        const RecursionProgress& share) { sum_serial(bp, half, part, from, to, share); });
-    if (progress && b - a >= fork_min_terms) progress.done(digits_of(node[0].get_L()));
+    if (progress && b - a >= fork_min_terms) progress.done(digits_of(node.shown().get_L()));
 }
 
 // The lower and the upper half of a buffer; the split keeps the alignment of four words and of 32 bytes.
-constexpr upL_t half_words(upL_t words) {
+constexpr upL_t half_buffer_words(upL_t words) {
     return (words >> 1) & ~upL_t{3};
 }
-constexpr upL_t half_bytes(upL_t bytes) {
+constexpr upL_t half_buffer_bytes(upL_t bytes) {
     return (bytes >> 6) << 5;
 }
 
@@ -114,42 +128,49 @@ void sum_forked(const BasicParameters& bp, const R& rules, typename R::Node& nod
     const u64_t m = rules.divide(a, b);
     Node left = node;
     Node right = node;
-    for (upL_t i = 0; i < node.size(); i++) {
-        const upL_t half = half_words(node[i].get_size());
-        left[i].set_base(node[i].get_base(), half);
-        right[i].set_base(node[i].get_base() + half, half);
+    const auto whole = Node::all(node), lower = Node::all(left), upper = Node::all(right);
+    for (upL_t i = 0; i < whole.size(); i++) {
+        const upL_t half = half_buffer_words(whole[i]->get_size());
+        lower[i]->set_base(whole[i]->get_base(), half);
+        upper[i]->set_base(whole[i]->get_base() + half, half);
     }
-    rules.right_half(right);
-    const upL_t bytes = half_bytes(bp.ML);
+    if constexpr (requires { rules.right_half(right); }) rules.right_half(right);
+    const upL_t bytes = half_buffer_bytes(bp.ML);
     const BasicParameters left_bp{bp.holder, bp.M, bytes, bp.tds};
     const BasicParameters right_bp{bp.holder, bp.M + bytes, bytes, bp.tds};
 
-    auto sum_right = make_task(
-        [&](u64_t) { sum_forked(right_bp, rules.right(m), right, m, b, threads >> 1, RecursionProgress()); });
+    auto sum_right = make_task([&](u64_t) {
+        sum_forked(right_bp, right_rules(rules, m), right, m, b, threads >> 1, RecursionProgress());
+    });
     auto sum_left = make_task([&](u64_t) {
-        sum_forked(left_bp, rules.left(m), left, a, m, threads - (threads >> 1),
+        sum_forked(left_bp, left_rules(rules, m), left, a, m, threads - (threads >> 1),
                    progress.part(0, 1 - merge_share));
     });
-    raise_status(fork_two(sum_right, sum_left));
-    rules.merge(own, node, left, right, subtracts(rules.series, a, m));
-    if (progress) progress.done(digits_of(node[0].get_L()));
+    fork_two(sum_right, sum_left);
+    rules.merge(own, node, left, right, rules.series.subtracts(a, m));
+    if (progress) progress.done(digits_of(node.shown().get_L()));
 }
 
-// From the top: `level` levels of halves one after the other on all of bp's threads, then forks, with twice
-// the threads so that uneven halves even out.
+// Tasks of a range on so many threads: twice as many, so that uneven halves even out.
+constexpr u64_t range_tasks(u64_t threads) {
+    return threads < 2 ? threads : 2 * threads;
+}
+
+// From the top: `level` levels of halves one after the other on all of bp's threads, then forks into
+// range_tasks.
 template <RecursionRules R>
 void sum_range(const BasicParameters& bp, const R& rules, typename R::Node& node, u64_t a, u64_t b,
                u64_t level, const RecursionProgress& progress) {
     if (progress) progress.begin(rules.series.digits_of(a, b));
     if (level == 0 || b - a < fork_min_terms) {
-        return sum_forked(bp, rules, node, a, b, bp.tds < 2 ? bp.tds : 2 * bp.tds, progress);
+        return sum_forked(bp, rules, node, a, b, range_tasks(bp.tds), progress);
     }
     sum_in_place(bp, rules, node, a, b, progress,
                  [&bp, level](const R& half, typename R::Node& part, u64_t from, u64_t to,
                               const RecursionProgress& share) {
                      sum_range(bp, half, part, from, to, level - 1, share);
                  });
-    if (progress) progress.done(digits_of(node[0].get_L()));
+    if (progress) progress.done(digits_of(node.shown().get_L()));
 }
 
 }  // namespace znp

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "compute/compute_parameters.hpp"
+#include "compute/settings/compute_parameters.hpp"
 #include "shell/command_line.hpp"
 
 namespace znp {

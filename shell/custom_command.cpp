@@ -2,7 +2,8 @@
 
 #include <array>
 
-#include "compute/run.hpp"
+#include "compute/constants/constant_row.hpp"
+#include "compute/run/run.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
@@ -12,29 +13,6 @@
 
 namespace znp {
 namespace {
-
-struct ConstantKeyword {
-    std::string_view key;
-    u32_t id;
-};
-
-// "brent" is reserved: choose_constant refuses its id.
-constexpr std::array<ConstantKeyword, 13> constant_keywords{{
-    {"apery", constant_id::zeta3},
-    {"arccoth", constant_id::arccoth},
-    {"brent", constant_id::euler_gamma_override},
-    {"catalan", constant_id::catalan},
-    {"e", constant_id::e},
-    {"gamma", constant_id::euler_gamma},
-    {"goldenratio", constant_id::golden_ratio},
-    {"lemniscate", constant_id::lemniscate},
-    {"log", constant_id::log},
-    {"phi", constant_id::golden_ratio},
-    {"pi", constant_id::pi},
-    {"sqrt", constant_id::sqrt},
-    {"zeta(3)", constant_id::zeta3},
-}};
-static_assert(is_sorted_by_key(constant_keywords));
 
 int set_algorithm(ComputeParameters& settings, CommandLine& line) {
     return Console::print_entry_error(settings.set_algorithm(parse_u64(line.value())));
@@ -86,9 +64,7 @@ int set_min_io(ComputeParameters& settings, CommandLine& line) {
 }
 
 int set_swap(ComputeParameters& settings, CommandLine& line) {
-    const int refused = set_swap_paths(settings.swap, line);
-    settings.update_estimates();
-    return refused;
+    return settings.change_swap([&](SwapConfiguration& swap) { return set_swap_paths(swap, line); });
 }
 
 constexpr std::array<OptionRow<ComputeParameters>, 10> custom_options{{
@@ -108,12 +84,12 @@ static_assert(is_sorted_by_key(custom_options));
 }  // namespace
 
 int choose_constant_by_keyword(ComputeParameters& settings, const CommandLine& line) {
-    const ConstantKeyword* keyword = find_by_key(constant_keywords, line.key());
-    if (keyword == nullptr) {
+    const ConstantRow* const constant = find_constant(line.key());
+    if (constant == nullptr) {
         print_skipped(line.argument());
         return 1;
     }
-    return Console::print_entry_error(settings.choose_constant(keyword->id, parse_u64(line.value())));
+    return Console::print_entry_error(settings.choose_constant(constant->id, parse_u64(line.value())));
 }
 
 void apply_custom_options(ComputeParameters& settings, CommandLine& line) {

@@ -1,7 +1,7 @@
 // The command "custom": a constant by keyword, the options of a computation, and the computation.
 #pragma once
 
-#include "compute/compute_parameters.hpp"
+#include "compute/settings/compute_parameters.hpp"
 #include "shell/command_line.hpp"
 
 namespace znp {

@@ -41,8 +41,8 @@ class Round final : public Task {
     // Runs all threads until the deadline; true if there was an error.
     bool run_threads(double deadline) {
         deadline_ = deadline;
-        const bool thread_failed = fork_range_on_threads(*this, 0, slots_.size()) != 0;
-        bool error = thread_failed;
+        fork_range_on_threads(*this, 0, slots_.size());
+        bool error = false;
         for (const Slot& slot : slots_) error |= slot.error;
         return error;
     }
@@ -82,7 +82,7 @@ class Round final : public Task {
     bool multiply(const BasicParameters& bp, c64i* product) const {
         try {
             const upL_t n = layout_.operand_words;
-            component_.mul(bp, product, operand_, n, operand_, n);
+            component_.mul(bp, product, {operand_, n}, {operand_, n});
             return true;
         } catch (const zn_exception&) {
             return false;

@@ -4,20 +4,12 @@
 
 namespace znp {
 
-namespace {
-
-constexpr u64_t round_up_32(u64_t bytes) {
-    return (bytes + 31) & ~u64_t{31};
-}
-
-}  // namespace
-
 StressLayout stress_layout(const multiplier<c64i>& component, u64_t n, u64_t threads) {
     StressLayout layout{};
     layout.operand_words = n / 2 & ~u64_t{3};
     layout.tables = component.table_bytes(64 * n);
-    layout.per_thread = round_up_32(8 * n + component.work_bytes(n, threads));
-    layout.total = round_up_32(layout.tables + threads * layout.per_thread + 4 * n);
+    layout.per_thread = work_aligned(8 * n + component.work_bytes(n, threads));
+    layout.total = work_aligned(layout.tables + threads * layout.per_thread + 4 * n);
     return layout;
 }
 

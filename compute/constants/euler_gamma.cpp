@@ -1,9 +1,7 @@
-// The Euler-Mascheroni constant.
+// The Euler-Mascheroni constant: its parameter is the k of n = 2^k.
 #include <cmath>
 
-#include "compute/constants/constants.hpp"
-#include "compute/constants/memory_query.hpp"
-#include "compute/euler_gamma_memory.hpp"
+#include "compute/constants/table_constant.hpp"
 #include "foundation/strings.hpp"
 
 namespace znp {
@@ -19,56 +17,37 @@ u32_t brent_mcmillan_exponent(upL_t p) {
     return k;
 }
 
-// The Brent-McMillan formula with n = 2^k; algorithm 0 is the refined form, which needs half of n.
-class zlr_EulerGamma_Base : public zlr_Constant {
+// With the k that is given.
+class zlr_EulerGamma_Override : public zlr_TableConstant {
   public:
-    explicit zlr_EulerGamma_Base(u32_t exponent) : zlr_Constant(2), exponent_(exponent) {}
-    char get_color() const override { return 'B'; }
-    std::string get_short_name() const override { return "Euler's Constant"; }
-    std::string get_algorithm_short(s32_t algorithm, upL_t) const override {
-        if (algorithm == 0) return "Brent-McMillan (Refined)";
-        if (algorithm == 1) return "Brent-McMillan";
-        return {};
+    using zlr_TableConstant::zlr_TableConstant;
+    // The refined form needs half of n.
+    std::string get_algorithm_name(s32_t algorithm, upL_t p) const override {
+        const std::string name = zlr_TableConstant::get_algorithm_name(algorithm, p);
+        if (name.empty()) return name;
+        return name + " ( n = 2^" + to_string_u64(algorithm == 0 ? parameter() - 1 : parameter()) + " )";
     }
-    std::string get_algorithm_name(s32_t algorithm, upL_t) const override {
-        const u64_t k = exponent_;
-        if (algorithm == 0) return "Brent-McMillan with Refinement ( n = 2^" + to_string_u64(k - 1) + " )";
-        if (algorithm == 1) return "Brent-McMillan ( n = 2^" + to_string_u64(k) + " )";
-        return {};
+    std::string get_algorithm_menu(s32_t algorithm, upL_t p) const override {
+        return get_algorithm_name(algorithm, p);
     }
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override {
-        return query_memory(*this, algorithm, p, bytes, [&] {
-            const bool refined = algorithm == 0;
-            return euler_gamma_memory_B(refined ? exponent_ - 1 : exponent_, refined, p, digits, threads);
-        });
-    }
-    void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
-
-  protected:
-    u32_t exponent_;
 };
 
-class zlr_EulerGamma final : public zlr_EulerGamma_Base {
+// With the k that the precision needs.
+class zlr_EulerGamma final : public zlr_EulerGamma_Override {
   public:
-    explicit zlr_EulerGamma(upL_t p) : zlr_EulerGamma_Base(brent_mcmillan_exponent(p)) {}
-    std::string get_name() const override { return "Euler-Mascheroni Constant"; }
-    void set_precision(upL_t p) override { exponent_ = brent_mcmillan_exponent(p); }
-};
-
-class zlr_EulerGamma_Override final : public zlr_EulerGamma_Base {
-  public:
-    explicit zlr_EulerGamma_Override(u64_t exponent) : zlr_EulerGamma_Base(static_cast<u32_t>(exponent)) {}
-    std::string get_name() const override { return "Euler-Mascheroni Constant (parameter override)"; }
+    zlr_EulerGamma(const ConstantRow& row, upL_t p)
+        : zlr_EulerGamma_Override(row, brent_mcmillan_exponent(p)) {}
+    void set_precision(upL_t p) override { set_parameter(brent_mcmillan_exponent(p)); }
 };
 
 }  // namespace
 
-std::unique_ptr<zlr_Constant> make_euler_gamma(upL_t p) {
-    return std::make_unique<zlr_EulerGamma>(p);
+std::unique_ptr<zlr_Constant> make_euler_gamma(const ConstantRow& row, u64_t, upL_t p) {
+    return std::make_unique<zlr_EulerGamma>(row, p);
 }
 
-std::unique_ptr<zlr_Constant> make_euler_gamma_override(u64_t exponent) {
-    return std::make_unique<zlr_EulerGamma_Override>(exponent);
+std::unique_ptr<zlr_Constant> make_euler_gamma_override(const ConstantRow& row, u64_t exponent, upL_t) {
+    return std::make_unique<zlr_EulerGamma_Override>(row, exponent);
 }
 
 }  // namespace znp

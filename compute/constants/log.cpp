@@ -1,41 +1,26 @@
 // Log(n).
-#include "compute/constants/constants.hpp"
-#include "compute/constants/listed_constant.hpp"
-#include "compute/constants/memory_query.hpp"
+#include "compute/constants/table_constant.hpp"
 #include "foundation/fatal.hpp"
 
 namespace znp {
 
 namespace {
 
-// The long names tell the number of terms and the menu texts the formulas themselves. Both belong to the
-// formula generator; without it the short names stand in through the defaults of zlr_Constant.
-class zlr_Log final : public zlr_Constant {
+// The formulas and their names in full belong to the generator of formulas, which is still to come.
+class zlr_Log final : public zlr_TableConstant {
   public:
-    zlr_Log(u64_t argument, upL_t p) : zlr_Constant(2), argument_(argument) { zlr_Log::set_precision(p); }
-    std::string get_short_name() const override { return with_argument("Log", argument_); }
-    std::string get_algorithm_short(s32_t algorithm, upL_t) const override {
-        if (algorithm == 0) return "Machin 1";
-        if (algorithm == 1) return "Machin 2";
-        return {};
+    zlr_Log(const ConstantRow& row, u64_t parameter, upL_t p) : zlr_TableConstant(row, parameter) {
+        zlr_Log::set_precision(p);
     }
-    // The terms of the formula, which the generator finds, decide: without it there is no estimate.
-    bool get_memory_B(s32_t algorithm, upL_t p, u64_t, u64_t, upL_t&) const override {
-        return p == 0 && knows_algorithm(algorithm, p);
-    }
-    void run_B(s32_t, RunTimeParameters&) const override { refuse_B(*this); }
     void set_precision(upL_t) override {
-        if (!log_parameter_ok(argument_)) fatal_exit(parameter_out_of_range_text);
+        if (const char* refusal = check_constant(constant_id::log, parameter())) fatal_exit(refusal);
     }
-
-  private:
-    u64_t argument_;
 };
 
 }  // namespace
 
-std::unique_ptr<zlr_Constant> make_log(u64_t argument, upL_t p) {
-    return std::make_unique<zlr_Log>(argument, p);
+std::unique_ptr<zlr_Constant> make_log(const ConstantRow& row, u64_t parameter, upL_t p) {
+    return std::make_unique<zlr_Log>(row, parameter, p);
 }
 
 }  // namespace znp

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <new>
 
-#include "foundation/fail.hpp"
 #include "multiply/bkt/bkt_transform.hpp"
 #include "multiply/bkt/karatsuba.hpp"
 #include "multiply/bkt/window.hpp"
@@ -21,10 +20,7 @@ constexpr upL_t words64(upL_t L) {
 // The work buffer as the scratch of a kernel that asks for so many bytes.
 template <class word>
 word* scratch(const BasicParameters& bp, upL_t bytes, const char* location) {
-    if (bp.ML < bytes) {
-        fail(zn_exception(error_code::work_space_too_small, nullptr, {}, {}, action::print_and_throw,
-                          "Generic Exception", location));
-    }
+    require_work(bp, bytes, location);
     return reinterpret_cast<word*>(bp.M);
 }
 
@@ -52,41 +48,41 @@ transform* BKTMultiplier<word>::make_transform(const BasicParameters&, void* pla
 }
 
 template <class word>
-void BKTMultiplier<word>::sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const {
-    if (n == 0) return;
-    bkt::sqr(A, n, T, scratch<word>(bp, bkt::sqr_bytes<word>(n), "BKT::sqr()"));
+void BKTMultiplier<word>::sqr(const BasicParameters& bp, word* T, WordSpan<word> A) const {
+    if (A.empty()) return;
+    const upL_t bytes = bkt::sqr_bytes<word>(A.size());
+    bkt::sqr(A.data(), A.size(), T, scratch<word>(bp, bytes, "BKT::sqr()"));
 }
 
 template <class word>
-void BKTMultiplier<word>::mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
-                              upL_t Lb) const {
-    if (La == 0 || Lb == 0) {
-        std::fill_n(T, La + Lb, word{0});
+void BKTMultiplier<word>::mul(const BasicParameters& bp, word* T, WordSpan<word> A, WordSpan<word> B) const {
+    if (A.empty() || B.empty()) {
+        std::fill_n(T, A.size() + B.size(), word{0});
         return;
     }
-    bkt::mul(A, La, B, Lb, T, scratch<word>(bp, bkt::mul_bytes<word>(La, Lb), "BKT::mul()"));
+    const upL_t bytes = bkt::mul_bytes<word>(A.size(), B.size());
+    bkt::mul(A.data(), A.size(), B.data(), B.size(), T, scratch<word>(bp, bytes, "BKT::mul()"));
 }
 
 template <class word>
-void BKTMultiplier<word>::sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-                                     upL_t n) const {
-    if (s == e) return;
-    if (e - s == 2 * n) return sqr(bp, T, A, n);
-    const upL_t bytes = bkt::sqr_window_bytes<word>(s, e, n);
-    bkt::sqr_window(T, s, e, A, n, scratch<word>(bp, bytes, "BKT::sqr_window()"));
+void BKTMultiplier<word>::sqr_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A) const {
+    if (R.size() == 0) return;
+    if (R.size() == 2 * A.size()) return sqr(bp, R.T, A);
+    const upL_t bytes = bkt::sqr_window_bytes<word>(R.s, R.e, A.size());
+    bkt::sqr_window(R, A, scratch<word>(bp, bytes, "BKT::sqr_window()"));
 }
 
 template <class word>
-void BKTMultiplier<word>::mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-                                     upL_t La, const word* B, upL_t Lb) const {
-    if (s == e) return;
-    if (e - s == La + Lb) return mul(bp, T, A, La, B, Lb);
-    if (La == 0 || Lb == 0) {
-        std::fill_n(T, e - s, word{0});
+void BKTMultiplier<word>::mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                                     WordSpan<word> B) const {
+    if (R.size() == 0) return;
+    if (R.size() == A.size() + B.size()) return mul(bp, R.T, A, B);
+    if (A.empty() || B.empty()) {
+        std::fill_n(R.T, R.size(), word{0});
         return;
     }
-    const upL_t bytes = bkt::mul_window_bytes<word>(s, e, La, Lb);
-    bkt::mul_window(T, s, e, A, La, B, Lb, scratch<word>(bp, bytes, "BKT::mul_window()"));
+    const upL_t bytes = bkt::mul_window_bytes<word>(R.s, R.e, A.size(), B.size());
+    bkt::mul_window(R, A, B, scratch<word>(bp, bytes, "BKT::mul_window()"));
 }
 
 template class BKTMultiplier<c32i>;

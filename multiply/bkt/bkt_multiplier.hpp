@@ -24,13 +24,11 @@ class BKTMultiplier final : public multiplier<word> {
 
     // An operand of length 0 gives zeros. A work buffer that is too small for the kernel's scratch throws
     // (code work_space_too_small) before anything is written.
-    void sqr(const BasicParameters& bp, word* T, const word* A, upL_t n) const override;
-    void mul(const BasicParameters& bp, word* T, const word* A, upL_t La, const word* B,
-             upL_t Lb) const override;
-    void sqr_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-                    upL_t n) const override;
-    void mul_window(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
-                    const word* B, upL_t Lb) const override;
+    void sqr(const BasicParameters& bp, word* T, WordSpan<word> A) const override;
+    void mul(const BasicParameters& bp, word* T, WordSpan<word> A, WordSpan<word> B) const override;
+    void sqr_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A) const override;
+    void mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                    WordSpan<word> B) const override;
 };
 
 extern template class BKTMultiplier<c32i>;

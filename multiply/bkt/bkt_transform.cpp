@@ -12,16 +12,14 @@ namespace znp {
 
 namespace {
 
-struct Image {
-    upL_t L;
-    const c64i* words;
-
-    explicit Image(const void* image)
-        : L(*static_cast<const u64_t*>(image)), words(static_cast<const c64i*>(image) + 1) {}
-};
+// The operand in an image.
+WordSpan<c64i> operand(const Image* image) {
+    const auto* const words = reinterpret_cast<const c64i*>(image);
+    return {words + 1, words[0]};
+}
 
 constexpr upL_t image_bytes(upL_t L) {
-    return ((L + 1) * sizeof(c64i) + 31) & ~upL_t{31};
+    return work_aligned((L + 1) * sizeof(c64i));
 }
 
 [[noreturn]] void no_32_bit_words(const char* location) {
@@ -29,13 +27,16 @@ constexpr upL_t image_bytes(upL_t L) {
                       action::print_and_throw, "Generic Exception", location));
 }
 
-// Writes zeros to the words [s, e) of R's window that lie above a product of n words. Returns the end of the
-// rest.
-upL_t clear_above(c64i* R, upL_t s, upL_t e, upL_t n) {
-    if (e <= n) return e;
-    const upL_t top = std::max(s, n);
-    std::fill(R + (top - s), R + (e - s), c64i{0});
-    return top;
+// Writes zeros to the words of a window that lie above a product of n words, and gives the rest of it.
+Window<c64i> clear_above(Window<c64i> R, upL_t n) {
+    if (R.e <= n) return R;
+    const upL_t top = std::max(R.s, n);
+    std::fill_n(R.T + (top - R.s), R.e - top, c64i{0});
+    return {R.T, std::min(R.s, n), n};
+}
+
+upL_t product_length(WordSpan<c64i> A, WordSpan<c64i> B) {
+    return A.empty() || B.empty() ? 0 : A.size() + B.size();
 }
 
 }  // namespace
@@ -52,73 +53,71 @@ void BKTTransform::check_length(upL_t L) const {
     if (bits > max_bits) fail(ConvolutionTooSmallException(name(), bits, max_bits));
 }
 
-void BKTTransform::forward(void* image, const c64i* A, upL_t L, void*) const {
-    check_length(L);
-    auto* words = static_cast<c64i*>(image);
-    words[0] = L;
-    std::copy_n(A, L, words + 1);
+void BKTTransform::forward(Image* image, WordSpan<c64i> A, TransformScratch*) const {
+    check_length(A.size());
+    auto* const words = reinterpret_cast<c64i*>(image);
+    words[0] = A.size();
+    std::copy_n(A.data(), A.size(), words + 1);
 }
 
-void BKTTransform::inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
-    check_length(e);
-    const Image A(T);
-    check_length(A.L);
-    const upL_t n = 2 * A.L;
-    e = clear_above(R, s, e, n);
-    if (s == e) return;
-    auto* S = static_cast<c64i*>(scratch);
-    if (e - s == n) {
-        bkt::sqr(A.words, A.L, R, S);
+void BKTTransform::inverse_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
+    check_length(R.e);
+    const WordSpan<c64i> A = operand(T);
+    check_length(A.size());
+    const upL_t n = 2 * A.size();
+    R = clear_above(R, n);
+    if (R.size() == 0) return;
+    auto* const S = reinterpret_cast<c64i*>(scratch);
+    if (R.size() == n) {
+        bkt::sqr(A.data(), A.size(), R.T, S);
     } else {
-        bkt::sqr_window(R, s, e, A.words, A.L, S);
+        bkt::sqr_window(R, A, S);
     }
 }
 
-void BKTTransform::inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
-    check_length(e);
-    const Image A(T1);
-    const Image B(T2);
-    check_length(std::max(A.L, B.L));
-    const upL_t n = A.L == 0 || B.L == 0 ? 0 : A.L + B.L;
-    e = clear_above(R, s, e, n);
-    if (s == e) return;
-    auto* S = static_cast<c64i*>(scratch);
-    if (e - s == n) {
-        bkt::mul(A.words, A.L, B.words, B.L, R, S);
+void BKTTransform::inverse_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
+    check_length(R.e);
+    const WordSpan<c64i> A = operand(T1), B = operand(T2);
+    check_length(std::max(A.size(), B.size()));
+    const upL_t n = product_length(A, B);
+    R = clear_above(R, n);
+    if (R.size() == 0) return;
+    auto* const S = reinterpret_cast<c64i*>(scratch);
+    if (R.size() == n) {
+        bkt::mul(A.data(), A.size(), B.data(), B.size(), R.T, S);
     } else {
-        bkt::mul_window(R, s, e, A.words, A.L, B.words, B.L, S);
+        bkt::mul_window(R, A, B, S);
     }
 }
 
-u64_t BKTTransform::checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
-    return checked_fmul(R, s, e, T, T, scratch);
+u64_t BKTTransform::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
+    return checked_fmul(R, T, T, scratch);
 }
 
-u64_t BKTTransform::checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
-    check_length(e);
-    const Image A(T1);
-    const Image B(T2);
-    check_length(std::max(A.L, B.L));
-    const upL_t n = A.L == 0 || B.L == 0 ? 0 : A.L + B.L;
-    auto* product = static_cast<c64i*>(scratch);
-    if (n != 0) bkt::mul(A.words, A.L, B.words, B.L, product, product + n);
-    e = clear_above(R, s, e, n);
-    s = std::min(s, e);
-    std::copy(product + s, product + e, R);
-    u64_t hash = residue::hash_words(product + e, n - e);
-    hash = residue::hash_words(R, e - s, hash);  // the words as they arrived
-    return residue::hash_words(product, s, hash);
+u64_t BKTTransform::checked_fmul(Window<c64i> R, Image* T1, const Image* T2,
+                                 TransformScratch* scratch) const {
+    check_length(R.e);
+    const WordSpan<c64i> A = operand(T1), B = operand(T2);
+    check_length(std::max(A.size(), B.size()));
+    const upL_t n = product_length(A, B);
+    auto* const product = reinterpret_cast<c64i*>(scratch);
+    if (n != 0) bkt::mul(A.data(), A.size(), B.data(), B.size(), product, product + n);
+    R = clear_above(R, n);
+    std::copy_n(product + R.s, R.size(), R.T);
+    u64_t hash = residue::hash_words(product + R.e, n - R.e);
+    hash = residue::hash_words(R.T, R.size(), hash);  // the words as they arrived
+    return residue::hash_words(product, R.s, hash);
 }
 
-void BKTTransform::forward(void*, const c32i*, upL_t, void*) const {
+void BKTTransform::forward(Image*, WordSpan<c32i>, TransformScratch*) const {
     no_32_bit_words("BKT::forward()");
 }
 
-void BKTTransform::inverse_fsqr(c32i*, upL_t, upL_t, void*, void*) const {
+void BKTTransform::inverse_fsqr(Window<c32i>, Image*, TransformScratch*) const {
     no_32_bit_words("BKT::inverse_fsqr()");
 }
 
-void BKTTransform::inverse_fmul(c32i*, upL_t, upL_t, void*, const void*, void*) const {
+void BKTTransform::inverse_fmul(Window<c32i>, Image*, const Image*, TransformScratch*) const {
     no_32_bit_words("BKT::inverse_fmul()");
 }
 

@@ -17,17 +17,17 @@ class BKTTransform final : public transform {
 
     const char* name() const override;
 
-    void forward(void* image, const c32i* A, upL_t L, void* scratch) const override;
-    void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
-    void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    void forward(Image* image, WordSpan<c32i> A, TransformScratch* scratch) const override;
+    void inverse_fsqr(Window<c32i> R, Image* T, TransformScratch* scratch) const override;
+    void inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
 
-    void forward(void* image, const c64i* A, upL_t L, void* scratch) const override;
-    void inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
-    void inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    void forward(Image* image, WordSpan<c64i> A, TransformScratch* scratch) const override;
+    void inverse_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
+    void inverse_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
 
     // The whole product in the scratch, so that the window's words are the true ones.
-    u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
-    u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
+    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
     u64_t modulus() const override { return 0; }
 
     bool equals(const transform& other) const override;

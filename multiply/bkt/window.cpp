@@ -7,8 +7,8 @@
 
 namespace znp::bkt {
 
-SqrWindow narrow_sqr(upL_t s, upL_t e, upL_t n) {
-    SqrWindow w{0, n, s, e};
+NarrowedSqr narrow_sqr(upL_t s, upL_t e, upL_t n) {
+    NarrowedSqr w{0, n, s, e};
     if (s > n) {
         w.A_offset = s - n;
         w.n = w.s = 2 * n - s;
@@ -18,12 +18,12 @@ SqrWindow narrow_sqr(upL_t s, upL_t e, upL_t n) {
     return w;
 }
 
-MulWindow narrow_mul(upL_t s, upL_t e, upL_t La, upL_t Lb) {
+NarrowedMul narrow_mul(upL_t s, upL_t e, upL_t La, upL_t Lb) {
     if (La < Lb) {
-        const MulWindow w = narrow_mul(s, e, Lb, La);
+        const NarrowedMul w = narrow_mul(s, e, Lb, La);
         return {w.B_offset, w.Lb, w.A_offset, w.La, w.s, w.e};
     }
-    MulWindow w{0, La, 0, Lb, s, e};
+    NarrowedMul w{0, La, 0, Lb, s, e};
     if (s > Lb) w.A_offset = s - Lb;
     if (s > La) w.B_offset = s - La;
     const upL_t dropped = w.A_offset + w.B_offset;
@@ -41,35 +41,22 @@ void copy_window(word* T, const word* product, upL_t s, upL_t e) {
     std::memcpy(T, product + s, (e - s) * sizeof(word));
 }
 
-template <class word>
-void sqr_window_any(word* T, upL_t s, upL_t e, const word* A, upL_t n, word* S) {
-    if (s == e) return;
-    const SqrWindow w = narrow_sqr(s, e, n);
-    sqr(A + w.A_offset, w.n, S, S + 2 * w.n);
-    copy_window(T, S, w.s, w.e);
-}
-
-template <class word>
-void mul_window_any(word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B, upL_t Lb, word* S) {
-    if (s == e) return;
-    const MulWindow w = narrow_mul(s, e, La, Lb);
-    mul(A + w.A_offset, w.La, B + w.B_offset, w.Lb, S, S + w.La + w.Lb);
-    copy_window(T, S, w.s, w.e);
-}
-
 }  // namespace
 
-void sqr_window(c32i* T, upL_t s, upL_t e, const c32i* A, upL_t n, c32i* S) {
-    sqr_window_any(T, s, e, A, n, S);
+template <class word>
+void sqr_window(Window<word> R, WordSpan<word> A, word* S) {
+    if (R.size() == 0) return;
+    const NarrowedSqr w = narrow_sqr(R.s, R.e, A.size());
+    sqr(A.data() + w.A_offset, w.n, S, S + 2 * w.n);
+    copy_window(R.T, S, w.s, w.e);
 }
-void sqr_window(c64i* T, upL_t s, upL_t e, const c64i* A, upL_t n, c64i* S) {
-    sqr_window_any(T, s, e, A, n, S);
-}
-void mul_window(c32i* T, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, c32i* S) {
-    mul_window_any(T, s, e, A, La, B, Lb, S);
-}
-void mul_window(c64i* T, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, c64i* S) {
-    mul_window_any(T, s, e, A, La, B, Lb, S);
+
+template <class word>
+void mul_window(Window<word> R, WordSpan<word> A, WordSpan<word> B, word* S) {
+    if (R.size() == 0) return;
+    const NarrowedMul w = narrow_mul(R.s, R.e, A.size(), B.size());
+    mul(A.data() + w.A_offset, w.La, B.data() + w.B_offset, w.Lb, S, S + w.La + w.Lb);
+    copy_window(R.T, S, w.s, w.e);
 }
 
 template <class word>
@@ -83,7 +70,7 @@ upL_t elm_window_bytes(upL_t m) {
 }
 template <class word>
 upL_t mul_window_bytes(upL_t s, upL_t e, upL_t La, upL_t Lb) {
-    const MulWindow w = narrow_mul(s, e, La, Lb);
+    const NarrowedMul w = narrow_mul(s, e, La, Lb);
     return mul_bytes<word>(w.La, w.Lb) + sizeof(word) * (w.La + w.Lb);
 }
 
@@ -93,16 +80,18 @@ upL_t mul_window_bytes(upL_t s, upL_t e, upL_t La, upL_t Lb) {
 template <class word>
 upL_t scratch_bytes(upL_t m) {
     const upL_t copies = sizeof(word) * (3 * m + 1);
-    return copies + 4 * std::max(sqr_bytes<word>(m), elm_bytes<word>(m) + sizeof(word) * 2 * m);
+    return copies + 4 * std::max(sqr_bytes<word>(m), elm_window_bytes<word>(m));
 }
 
-template upL_t sqr_window_bytes<c32i>(upL_t, upL_t, upL_t);
-template upL_t sqr_window_bytes<c64i>(upL_t, upL_t, upL_t);
-template upL_t elm_window_bytes<c32i>(upL_t);
-template upL_t elm_window_bytes<c64i>(upL_t);
-template upL_t mul_window_bytes<c32i>(upL_t, upL_t, upL_t, upL_t);
-template upL_t mul_window_bytes<c64i>(upL_t, upL_t, upL_t, upL_t);
-template upL_t scratch_bytes<c32i>(upL_t);
-template upL_t scratch_bytes<c64i>(upL_t);
+#define ZNP_INSTANTIATE(word)                                                      \
+    template void sqr_window(Window<word>, WordSpan<word>, word*);                 \
+    template void mul_window(Window<word>, WordSpan<word>, WordSpan<word>, word*); \
+    template upL_t sqr_window_bytes<word>(upL_t, upL_t, upL_t);                    \
+    template upL_t elm_window_bytes<word>(upL_t);                                  \
+    template upL_t mul_window_bytes<word>(upL_t, upL_t, upL_t, upL_t);             \
+    template upL_t scratch_bytes<word>(upL_t);
+ZNP_INSTANTIATE(c32i)
+ZNP_INSTANTIATE(c64i)
+#undef ZNP_INSTANTIATE
 
 }  // namespace znp::bkt

@@ -5,28 +5,28 @@
 // the true ones. Callers that need exact words keep guard words below.
 #pragma once
 
-#include "foundation/types.hpp"
+#include "multiply/word_span.hpp"
 
 namespace znp::bkt {
 
 // Operands of a window after narrowing: which words are kept, and where the window lies in their product.
-struct SqrWindow {
+struct NarrowedSqr {
     upL_t A_offset, n;
     upL_t s, e;
 };
-struct MulWindow {
+struct NarrowedMul {
     upL_t A_offset, La;
     upL_t B_offset, Lb;
     upL_t s, e;
 };
-SqrWindow narrow_sqr(upL_t s, upL_t e, upL_t n);
-MulWindow narrow_mul(upL_t s, upL_t e, upL_t La, upL_t Lb);
+NarrowedSqr narrow_sqr(upL_t s, upL_t e, upL_t n);
+NarrowedMul narrow_mul(upL_t s, upL_t e, upL_t La, upL_t Lb);
 
-// T has e - s words; S the bytes that the query gives.
-void sqr_window(c32i* T, upL_t s, upL_t e, const c32i* A, upL_t n, c32i* S);
-void sqr_window(c64i* T, upL_t s, upL_t e, const c64i* A, upL_t n, c64i* S);
-void mul_window(c32i* T, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, c32i* S);
-void mul_window(c64i* T, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, c64i* S);
+// S has the bytes that the query gives.
+template <class word>
+void sqr_window(Window<word> R, WordSpan<word> A, word* S);
+template <class word>
+void mul_window(Window<word> R, WordSpan<word> A, WordSpan<word> B, word* S);
 
 template <class word>
 upL_t sqr_window_bytes(upL_t s, upL_t e, upL_t n);

@@ -6,8 +6,6 @@ namespace znp::fft {
 
 namespace {
 
-__extension__ using s128_t = __int128;
-
 u64_t load_word(const std::byte* p) {
     u64_t x;
     std::memcpy(&x, p, 8);

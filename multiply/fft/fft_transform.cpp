@@ -21,10 +21,10 @@ namespace {
 // reads behind it, is read in place; one that crosses the operand's end is copied to the scratch and filled
 // up with zeros; all those beyond share a run of zeros. That is at most two copies and the zeros, 3 (N w/64 +
 // 16) bytes.
-fft::DigitStreams make_streams(const c32i* A, upL_t L, u64_t bits, void* scratch) {
-    const auto* const operand = reinterpret_cast<const std::byte*>(A);
-    auto* free = static_cast<std::byte*>(scratch);
-    const upL_t bytes = 4 * L;
+fft::DigitStreams make_streams(WordSpan<c32i> A, u64_t bits, TransformScratch* scratch) {
+    const auto* const operand = reinterpret_cast<const std::byte*>(A.data());
+    auto* free = reinterpret_cast<std::byte*>(scratch);
+    const upL_t bytes = 4 * A.size();
     const upL_t stream = bits / 64;
     const upL_t reads = stream + 16;
     fft::DigitStreams streams;
@@ -69,66 +69,66 @@ const FFTTables& FFT::tables() const {
     return *given;
 }
 
-void FFT::forward(void* image, const c32i* A, upL_t L, void* scratch) const {
-    if (32 * L > bits) invalid(L"operand longer than the transform");
+void FFT::forward(Image* image, WordSpan<c32i> A, TransformScratch* scratch) const {
+    if (32 * A.size() > bits) invalid(L"operand longer than the transform");
     const FFTTables& twiddles = tables();
-    auto* const points = static_cast<double*>(image);
-    fft::first_pass(points, N, w, make_streams(A, L, bits, scratch));
+    auto* const points = reinterpret_cast<double*>(image);
+    fft::first_pass(points, N, w, make_streams(A, bits, scratch));
     fft::forward_tree(points, N, leaf(), twiddles);
 }
 
-u32_t FFT::inverse(std::byte* words, void* T, const void* B) const {
-    auto* const points = static_cast<double*>(T);
-    fft::inverse_tree(points, static_cast<const double*>(B), N, leaf(), tables());
+u32_t FFT::inverse(std::byte* words, Image* T, const Image* B) const {
+    auto* const points = reinterpret_cast<double*>(T);
+    fft::inverse_tree(points, reinterpret_cast<const double*>(B), N, leaf(), tables());
     s64_t carry[8];
     fft::last_pass(words, carry, points, N, w, 2.0 * leaf() / static_cast<double>(N));
     return fft::resolve_carries(words, carry, bits);
 }
 
-u32_t FFT::ring_fsqr(c32i* R, void* T) const {
+u32_t FFT::ring_fsqr(c32i* R, Image* T) const {
     return inverse(reinterpret_cast<std::byte*>(R), T, T);
 }
 
-u32_t FFT::ring_fmul(c32i* R, void* T1, const void* T2) const {
+u32_t FFT::ring_fmul(c32i* R, Image* T1, const Image* T2) const {
     return inverse(reinterpret_cast<std::byte*>(R), T1, T2);
 }
 
-u32_t FFT::ring_from(c32i* R, void* T) const {
+u32_t FFT::ring_from(c32i* R, Image* T) const {
     return inverse(reinterpret_cast<std::byte*>(R), T, nullptr);
 }
 
-u32_t FFT::inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, void* scratch) const {
-    if (s > e || 32 * e > bits) invalid(L"window");
-    auto* const words = static_cast<std::byte*>(scratch);
+u32_t FFT::inverse_window(Window<c32i> R, Image* T, const Image* B, TransformScratch* scratch) const {
+    if (R.s > R.e || 32 * R.e > bits) invalid(L"window");
+    auto* const words = reinterpret_cast<std::byte*>(scratch);
     const u32_t top = inverse(words, T, B);
-    std::copy(words + 4 * s, words + 4 * e, reinterpret_cast<std::byte*>(R));
+    std::copy(words + 4 * R.s, words + 4 * R.e, reinterpret_cast<std::byte*>(R.T));
     return top;
 }
 
-void FFT::inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const {
-    inverse_window(R, s, e, T, T, scratch);
+void FFT::inverse_fsqr(Window<c32i> R, Image* T, TransformScratch* scratch) const {
+    inverse_window(R, T, T, scratch);
 }
 
-void FFT::inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
-    inverse_window(R, s, e, T1, T2, scratch);
+void FFT::inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
+    inverse_window(R, T1, T2, scratch);
 }
 
-u64_t FFT::checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const {
-    return checked_fmul(R, s, e, T, T, scratch);
+u64_t FFT::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
+    return checked_fmul(R, T, T, scratch);
 }
 
-u64_t FFT::checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const {
-    const u32_t top = inverse_window(reinterpret_cast<c32i*>(R), 2 * s, 2 * e, T1, T2, scratch);
+u64_t FFT::checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
+    const u32_t top = inverse_window(as_c32i(R), T1, T2, scratch);
     return top != 0 ? residue::sub(modulus(), 1)
-                    : residue::hash_words(static_cast<c64i*>(scratch), bits / 64);
+                    : residue::hash_words(reinterpret_cast<c64i*>(scratch), bits / 64);
 }
 
 u64_t FFT::modulus() const {
     return residue::add(residue::mul_power_of_2(1, static_cast<unsigned>(bits % 61)), 1);
 }
 
-void FFT::inverse_from(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const {
-    inverse_window(R, s, e, T, nullptr, scratch);
+void FFT::inverse_from(Window<c32i> R, Image* T, TransformScratch* scratch) const {
+    inverse_window(R, T, nullptr, scratch);
 }
 
 }  // namespace znp

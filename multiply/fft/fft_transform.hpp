@@ -33,29 +33,29 @@ class FFT final : public transform {
     bool equals(const transform& other) const override;
 
     // At most N w bits; words past the operand count as zero.
-    void forward(void* image, const c32i* A, upL_t L, void* scratch) const override;
-    // The words [s, e) of the result, e at most N w / 32.
-    void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
-    void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    void forward(Image* image, WordSpan<c32i> A, TransformScratch* scratch) const override;
+    // A window ends at most at N w / 32.
+    void inverse_fsqr(Window<c32i> R, Image* T, TransformScratch* scratch) const override;
+    void inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
 
-    u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
-    u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
+    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
     u64_t modulus() const override;
 
     // Undoes forward, with no pointwise step.
-    void inverse_from(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const;
+    void inverse_from(Window<c32i> R, Image* T, TransformScratch* scratch) const;
 
     // Ring forms, which give all N w / 32 words of a residue modulo 2^(N w) + 1. Return its top bit: 1 means
     // the value 2^(N w), and the words are zero then.
-    u32_t ring_fsqr(c32i* R, void* T) const;
-    u32_t ring_fmul(c32i* R, void* T1, const void* T2) const;
-    u32_t ring_from(c32i* R, void* T) const;
+    u32_t ring_fsqr(c32i* R, Image* T) const;
+    u32_t ring_fmul(c32i* R, Image* T1, const Image* T2) const;
+    u32_t ring_from(c32i* R, Image* T) const;
 
   private:
     const FFTTables& tables() const;
     unsigned leaf() const { return p % 2 != 0 ? k : 2 * k; }
-    u32_t inverse(std::byte* words, void* T, const void* B) const;
-    u32_t inverse_window(c32i* R, upL_t s, upL_t e, void* T, const void* B, void* scratch) const;
+    u32_t inverse(std::byte* words, Image* T, const Image* B) const;
+    u32_t inverse_window(Window<c32i> R, Image* T, const Image* B, TransformScratch* scratch) const;
 };
 
 }  // namespace znp

@@ -62,7 +62,7 @@ struct SplitHalf {
     __m256d u, v, e, d;
 };
 template <bool reduce>
-ZNP_INLINE SplitHalf split4_begin(const double* x, upL_t step, const Node4& f, const Modulus& m) {
+ZNP_INLINE SplitHalf split_node_begin(const double* x, upL_t step, const Node4& f, const Modulus& m) {
     const __m256d t2 = mul_mod(_mm256_load_pd(x + 2 * step), f.s, m);
     const __m256d t3 = mul_mod(_mm256_load_pd(x + 3 * step), f.s, m);
     const __m256d x1 = _mm256_load_pd(x + step);
@@ -70,7 +70,8 @@ ZNP_INLINE SplitHalf split4_begin(const double* x, upL_t step, const Node4& f, c
     if (reduce) x0 = reduce_mod(x0, m);
     return {_mm256_add_pd(x0, t2), _mm256_sub_pd(x0, t2), _mm256_add_pd(x1, t3), _mm256_sub_pd(x1, t3)};
 }
-ZNP_INLINE void split4_end(double* x, upL_t step, const SplitHalf& half, const Node4& f, const Modulus& m) {
+ZNP_INLINE void split_node_end(double* x, upL_t step, const SplitHalf& half, const Node4& f,
+                               const Modulus& m) {
     const __m256d e = mul_mod(half.e, f.r0, m);
     const __m256d d = mul_mod(half.d, f.r1, m);
     _mm256_store_pd(x, _mm256_add_pd(half.u, e));
@@ -82,7 +83,7 @@ ZNP_INLINE void split4_end(double* x, upL_t step, const SplitHalf& half, const N
 struct JoinHalf {
     __m256d x0, x2, x3;
 };
-ZNP_INLINE JoinHalf join4_begin(double* x, upL_t step, const Node4& f, const Modulus& m) {
+ZNP_INLINE JoinHalf join_node_begin(double* x, upL_t step, const Node4& f, const Modulus& m) {
     const __m256d y0 = _mm256_load_pd(x), y1 = _mm256_load_pd(x + step);
     const __m256d y2 = _mm256_load_pd(x + 2 * step), y3 = _mm256_load_pd(x + 3 * step);
     const __m256d e = mul_mod(_mm256_sub_pd(y0, y1), f.r0, m);
@@ -92,7 +93,7 @@ ZNP_INLINE JoinHalf join4_begin(double* x, upL_t step, const Node4& f, const Mod
     _mm256_store_pd(x + step, _mm256_add_pd(e, d));
     return {_mm256_add_pd(u, v), _mm256_sub_pd(u, v), _mm256_sub_pd(e, d)};
 }
-ZNP_INLINE void join4_end(double* x, upL_t step, const JoinHalf& half, const Node4& f, const Modulus& m) {
+ZNP_INLINE void join_node_end(double* x, upL_t step, const JoinHalf& half, const Node4& f, const Modulus& m) {
     _mm256_store_pd(x, reduce_mod(half.x0, m));
     _mm256_store_pd(x + 2 * step, mul_mod(half.x2, f.s, m));
     _mm256_store_pd(x + 3 * step, mul_mod(half.x3, f.s, m));
@@ -104,7 +105,7 @@ ZNP_INLINE void join4_end(double* x, upL_t step, const JoinHalf& half, const Nod
 template <unsigned b, Direction direction>
 class Blocks {
   public:
-    static constexpr upL_t vectors = b == 1 ? 16 : 8 * b;
+    static constexpr upL_t vectors = block_lanes(b);
 
     ZNP_INLINE explicit Blocks(const Part& part)
         : m_(make_modulus(part.prime->p, part.prime->inverse)),
@@ -123,52 +124,52 @@ class Blocks {
         constexpr bool reduce = b >= 5;
         const Node4 f = make_node(level(i, 0), level(i, 1), m_);
         double* x = block(i);
-        SplitHalf half = split4_begin<reduce>(x, vectors, f, m_);
+        SplitHalf half = split_node_begin<reduce>(x, vectors, f, m_);
         for (upL_t j = 1, n = rolled<b>(vectors / 4); j < n; j++, x += 4) {
-            const SplitHalf next = split4_begin<reduce>(x + 4, vectors, f, m_);
-            split4_end(x, vectors, half, f, m_);
+            const SplitHalf next = split_node_begin<reduce>(x + 4, vectors, f, m_);
+            split_node_end(x, vectors, half, f, m_);
             half = next;
         }
-        split4_end(x, vectors, half, f, m_);
+        split_node_end(x, vectors, half, f, m_);
     }
     ZNP_INLINE void join_rows(upL_t i) const {
         const Node4 f = make_node(level(i, 0), level(i, 1), m_);
         double* x = block(i);
-        JoinHalf half = join4_begin(x, vectors, f, m_);
+        JoinHalf half = join_node_begin(x, vectors, f, m_);
         for (upL_t j = 1, n = rolled<b>(vectors / 4); j < n; j++, x += 4) {
-            const JoinHalf next = join4_begin(x + 4, vectors, f, m_);
-            join4_end(x, vectors, half, f, m_);
+            const JoinHalf next = join_node_begin(x + 4, vectors, f, m_);
+            join_node_end(x, vectors, half, f, m_);
             half = next;
         }
-        join4_end(x, vectors, half, f, m_);
+        join_node_end(x, vectors, half, f, m_);
     }
 
     // b = 1: the two lower ones.
     ZNP_INLINE void split_nodes(upL_t i) const {
         double* x = block(i);
         Node4 f = make_node(level(i, 2), level(i, 3), m_);
-        SplitHalf half = split4_begin<true>(x, 4, f, m_);
+        SplitHalf half = split_node_begin<true>(x, 4, f, m_);
         for (upL_t g = 1; g < 4; g++, x += 16) {
             const Node4 next_f = make_node(level(i, 2) + g, level(i, 3) + 2 * g, m_);
-            const SplitHalf next = split4_begin<true>(x + 16, 4, next_f, m_);
-            split4_end(x, 4, half, f, m_);
+            const SplitHalf next = split_node_begin<true>(x + 16, 4, next_f, m_);
+            split_node_end(x, 4, half, f, m_);
             half = next;
             f = next_f;
         }
-        split4_end(x, 4, half, f, m_);
+        split_node_end(x, 4, half, f, m_);
     }
     ZNP_INLINE void join_nodes(upL_t i) const {
         double* x = block(i);
         Node4 f = make_node(level(i, 2), level(i, 3), m_);
-        JoinHalf half = join4_begin(x, 4, f, m_);
+        JoinHalf half = join_node_begin(x, 4, f, m_);
         for (upL_t g = 1; g < 4; g++, x += 16) {
             const Node4 next_f = make_node(level(i, 2) + g, level(i, 3) + 2 * g, m_);
-            const JoinHalf next = join4_begin(x + 16, 4, next_f, m_);
-            join4_end(x, 4, half, f, m_);
+            const JoinHalf next = join_node_begin(x + 16, 4, next_f, m_);
+            join_node_end(x, 4, half, f, m_);
             half = next;
             f = next_f;
         }
-        join4_end(x, 4, half, f, m_);
+        join_node_end(x, 4, half, f, m_);
     }
 
     // b > 1: the third level
@@ -239,7 +240,7 @@ class Blocks {
 template <unsigned b>
 class Pointwise {
   public:
-    static constexpr upL_t vectors = b == 1 ? 16 : 8 * b;
+    static constexpr upL_t vectors = block_lanes(b);
 
     ZNP_INLINE explicit Pointwise(const Part& part)
         : pm_(make_pointwise_modulus(make_modulus(part.prime->p, part.prime->inverse),
@@ -359,22 +360,6 @@ void forward(const Part& part, upL_t first, upL_t count) {
     }
 }
 
-// The values themselves, reduced: where no product is taken.
-template <unsigned b>
-class Values : public Pointwise<b> {
-  public:
-    using Pointwise<b>::vectors;
-
-    ZNP_INLINE explicit Values(const Part& part) : Pointwise<b>(part) {}
-
-    ZNP_INLINE void prepare(upL_t) {}
-    ZNP_INLINE void multiply(upL_t i) const {
-        double* const x = this->block(i);
-        for (upL_t v = 0, n = opaque(vectors); v < n; v++)
-            _mm256_store_pd(x + 4 * v, reduce_mod(_mm256_load_pd(x + 4 * v), this->pm_.m));
-    }
-};
-
 template <unsigned b, class Product>
 ZNP_INLINE void inverse(const Part& part, Product& product, upL_t first, upL_t count) {
     const Blocks<b, inverse_direction> blocks(part);
@@ -398,10 +383,7 @@ ZNP_INLINE void inverse(const Part& part, Product& product, upL_t first, upL_t c
 
 template <unsigned b>
 void inverse(const Part& part, const double* other, upL_t first, upL_t count) {
-    if (other == nullptr) {
-        Values<b> values(part);
-        inverse<b>(part, values, first, count);
-    } else if (other == part.data) {
+    if (other == part.data) {
         Squares<b> squares(part);
         inverse<b>(part, squares, first, count);
     } else {

@@ -12,9 +12,9 @@
 namespace znp::vst {
 
 // Residues of block i of an operand of L 32-bit words (read as bytes: may be unaligned to 8), times
-// set.multipliers[s]^set.input_power modulo each prime, which inverse_scale takes out of products: balanced up
-// to a rounding, |r| <= 0.6 p, at `block` (g.block_bytes(), aligned to 32; the padding vectors are not
-// written). Words past the operand count as zero; a block wholly past it is cleared.
+// set.multipliers[s]^set.input_power modulo each prime, which inverse_scale takes out of products: balanced
+// up to a rounding, |r| <= 0.6 p, at `block` (g.block_bytes(), aligned to vectors; the padding vectors are
+// not written). Words past the operand count as zero; a block wholly past it is cleared.
 void words_to_block(const Geometry& g, const PrimeSet& set, double* block, const std::byte* words, upL_t L,
                     upL_t i);
 

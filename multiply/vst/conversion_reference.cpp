@@ -118,7 +118,7 @@ void words_to_block_reference(const Geometry& g, const PrimeSet& set, double* bl
             u128_t x = reduce(point, point_bytes, p);
             for (unsigned k = 0; k < set.input_power; ++k) x = x * static_cast<u64_t>(set.multipliers[s]) % p;
             const auto r = static_cast<double>(static_cast<u64_t>(x));
-            block[4 * g.row() * s + j] = r > -set.neg_half[s] ? r - set.primes[s] : r;
+            block[g.row_doubles() * s + j] = 2 * r > set.primes[s] ? r - set.primes[s] : r;
         }
     }
 }
@@ -129,7 +129,7 @@ u64_t block_to_words_reference(const Geometry& g, const PrimeSet& set, std::byte
     std::memcpy(&sum, &carry, sizeof sum);
     u64_t high_parts = 0;
     for (upL_t j = 0; j < g.n(); ++j) {
-        const Value x = recover(set, block + j, 4 * g.row());
+        const Value x = recover(set, block + j, g.row_doubles());
         high_parts |= shift_right(x, 2 * g.input_bits()).words[0];
         add(sum, x);
         std::memcpy(words + j * (g.input_bits() / 8), &sum, g.input_bits() / 8);
@@ -142,7 +142,7 @@ u64_t block_to_words_reference(const Geometry& g, const PrimeSet& set, std::byte
 bool is_balanced(const Geometry& g, const PrimeSet& set, const double* block) {
     for (unsigned s = 0; s < g.a; ++s) {
         for (upL_t j = 0; j < g.n(); ++j) {
-            const double r = block[4 * g.row() * s + j];
+            const double r = block[g.row_doubles() * s + j];
             if (!(std::fabs(r) <= 0.6 * set.primes[s]) || r != std::rint(r)) return false;
         }
     }

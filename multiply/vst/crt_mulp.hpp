@@ -17,10 +17,10 @@ namespace znp {
 // bytes a byte of the longest product, where two images of the full length have up to 7.3.
 upL_t crt_mulp_bytes(const VST& transform);
 
-// The words [s, e) of the product, e at most La + Lb; T has e - s words. The lengths are not in order. More
+// A window of the product, which ends at most at its length. The operands are in no order of length. More
 // than 2 N bits together is the generic exception with a text as location.
 template <class word>
-void CRT_mulp(const VST& transform, const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A,
-              upL_t La, const word* B, upL_t Lb);
+void CRT_mulp(const VST& transform, const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+              WordSpan<word> B);
 
 }  // namespace znp

@@ -16,6 +16,72 @@ namespace znp::vst {
 
 namespace {
 
+// ---- One level and two, on vectors -----------------------------------------------------------------------
+
+// X^2m - w to X^m - s and X^m + s, and back (times 2, with 1/s).
+ZNP_INLINE void split(__m256d& x, __m256d& y, const Factor& s, const Modulus& m) {
+    const __m256d t = mul_mod(y, s, m);
+    y = _mm256_sub_pd(x, t);
+    x = _mm256_add_pd(x, t);
+}
+ZNP_INLINE void join(__m256d& x, __m256d& y, const Factor& inverse_s, const Modulus& m) {
+    const __m256d t = _mm256_sub_pd(x, y);
+    x = _mm256_add_pd(x, y);
+    y = mul_mod(t, inverse_s, m);
+}
+
+// Two levels. With s and r the twiddles of the node and of its first child, and i = sqrt(-1) = T[1], that of
+// the second child is i r. The three inputs with a factor are multiplied at once, which leaves one product in
+// the chain behind them.
+struct Factors4 {
+    Factor s, r, rs, i;
+};
+ZNP_INLINE Factors4 make_factors4(const double* s, const double* r, __m256d i, const Modulus& m) {
+    const __m256d s0 = _mm256_broadcast_sd(s), r0 = _mm256_broadcast_sd(r);
+    return {make_factor(s0, m), make_factor(r0, m), make_factor(mul_mod(r0, s0, m), m), make_factor(i, m)};
+}
+
+// Both directions in two halves, for loops that begin one vector group before they finish the last: the chain
+// of dependent operations is longer than what a processor looks ahead.
+struct Half4 {
+    __m256d a, b;
+};
+
+ZNP_INLINE Half4 split4_begin(double* x, upL_t step, __m256d x0, const Factors4& f, const Modulus& m) {
+    const __m256d t2 = mul_mod(_mm256_load_pd(x + 2 * step), f.s, m);
+    const __m256d t1 = mul_mod(_mm256_load_pd(x + step), f.r, m);
+    const __m256d t3 = mul_mod(_mm256_load_pd(x + 3 * step), f.rs, m);
+    const __m256d u = _mm256_add_pd(x0, t2);
+    const __m256d e = _mm256_add_pd(t1, t3);
+    _mm256_store_pd(x, _mm256_add_pd(u, e));
+    _mm256_store_pd(x + step, _mm256_sub_pd(u, e));
+    return {_mm256_sub_pd(x0, t2), _mm256_sub_pd(t1, t3)};
+}
+ZNP_INLINE void split4_end(double* x, upL_t step, const Half4& half, const Factors4& f, const Modulus& m) {
+    const __m256d d = mul_mod(half.b, f.i, m);
+    _mm256_store_pd(x + 2 * step, _mm256_add_pd(half.a, d));
+    _mm256_store_pd(x + 3 * step, _mm256_sub_pd(half.a, d));
+}
+
+// Times 4. From inputs below B p: x[0] is reduced, the others are below (1/2 + (2 B + 1) / 32) p.
+ZNP_INLINE Half4 join4_begin(double* x, upL_t step, const __m256d (&y)[4], const Factors4& f,
+                             const Modulus& m) {
+    const __m256d d = mul_mod(_mm256_sub_pd(y[2], y[3]), f.i, m);
+    const __m256d u = _mm256_add_pd(y[0], y[1]);
+    const __m256d e = _mm256_sub_pd(y[0], y[1]);
+    const __m256d v = _mm256_add_pd(y[2], y[3]);
+    const __m256d sum = _mm256_add_pd(u, v);
+    _mm256_store_pd(x + 2 * step, mul_mod(_mm256_sub_pd(u, v), f.s, m));
+    _mm256_store_pd(x, reduce_mod(sum, m));
+    return {_mm256_add_pd(e, d), _mm256_sub_pd(e, d)};
+}
+ZNP_INLINE void join4_end(double* x, upL_t step, const Half4& half, const Factors4& f, const Modulus& m) {
+    _mm256_store_pd(x + step, mul_mod(half.a, f.r, m));
+    _mm256_store_pd(x + 3 * step, mul_mod(half.b, f.rs, m));
+}
+
+// ---- Rows -------------------------------------------------------------------------------------------------
+
 // Twiddles of a node, of its children and grandchildren.
 struct Node {
     const double* twiddles;
@@ -99,7 +165,7 @@ ZNP_INLINE void sweep4(const Groups& w, const FactorsOf& factors, Modulus m, Fet
         if constexpr (inverse) {
             const __m256d v[4] = {_mm256_load_pd(x), _mm256_load_pd(x + step), _mm256_load_pd(x + 2 * step),
                                   _mm256_load_pd(x + 3 * step)};
-            return join4_begin(x, step, v, true, f, m);
+            return join4_begin(x, step, v, f, m);
         } else {
             const __m256d x0 = _mm256_load_pd(x);
             return split4_begin(x, step, reduce ? reduce_mod(x0, m) : x0, f, m);
@@ -330,8 +396,8 @@ void inverse_tree(Walk& walk, const Part* part, const double* other, upL_t first
 }
 
 Rows part_rows(const Part& part, Direction direction) {
-    const upL_t lanes = part.b == 1 ? 16 : 8 * part.b;
-    return {part.data, part.stride, lanes, part.twiddles.twiddles[direction], part.prime, part.next};
+    return {part.data,  part.stride, block_lanes(part.b), part.twiddles.twiddles[direction],
+            part.prime, part.next};
 }
 
 }  // namespace

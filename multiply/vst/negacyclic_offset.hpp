@@ -19,12 +19,12 @@ double scaled_offset(const Frame& frame, unsigned s);
 
 // The pattern of a block: input_words 32-bit words at the beginning of the frame's scratch.
 constexpr upL_t pattern_bytes(const Geometry& g) {
-    return round_up_32(g.input_words() * 4);
+    return whole_vector_bytes(g.input_bytes());
 }
 void make_pattern(const Frame& frame);
 
 // Takes the pattern and a borrow off a block's words; returns the borrow.
-u64_t subtract_pattern(const Frame& frame, std::byte* words, u64_t borrow);
+bool subtract_pattern(const Frame& frame, std::byte* words, bool borrow);
 
 // What the pattern takes off too much.
 void correct_offset(const Geometry& g, ResultWords& words);

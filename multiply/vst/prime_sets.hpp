@@ -15,15 +15,12 @@ struct PrimeSet {
     unsigned char input_power;     // the transforms of operands have multipliers[s]^input_power as a factor
     const double* primes;          // largest first
     const double* roots;           // of order b 2^max_c, balanced
-    const double* neg_half;        // -(p - 1) / 2
     const double* inverse_primes;  // 1 / p
     const double* multipliers;     // (p - 1) / 2^max_c
     const double* limb_powers;     // 2^48, 2^96 and 2^144 modulo each prime, balanced
     const double* crt_factors;     // a - 1 limbs of each P / p, then a limbs of P, in signed base 2^48
-    const double* pair_products;   // a limbs: minus the products of the limbs of neighbouring P / p
     const double* crt_inverses;    // of each P / p modulo p, balanced
     const double* recovery;        // RecoveryTable<a>
-    double scale;                  // -2^(48 a) / P: from a value's top limb to the multiple of P to take off
 };
 
 // a from 4 to 9, b odd up to 7.

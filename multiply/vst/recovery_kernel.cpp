@@ -44,7 +44,6 @@
 namespace znp::vst {
 namespace {
 
-constexpr upL_t largest_block = 224 * 24;  // bytes of words
 constexpr auto both_bits =
     static_cast<s64_t>(u64_t{0x4338 + 0x4638} << 48);  // of the sum of both magic numbers
 
@@ -228,8 +227,8 @@ u64_t convert(const Geometry& g, const PrimeSet& set, std::byte* words, const do
     constexpr upL_t width = 3 * (a - 1);  // bytes of a point
     constexpr upL_t step = 4 * width;     // and of four
     const upL_t lanes = g.lanes();
-    alignas(32) std::byte even_bytes[largest_block + 8];
-    alignas(32) std::byte odd_bytes[largest_block + width + 8];
+    alignas(32) std::byte even_bytes[max_input_bytes + 8];
+    alignas(32) std::byte odd_bytes[max_input_bytes + width + 8];
     __builtin_memcpy(odd_bytes, carry.words, width + 8);
     Stream<a> even{0, 0}, odd{0, 0};
     __builtin_memcpy(&odd.carry, odd_bytes + width, 8);

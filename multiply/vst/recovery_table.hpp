@@ -1,12 +1,14 @@
 // The constants of the residue recovery, each in all lanes of a vector: see recovery_kernel.cpp.
 #pragma once
 
+#include "multiply/vst/vector_width.hpp"
+
 namespace znp::vst {
 
 template <unsigned a>
 struct RecoveryTable {
     struct Lanes {
-        double lane[4];
+        double lane[vector_doubles];
     };
     Lanes quotient_offset;    // M' + 0.2 P - pair products, in multiples of 2^48 of the top high part
     Lanes quotient_factor;    // -1 / P in these units

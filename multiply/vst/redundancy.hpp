@@ -8,8 +8,7 @@ namespace znp::vst {
 
 // A coefficient is a sum of b 2^c products of two points, so its part above 2 input_bits is below this.
 constexpr u64_t redundancy_bound(const Geometry& g) {
-    const unsigned log2_b = g.b == 1 ? 0 : g.b == 3 ? 2 : 3;  // rounded up
-    return u64_t{1} << (g.c + log2_b);
+    return u64_t{1} << g.log2_points();
 }
 
 // H is the OR of these parts of all coefficients of an inverse. At or above the bound a transform, a multiply

@@ -37,6 +37,7 @@
 
 #include "multiply/vst/conversion.hpp"
 #include "multiply/vst/conversion_reference.hpp"
+#include "multiply/vst/recovery_table.hpp"
 #include "multiply/vst/vst_vector.hpp"
 
 namespace znp::vst {
@@ -192,7 +193,7 @@ class AnyFactors {
     static constexpr unsigned count = a / 2;
 
     ZNP_INLINE __m256d residue(const __m256d* x, unsigned s) const {
-        const __m256d magic = _mm256_set1_pd(round_magic), split_magic = _mm256_set1_pd(0x1.8p100);
+        const __m256d magic = _mm256_set1_pd(round_magic), split_magic = _mm256_set1_pd(high_magic);
         const __m256d p = _mm256_set1_pd(primes_[s]), inverse = _mm256_set1_pd(inverses_[s]);
         SplitSum sum{split_magic, x[0]};
 #pragma GCC unroll 3
@@ -250,12 +251,12 @@ void convert(const Geometry& g, const PrimeSet& set, double* block, const std::b
 
 void words_to_block(const Geometry& g, const PrimeSet& set, double* block, const std::byte* words, upL_t L,
                     upL_t i) {
-    const upL_t size = 4 * g.input_words(), start = i * size, end = 4 * L;
+    const upL_t size = g.input_bytes(), start = i * size, end = 4 * L;
     if (start >= end) return clear(g, block);
     const std::byte* bytes = words + start;
 
     // The end of an operand: a copy with zeros behind.
-    std::byte copy[224 * 24 + load_bytes];
+    std::byte copy[max_input_bytes + load_bytes];
     if (end - start < size + load_bytes) {
         const upL_t rest = end - start < size ? end - start : size;
         __builtin_memcpy(copy, bytes, rest);

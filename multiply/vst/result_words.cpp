@@ -3,24 +3,16 @@
 #include <algorithm>
 #include <cstring>
 
+#include "multiply/kernels/carry_loop.hpp"
 #include "multiply/kernels/residue.hpp"
-#include "multiply/vst/byte_words.hpp"
 
 namespace znp::vst {
 
 namespace {
 
-void step(std::byte* x, u64_t y, u64_t& carry, bool subtract) {
-    const u64_t word = load_word(x);
-    if (subtract) {
-        const u64_t difference = word - y;
-        store_word(x, difference - carry);
-        carry = static_cast<u64_t>(word < y) | static_cast<u64_t>(difference < carry);
-    } else {
-        const u64_t sum = word + y;
-        store_word(x, sum + carry);
-        carry = static_cast<u64_t>(sum < word) | static_cast<u64_t>(sum + carry < sum);
-    }
+// x += y or -= y, and the carry; returns the next one.
+bool step(std::byte* x, const u64_t* y, upL_t length, bool carry, bool subtract) {
+    return subtract ? sub_loop(x, x, y, length, carry) : add_loop(x, x, y, length, carry);
 }
 
 bool is_one(const u64_t* number, upL_t length) {
@@ -38,25 +30,16 @@ void ResultWords::add(u64_t block, const u64_t* number, upL_t length, bool subtr
         add(0, &one, 1, true);
         return;
     }
-    if (block == geometry_.blocks()) {
-        wrap(number, length, subtract);
-        return;
-    }
-    u64_t carry = 0;
-    std::byte* x = at(block);
-    for (upL_t i = 0;; i++) {
+    if (block == geometry_.blocks()) return wrap(number, length, subtract);
+    const u64_t zero = 0, one = 1;
+    bool carry = step(at(block), number, length, false, subtract);
+    for (upL_t i = length; carry; i++) {
         if (i == words64()) {
-            if (carry == 0) return;
-            if (++block == geometry_.blocks()) break;
-            x = at(block);
+            if (++block == geometry_.blocks()) return wrap(&one, 1, subtract);
             i = 0;
         }
-        if (carry == 0 && length == 0) return;
-        const u64_t y = length > 0 ? *number++ : 0;
-        if (length > 0) length--;
-        step(x + 8 * i, y, carry, subtract);
+        carry = step(at(block) + 8 * i, &zero, 1, true, subtract);
     }
-    if (carry != 0) wrap(&carry, 1, subtract);
 }
 
 // 2^capacity is 1 or -1. A negative value that wraps to all ones and one more is 2^capacity.
@@ -74,9 +57,10 @@ void ResultWords::wrap(const u64_t* number, upL_t length, bool subtract) {
 
 bool ResultWords::is_zero() const {
     for (u64_t block = 0; block < geometry_.blocks(); block++) {
-        for (upL_t i = 0; i < words64(); i++) {
-            if (load_word(at(block) + 8 * i) != 0) return false;
-        }
+        const std::byte* const words = at(block);
+        if (std::any_of(words, words + geometry_.input_bytes(),
+                        [](std::byte x) { return x != std::byte{0}; }))
+            return false;
     }
     return true;
 }

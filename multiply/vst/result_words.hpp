@@ -23,9 +23,9 @@ class ResultWords {
     }
     upL_t words64() const { return block_words_ / 2; }  // of a block
 
-    // Adds (subtracts) a number at the first bit of a block and lets the carry run, over the end by the rule
-    // of the ring. `block` may be blocks(), which is the end. A negative value modulo 2^capacity + 1 that
-    // reaches -1 and becomes 2^capacity is noted in top().
+    // Adds (subtracts) a number not longer than a block at the first bit of one and lets the carry run, over
+    // the end by the rule of the ring. `block` may be blocks(), which is the end. A negative value modulo
+    // 2^capacity + 1 that reaches -1 and becomes 2^capacity is noted in top().
     void add(u64_t block, const u64_t* number, upL_t length, bool subtract);
 
     // Of the ring modulo 2^capacity + 1: the value is 2^capacity.

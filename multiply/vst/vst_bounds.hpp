@@ -37,9 +37,8 @@ ZNP_INLINE bool rows_bounded(const Rows& rows, upL_t first, upL_t last, double b
 }
 
 ZNP_INLINE bool blocks_bounded(const Part& part, upL_t first, upL_t last, double bound) {
-    const upL_t vectors = part.b == 1 ? 16 : 8 * upL_t{part.b};
     for (upL_t i = first; i < last; i++) {
-        if (!bounded(part.data + i * part.stride, vectors, bound, *part.prime)) return false;
+        if (!bounded(part.data + i * part.stride, block_lanes(part.b), bound, *part.prime)) return false;
     }
     return true;
 }

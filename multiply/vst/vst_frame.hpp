@@ -33,8 +33,11 @@ struct Result {
     upL_t s, e;  // in 32-bit words
 };
 
-constexpr upL_t round_up_32(upL_t n) {
-    return (n + 31) & ~upL_t{31};
-}
+// What an inverse hands on beside the words. The redundancy check judges the high parts: if they are too
+// large, the words are wrong.
+struct Outcome {
+    u64_t high_parts;  // of all coefficients, above 2 input_bits: their OR
+    bool top;          // negacyclic: the value is 2^capacity, and all words are zero
+};
 
 }  // namespace znp::vst

@@ -12,7 +12,7 @@ namespace znp::vst {
 inline constexpr unsigned max_local_levels = 16;
 
 // Twiddles of the subtree below `node`: at 2^e + j that of its node 2^e node + j, e < levels, j < 2^e.
-// out has 2^levels + 4 elements, aligned to 32.
+// out has 2^levels + vector_doubles elements, and the alignment of vectors.
 void local_twiddles(double* out, const PrimeTables& tables, Direction direction, u64_t node, unsigned levels);
 
 // b > 1. The powers 1 to b - 1 of the root v of the block nodes below `node`, each `nodes` long, and the
@@ -56,7 +56,7 @@ struct PartTwiddles {
 };
 
 // A contiguous part: `levels` binary levels on 2^levels blocks and those in the blocks. The inverse begins
-// with the pointwise product by the part at `other` (may be data itself: the square; null: none).
+// with the pointwise product by the part at `other` (may be data itself: the square).
 struct Part {
     double* data;
     upL_t stride;

@@ -74,19 +74,15 @@ transform* VSTMultiplier<word>::make_transform(const BasicParameters& bp, void* 
 template <class word>
 upL_t VSTMultiplier<word>::mulp_bytes(upL_t L, u64_t threads) const {
     return largest_need(bits<word>(L), threads, [](const vst::Geometry& g, u64_t tds) {
-        try {
-            return crt_mulp_bytes(VST(nullptr, half(g), tds));
-        } catch (const InvalidTransformParametersException&) {
-            return upL_t{0};  // the half is too small for a transform
-        }
+        return half(g).long_enough() ? crt_mulp_bytes(VST(nullptr, half(g), tds)) : 0;
     });
 }
 
 template <class word>
-void VSTMultiplier<word>::mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La,
-                               const word* B, upL_t Lb) const {
-    const VST transform(bp.holder, half(vst::find_size(bits<word>(La + Lb)).geometry()), bp.tds);
-    CRT_mulp(transform, bp, T, s, e, A, La, B, Lb);
+void VSTMultiplier<word>::mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                               WordSpan<word> B) const {
+    const vst::Geometry whole = vst::find_size(bits<word>(A.size() + B.size())).geometry();
+    CRT_mulp(VST(bp.holder, half(whole), bp.tds), bp, R, A, B);
 }
 
 template class VSTMultiplier<c32i>;

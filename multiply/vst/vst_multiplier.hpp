@@ -19,8 +19,7 @@ class VSTMultiplier final : public multiplier<word> {
     upL_t work_bytes(upL_t L, u64_t threads) const override;
     transform* make_transform(const BasicParameters& bp, void* place, upL_t L) const override;
     upL_t mulp_bytes(upL_t L, u64_t threads) const override;
-    void mulp(const BasicParameters& bp, word* T, upL_t s, upL_t e, const word* A, upL_t La, const word* B,
-              upL_t Lb) const override;
+    void mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B) const override;
 };
 
 extern template class VSTMultiplier<c32i>;

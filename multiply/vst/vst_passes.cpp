@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/range_fork.hpp"
 #include "multiply/vst/conversion.hpp"
 #include "multiply/vst/negacyclic_offset.hpp"
-#include "multiply/vst/range_split.hpp"
-#include "multiply/vst/redundancy.hpp"
 #include "multiply/vst/result_words.hpp"
 #include "multiply/vst/vst_kernels.hpp"
 #include "multiply/vst/vst_slot.hpp"
@@ -14,11 +13,6 @@
 namespace znp::vst {
 
 namespace {
-
-// Threads that can find work.
-u64_t useful_threads(const Stages& stages, u64_t threads) {
-    return std::clamp<u64_t>(threads, 1, u64_t{1} << std::min(20u, stages.columns_log(0)));
-}
 
 // ---- Stages -----------------------------------------------------------------------------------------------
 
@@ -34,18 +28,26 @@ void make_column_twiddles(const Frame& frame, const Slot& slot, Direction direct
         local_twiddles(slot.column(s), frame.tables->prime[s], direction, node, frame.stages.levels[stage]);
 }
 
-// The rows of prime s in the column that begins at the block `first`.
-Rows column_rows(const Frame& frame, const Slot& slot, double* image, unsigned stage, u64_t first,
-                 unsigned s) {
+// A column of a stage: a block in each row.
+struct Column {
+    double* data;  // of the first row
+    upL_t stride;  // from a row to the next
+
+    double* block(u64_t row) const { return data + row * stride; }
+};
+
+// The one that begins at the block `first`.
+Column column_at(const Frame& frame, double* image, unsigned stage, u64_t first) {
     const Geometry& g = frame.geometry;
-    double* const data = image + g.block_offset(first) + s * g.row() * 4;
-    // Next comes the next prime, and behind the last one the next column, which stands there too.
-    return {data,
-            g.distance(frame.stages.columns_log(stage)),
-            g.lanes(),
-            slot.column(s),
-            &frame.tables->prime[s],
-            data + g.row() * 4};
+    return {image + g.block_offset(first), g.distance(frame.stages.columns_log(stage))};
+}
+
+// Its rows of prime s. Next comes the next prime, and behind the last one the next column, which stands there
+// too.
+Rows rows_of(const Frame& frame, const Slot& slot, const Column& column, unsigned s) {
+    const Geometry& g = frame.geometry;
+    double* const data = column.data + s * g.row_doubles();
+    return {data, column.stride, g.lanes(), slot.column(s), &frame.tables->prime[s], data + g.row_doubles()};
 }
 
 // A stage behind the first, both ways: sections times columns, in order.
@@ -56,11 +58,12 @@ void middle_stage(const Frame& frame, double* image, Direction direction, unsign
         const Slot slot(frame, index);
         for (u64_t i = low; i < high; i++) {
             const u64_t j = i >> columns_log;
-            const u64_t column = i - (j << columns_log);
-            if (i == low || column == 0) make_column_twiddles(frame, slot, direction, stage, j);
-            const u64_t first = (j << (columns_log + frame.stages.levels[stage])) + column;
+            const u64_t first = i - (j << columns_log);  // of its section
+            if (i == low || first == 0) make_column_twiddles(frame, slot, direction, stage, j);
+            const Column column =
+                column_at(frame, image, stage, (j << (columns_log + frame.stages.levels[stage])) + first);
             for (unsigned s = 0; s < frame.geometry.a; s++) {
-                const Rows rows = column_rows(frame, slot, image, stage, first, s);
+                const Rows rows = rows_of(frame, slot, column, s);
                 if (direction == forward_direction) {
                     forward_levels(rows, frame.stages.levels[stage], Top::large);
                 } else {
@@ -75,10 +78,11 @@ void middle_stage(const Frame& frame, double* image, Direction direction, unsign
 Part part_of(const Frame& frame, const Slot& slot, double* image, u64_t j, unsigned s) {
     const Geometry& g = frame.geometry;
     const unsigned levels = frame.stages.part;
-    double* const data = image + g.block_offset(j << levels) + s * g.row() * 4;
-    const double* const next = s + 1 < g.a ? data + g.row() * 4 : image + g.block_offset((j + 1) << levels);
+    double* const data = image + g.block_offset(j << levels) + s * g.row_doubles();
+    const double* const next =
+        s + 1 < g.a ? data + g.row_doubles() : image + g.block_offset((j + 1) << levels);
     return {data,
-            g.block_vectors() * 4,
+            g.block_doubles(),
             g.b,
             levels,
             {{slot.part(forward_direction), slot.part(inverse_direction)},
@@ -93,32 +97,31 @@ Part part_of(const Frame& frame, const Slot& slot, double* image, u64_t j, unsig
 void make_part_twiddles(const Frame& frame, const Slot& slot, const Part& part, Direction direction,
                         u64_t j) {
     const u64_t node = node_index(frame, frame.stages.part_depth(), j);
-    local_twiddles(slot.part(direction), *part.prime, direction, node, part.levels + block_levels(part.b));
-    if (part.b > 1) {
+    const unsigned levels = part.levels + block_levels(part.b);
+    local_twiddles(slot.part(direction), *part.prime, direction, node, levels);
+    if (part.b > 1)
         local_powers(slot.powers(direction), *part.prime, part.b, frame.tables->block_nodes, direction, node,
-                     part.levels + 3);
-    }
+                     levels);
 }
 
 // What the pointwise step takes: the weights, which are forward twiddles for b = 1.
 void make_part_weights(const Frame& frame, const Slot& slot, const Part& part, u64_t j) {
     const u64_t node = node_index(frame, frame.stages.part_depth(), j);
+    const unsigned levels = part.levels + block_levels(part.b);
     if (part.b > 1) {
-        local_weights(slot.weights(), *part.prime, part.b, node, part.levels + 3);
+        local_weights(slot.weights(), *part.prime, part.b, node, levels);
     } else {
-        local_twiddles(slot.part(forward_direction), *part.prime, forward_direction, node,
-                       part.levels + block_levels(part.b));
+        local_twiddles(slot.part(forward_direction), *part.prime, forward_direction, node, levels);
     }
 }
 
 // f(slot, j) for each part, on all threads.
 template <class F>
 void for_each_part(const Frame& frame, const F& f) {
-    split_range(0, u64_t{1} << frame.stages.part_depth(), frame.threads, 0,
-                [&](u64_t low, u64_t high, u64_t index) {
-                    const Slot slot(frame, index);
-                    for (u64_t j = low; j < high; j++) f(slot, j);
-                });
+    split_range(0, frame.stages.parts(), frame.threads, 0, [&](u64_t low, u64_t high, u64_t index) {
+        const Slot slot(frame, index);
+        for (u64_t j = low; j < high; j++) f(slot, j);
+    });
 }
 
 void forward_part_stage(const Frame& frame, double* image) {
@@ -136,8 +139,8 @@ void inverse_part_stage(const Frame& frame, double* image, const double* other) 
         for (unsigned s = 0; s < frame.geometry.a; s++) {
             const Part part = part_of(frame, slot, image, j, s);
             make_part_twiddles(frame, slot, part, inverse_direction, j);
-            if (other != nullptr) make_part_weights(frame, slot, part, j);
-            inverse_part(part, other != nullptr ? other + (part.data - image) : nullptr);
+            make_part_weights(frame, slot, part, j);
+            inverse_part(part, other + (part.data - image));
         }
     });
 }
@@ -185,15 +188,13 @@ class FirstStage {
     }
 
     void run() const {
-        split_range(0, u64_t{1} << frame_.stages.columns_log(0), frame_.threads, 0,
-                    [&](u64_t low, u64_t high, u64_t index) {
-                        const Slot slot(frame_, index);
-                        make_column_twiddles(frame_, slot, forward_direction, 0, 0);
-                        for (unsigned i = 0; i < count_; i++) {
-                            for (u64_t column = low; column < high; column++)
-                                run_column(jobs_[i], slot, column);
-                        }
-                    });
+        split_range(0, frame_.stages.columns(), frame_.threads, 0, [&](u64_t low, u64_t high, u64_t index) {
+            const Slot slot(frame_, index);
+            make_column_twiddles(frame_, slot, forward_direction, 0, 0);
+            for (unsigned i = 0; i < count_; i++) {
+                for (u64_t k = low; k < high; k++) run_column(jobs_[i], slot, k);
+            }
+        });
     }
 
   private:
@@ -204,27 +205,25 @@ class FirstStage {
         u64_t rows;  // that are not zero
     };
 
-    void run_column(const Job& job, const Slot& slot, u64_t column) const {
-        const Geometry& g = frame_.geometry;
+    void run_column(const Job& job, const Slot& slot, u64_t k) const {
+        const Column column = column_at(frame_, job.image, 0, k);
         for (u64_t r = 0; r < job.rows; r++) {
-            const u64_t block = (r << frame_.stages.columns_log(0)) + column;
-            prefetch_operand(job, r + 3, column);
-            words_to_block(g, *frame_.tables->set, job.image + g.block_offset(block), job.operand.words,
-                           job.operand.L, block);
+            prefetch_operand(job, r + 3, k);
+            words_to_block(frame_.geometry, *frame_.tables->set, column.block(r), job.operand.words,
+                           job.operand.L, r * frame_.stages.columns() + k);
         }
-        for (unsigned s = 0; s < g.a; s++)
-            forward_levels(column_rows(frame_, slot, job.image, 0, column, s), frame_.stages.levels[0],
-                           job.top);
+        for (unsigned s = 0; s < frame_.geometry.a; s++)
+            forward_levels(rows_of(frame_, slot, column, s), frame_.stages.levels[0], job.top);
     }
 
     // The words of a row's block; rows behind the last one are those of the next column.
-    void prefetch_operand(const Job& job, u64_t row, u64_t column) const {
+    void prefetch_operand(const Job& job, u64_t row, u64_t k) const {
         if (row >= job.rows) {
             row -= job.rows;
-            column++;
+            k++;
         }
         const upL_t length = frame_.geometry.input_words();
-        const upL_t first = ((row << frame_.stages.columns_log(0)) + column) * length;
+        const upL_t first = (row * frame_.stages.columns() + k) * length;
         if (first + length <= job.operand.L) prefetch_words(job.operand.words + 4 * first, 4 * length);
     }
 
@@ -233,11 +232,7 @@ class FirstStage {
     unsigned count_ = 0;
 };
 
-// What a thread leaves behind: the columns that it did, with a carry for each row, and the high parts.
-struct SlotReport {
-    u64_t low, high, H;
-};
-
+// The last inverse stage and the words of its columns.
 class LastStage {
   public:
     LastStage(const Frame& frame, double* image, const ResultWords& words)
@@ -249,39 +244,28 @@ class LastStage {
         }
     }
 
-    void run(u64_t low, u64_t high, u64_t index) {
-        const Slot slot(frame_, index);
-        make_column_twiddles(frame_, slot, inverse_direction, 0, 0);
-        std::fill_n(slot.rows(), rows_, Slot::Row{});
-        const unsigned columns_log = frame_.stages.columns_log(0);
-        u64_t H = 0;
-        for (u64_t column = low; column < high; column++) {
-            inverse_column(slot, column);
-            for (u64_t r = 0; r < rows_; r++) {
-                const u64_t block = (r << columns_log) + column;
-                if (r + 2 < rows_)
-                    prefetch_words(words_.at(block + (u64_t{2} << columns_log)),
-                                   frame_.geometry.input_words() * 4);
-                H |= recover_block(slot, block, slot.rows()[r]);
-            }
-        }
-        reports_[index] = {low, high, H};
+    // All columns, and the high parts of their coefficients. What leaves the last column of each thread is
+    // left to join().
+    u64_t run() {
+        split_range(0, frame_.stages.columns(), frame_.threads, 0, [&](u64_t low, u64_t high, u64_t index) {
+            const Slot slot(frame_, index);
+            make_column_twiddles(frame_, slot, inverse_direction, 0, 0);
+            std::fill_n(slot.rows(), rows_, Slot::Row{});
+            u64_t high_parts = 0;
+            for (u64_t k = low; k < high; k++) high_parts |= run_column(slot, k);
+            done_[index] = {high, high_parts};
+        });
+        u64_t high_parts = 0;
+        for (const Done& done : done_) high_parts |= done.high_parts;
+        return high_parts;
     }
 
-    u64_t high_parts() const {
-        u64_t H = 0;
-        for (u64_t i = 0; i < frame_.threads; i++) H |= reports_[i].H;
-        return H;
-    }
-
-    // The carries that left the columns of each thread.
     void join(ResultWords& words) const {
-        const unsigned columns_log = frame_.stages.columns_log(0);
         for (u64_t i = 0; i < frame_.threads; i++) {
-            if (reports_[i].high == 0) continue;
+            if (done_[i].columns_end == 0) continue;
             const Slot slot(frame_, i);
             for (u64_t r = 0; r < rows_; r++) {
-                const u64_t block = (r << columns_log) + reports_[i].high;
+                const u64_t block = r * frame_.stages.columns() + done_[i].columns_end;
                 const Slot::Row& row = slot.rows()[r];
                 words.add(block, row.carry.words, 8, false);
                 words.add(block, &row.borrow, 1, true);
@@ -290,10 +274,29 @@ class LastStage {
     }
 
   private:
-    void inverse_column(const Slot& slot, u64_t column) const {
+    // Of a thread.
+    struct Done {
+        u64_t columns_end, high_parts;
+    };
+
+    // The rows' carries come in from the column before and go on to the next.
+    u64_t run_column(const Slot& slot, u64_t k) const {
+        const Column column = column_at(frame_, image_, 0, k);
+        inverse_column(slot, column);
+        u64_t high_parts = 0;
+        for (u64_t r = 0; r < rows_; r++) {
+            const u64_t block = r * frame_.stages.columns() + k;
+            if (r + 2 < rows_)
+                prefetch_words(words_.at(block + 2 * frame_.stages.columns()), frame_.geometry.input_bytes());
+            high_parts |= recover_block(slot, column.block(r), block, slot.rows()[r]);
+        }
+        return high_parts;
+    }
+
+    void inverse_column(const Slot& slot, const Column& column) const {
         const Geometry& g = frame_.geometry;
         for (unsigned s = 0; s < g.a; s++) {
-            const Rows rows = column_rows(frame_, slot, image_, 0, column, s);
+            const Rows rows = rows_of(frame_, slot, column, s);
             if (frame_.ring == Ring::cyclic) {
                 inverse_levels_root(rows, frame_.stages.levels[0], scale_[s]);
                 continue;
@@ -305,38 +308,34 @@ class LastStage {
         }
     }
 
-    u64_t recover_block(const Slot& slot, u64_t block, Slot::Row& row) const {
+    u64_t recover_block(const Slot& slot, const double* residues, u64_t block, Slot::Row& row) const {
         const Geometry& g = frame_.geometry;
         const bool direct = words_.in_window(block);
         std::byte* const out = direct ? words_.at(block) : slot.block_words();
-        const u64_t H =
-            block_to_words(g, *frame_.tables->set, out, image_ + g.block_offset(block), row.carry);
-        if (frame_.ring == Ring::negacyclic) row.borrow = subtract_pattern(frame_, out, row.borrow);
-        if (!direct) std::memcpy(words_.at(block), out, g.input_words() * 4);
-        return H;
+        const u64_t high_parts = block_to_words(g, *frame_.tables->set, out, residues, row.carry);
+        if (frame_.ring == Ring::negacyclic)
+            row.borrow = subtract_pattern(frame_, out, row.borrow != 0) ? 1 : 0;
+        if (!direct) std::memcpy(words_.at(block), out, g.input_bytes());
+        return high_parts;
     }
 
     const Frame& frame_;
     double* image_;
     const ResultWords& words_;
     u64_t rows_;
-    double scale_[9] = {};
-    double offset_[9] = {};
-    SlotReport reports_[max_threads] = {};
+    double scale_[max_primes] = {};
+    double offset_[max_primes] = {};
+    Done done_[max_threads] = {};
 };
 
 }  // namespace
 
-upL_t carry_bytes(const Stages& stages) {
-    return Slot::row_bytes(stages);
-}
-
 upL_t scratch_bytes(const Geometry& g, const Stages& stages, u64_t threads) {
-    return pattern_bytes(g) + useful_threads(stages, threads) * Slot::bytes(g, stages);
+    return pattern_bytes(g) + threads * Slot::bytes(g, stages);
 }
 
-void forward_passes(const Frame& frame, double* image, const std::byte* words, upL_t L) {
-    FirstStage(frame).add(image, {words, L}).run();
+void forward_passes(const Frame& frame, double* image, const Operand& A) {
+    FirstStage(frame).add(image, A).run();
     for (unsigned s = 1; s < frame.stages.count; s++) middle_stage(frame, image, forward_direction, s);
     forward_part_stage(frame, image);
 }
@@ -349,31 +348,29 @@ bool lies_in(const double* image, const Geometry& g, const Operand& operand) {
 }
 
 // From the parts' inverses to the words.
-u32_t finish_inverse(const Frame& frame, double* image, const Result& result) {
+Outcome finish_inverse(const Frame& frame, double* image, const Result& result) {
     for (unsigned s = frame.stages.count; s-- > 1;) middle_stage(frame, image, inverse_direction, s);
 
     const bool negacyclic = frame.ring == Ring::negacyclic;
     if (negacyclic) make_pattern(frame);
     ResultWords words(frame, image, result);
     LastStage last(frame, image, words);
-    split_range(0, u64_t{1} << frame.stages.columns_log(0), frame.threads, 0,
-                [&](u64_t low, u64_t high, u64_t index) { last.run(low, high, index); });
-    check_redundancy(last.high_parts(), redundancy_bound(frame.geometry) << (negacyclic ? 1 : 0));
+    const u64_t high_parts = last.run();
     last.join(words);
     if (negacyclic) correct_offset(frame.geometry, words);
     words.copy_rest();
-    return words.top() ? 1 : 0;
+    return {high_parts, words.top()};
 }
 
 }  // namespace
 
-u32_t inverse_passes(const Frame& frame, double* image, const double* other, const Result& result) {
+Outcome inverse_passes(const Frame& frame, double* image, const double* other, const Result& result) {
     inverse_part_stage(frame, image, other);
     return finish_inverse(frame, image, result);
 }
 
-u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
-                     const Result& result) {
+Outcome product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
+                       const Result& result) {
     if (B != nullptr && lies_in(T2, frame.geometry, A)) {  // all of A is read before T2 is written
         FirstStage(frame).add(T1, A).run();
         FirstStage(frame).add(T2, *B).run();

@@ -10,22 +10,20 @@
 
 namespace znp::vst {
 
-// Scratch: see vst_slot.hpp. carry_bytes: of one thread.
-upL_t carry_bytes(const Stages& stages);
+// See vst_slot.hpp.
 upL_t scratch_bytes(const Geometry& g, const Stages& stages, u64_t threads);
 
-// L 32-bit words, at most the capacity, read as bytes.
-void forward_passes(const Frame& frame, double* image, const std::byte* words, upL_t L);
+void forward_passes(const Frame& frame, double* image, const Operand& A);
 
-// image = image other (null: other is a copy of image), back to words modulo 2^capacity -+ 1. Returns the
-// top bit: 1 means 2^capacity, with all words zero (negacyclic only). other may be image: the square.
-u32_t inverse_passes(const Frame& frame, double* image, const double* other, const Result& result);
+// image = image other, back to words modulo 2^capacity -+ 1. other may be image: the
+// square.
+Outcome inverse_passes(const Frame& frame, double* image, const double* other, const Result& result);
 
 // Both forward passes and the inverse in one: what is made of a contiguous part is used while it is in the
 // cache. B null: the square of A; T2 is not used then. T2 is left undefined. The words of A may lie in T2,
 // and so may those of the result.
-u32_t product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
-                     const Result& result);
+Outcome product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
+                       const Result& result);
 
 // The residue of all words of the result, modulo 2^61 - 1.
 u64_t hash_result(const Frame& frame, const double* image, const Result& result);

@@ -1,6 +1,8 @@
 // How the binary levels of a VST are divided: stages of columns, then the contiguous parts.
 #pragma once
 
+#include <algorithm>
+
 #include "multiply/vst/geometry.hpp"
 
 namespace znp::vst {
@@ -40,6 +42,10 @@ struct Stages {
     }
     unsigned columns_log(unsigned s) const { return total - first_level(s) - levels[s]; }
     unsigned part_depth() const { return total - part; }
+    // That find work in the first stage and in the parts.
+    u64_t max_threads() const { return std::min(columns(), parts()); }
+    u64_t columns() const { return u64_t{1} << columns_log(0); }  // of the first stage
+    u64_t parts() const { return u64_t{1} << part_depth(); }
 };
 
 }  // namespace znp::vst

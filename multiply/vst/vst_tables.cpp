@@ -5,7 +5,9 @@
 #include <cmath>
 #include <new>
 
+#include "foundation/fail.hpp"
 #include "foundation/threads.hpp"
+#include "multiply/vst/field.hpp"
 #include "multiply/vst/size_plan.hpp"
 #include "multiply/vst/vst_kernels.hpp"
 #include "multiply/vst/vst_stages.hpp"
@@ -17,50 +19,13 @@ namespace {
 
 constexpr unsigned bit_entries = 48;
 
-constexpr upL_t round_up_4(upL_t n) {
-    return (n + 3) & ~upL_t{3};
-}
-
-// Integers modulo a prime below 2^48. A product's quotient is at most one off when it is taken in doubles,
-// which is several times faster than a division of 128 bits.
-class Field {
-  public:
-    explicit Field(double p) : p_(static_cast<u64_t>(p)), inverse_(1.0 / p) {}
-    u64_t from(double balanced) const {
-        return balanced < 0 ? p_ - static_cast<u64_t>(-balanced) : static_cast<u64_t>(balanced);
-    }
-    double balanced(u64_t x) const {
-        return x > p_ / 2 ? -static_cast<double>(p_ - x) : static_cast<double>(x);
-    }
-    u64_t add(u64_t x, u64_t y) const { return (x + y) % p_; }
-    u64_t sub(u64_t x, u64_t y) const { return (x + p_ - y) % p_; }
-    u64_t mul(u64_t x, u64_t y) const {
-        const auto q = static_cast<s64_t>(static_cast<double>(x) * static_cast<double>(y) * inverse_);
-        const auto p = static_cast<s64_t>(p_);
-        const auto r = static_cast<s64_t>(x * y - static_cast<u64_t>(q) * p_);  // -p <= r < 2 p
-        return static_cast<u64_t>(r < 0 ? r + p : r >= p ? r - p : r);
-    }
-    u64_t power(u64_t x, u64_t e) const {
-        u64_t result = 1;
-        for (; e != 0; e >>= 1, x = mul(x, x)) {
-            if ((e & 1) != 0) result = mul(result, x);
-        }
-        return result;
-    }
-    u64_t invert(u64_t x) const { return power(x, p_ - 2); }
-
-  private:
-    u64_t p_;
-    double inverse_;
-};
-
 // Hands out arrays one behind the other.
 class Carver {
   public:
     explicit Carver(std::byte* memory) : next_(memory) {}
     double* doubles(upL_t count) {
         auto* const array = reinterpret_cast<double*>(next_);
-        next_ += round_up_4(count) * sizeof(double);
+        next_ += whole_vector_doubles(count) * sizeof(double);
         return array;
     }
     std::byte* next() const { return next_; }
@@ -78,14 +43,14 @@ struct TableShape {
     explicit TableShape(const Geometry& g)
         : part(std::min(g.part_levels(), g.levels())),
           nodes(std::max(upL_t{1} << (part + block_levels(g.b) - 1), upL_t{1} << (max_column_levels - 1))),
-          block_nodes(g.b == 1 ? 0 : upL_t{8} << part) {}
+          block_nodes(g.b == 1 ? 0 : upL_t{1} << (part + block_levels(g.b))) {}
 
     upL_t prime_doubles(unsigned b) const {
-        const upL_t plain = 2 * (round_up_4(nodes) + bit_entries);
+        const upL_t plain = 2 * (whole_vector_doubles(nodes) + bit_entries);
         return b == 1 ? plain : plain + 2 * ((b - 1) * block_nodes + bit_entries) + b * block_nodes;
     }
     upL_t bytes(const Geometry& g) const {
-        return round_up_4(sizeof(SetTables) / 8 + 3) * 8 + g.a * prime_doubles(g.b) * 8;
+        return (whole_vector_doubles(sizeof(SetTables) / 8 + 3) + g.a * prime_doubles(g.b)) * 8;
     }
 };
 
@@ -133,11 +98,11 @@ class PrimeBuilder {
     const double* expand(upL_t count, const u64_t* bits) {
         double* const out = carver_.doubles(count);
         out[0] = 1;
-        for (upL_t j = 1; j < std::min<upL_t>(count, 4); j++) {
+        for (upL_t j = 1; j < std::min(count, vector_doubles); j++) {
             const upL_t top = std::bit_floor(j);
             out[j] = field_.balanced(field_.mul(field_.from(out[j - top]), bits[std::countr_zero(top)]));
         }
-        for (upL_t top = 4; top < count; top *= 2)
+        for (upL_t top = vector_doubles; top < count; top *= 2)
             scale_residues(out + top, field_.balanced(bits[std::countr_zero(top)]), out, top, tables_);
         return out;
     }
@@ -168,21 +133,21 @@ class PrimeBuilder {
         tables_.powers[direction] = v;
     }
 
-    // v_j z^k at j b + k, four nodes at a time.
+    // v_j z^k at j b + k, as many nodes at a time as make whole vectors.
     void build_weights(u64_t z) {
         const upL_t nodes = set_.block_nodes;
         double* const out = carver_.doubles(b_ * nodes);
         tables_.weights = out;
-        double powers[4 * 7];
+        double powers[vector_doubles * 7];
         u64_t power = 1;
         for (unsigned k = 0; k < b_; k++, power = field_.mul(power, z)) {
-            for (unsigned j = 0; j < 4; j++) powers[j * b_ + k] = field_.balanced(power);
+            for (upL_t j = 0; j < vector_doubles; j++) powers[j * b_ + k] = field_.balanced(power);
         }
-        for (upL_t j = 0; j < nodes; j += 4) {
-            for (upL_t i = 0; i < 4; i++) {
+        for (upL_t j = 0; j < nodes; j += vector_doubles) {
+            for (upL_t i = 0; i < vector_doubles; i++) {
                 std::fill_n(out + (j + i) * b_, b_, tables_.powers[forward_direction][j + i]);
             }
-            multiply_residues(out + j * b_, out + j * b_, powers, 4 * upL_t{b_}, tables_);
+            multiply_residues(out + j * b_, out + j * b_, powers, vector_doubles * b_, tables_);
         }
     }
 
@@ -241,14 +206,18 @@ void for_each_set(const TablePlan& plan, F f) {
     }
 }
 
-constexpr upL_t header_bytes = (sizeof(VSTTables) + 31) & ~upL_t{31};
+constexpr upL_t header_bytes = whole_vector_bytes(sizeof(VSTTables));
+
+// A contiguous part has so many levels at least.
+constexpr unsigned min_part_levels = 3;
 
 // The set's header, and where its primes' arrays lie.
 SetTables* place_set(const Geometry& g, const TableShape& shape, std::byte* memory) {
+    if (g.c < g.t() + min_part_levels || shape.part < min_part_levels)
+        fail(zn_exception(error_code::action_1, "Buffer is too small."));
     auto* const tables = new (memory) SetTables{};
     tables->geometry = g;
     tables->set = &prime_set(g.a, g.b);
-    tables->part_levels = shape.part;
     tables->table_nodes = shape.nodes;
     tables->block_nodes = shape.block_nodes;
     return tables;
@@ -274,7 +243,7 @@ void run_jobs(const PrimeJob* jobs, upL_t count) {
     auto task = make_task([&](u64_t index) {
         for (upL_t i = index; i < count; i += threads) jobs[i].run();
     });
-    raise_status(fork_range(task, 0, threads));
+    fork_range(task, 0, threads);
 }
 
 }  // namespace
@@ -301,7 +270,7 @@ upL_t table_bytes(const TablePlan& plan) {
 }
 
 std::byte* build_tables(const VSTTables*& tables, const TablePlan& plan, std::byte* memory) {
-    if (reinterpret_cast<std::uintptr_t>(memory) % 32 != 0)
+    if (reinterpret_cast<std::uintptr_t>(memory) % vector_bytes != 0)
         Console::print_error("Data Misalignment. Possible performance penalty.");
     auto* const header = new (memory) VSTTables{};
     memory += header_bytes;

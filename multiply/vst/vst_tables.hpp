@@ -56,16 +56,10 @@ struct PrimeTables {
 struct SetTables {
     Geometry geometry;  // of the largest transform served
     const PrimeSet* set;
-    unsigned part_levels;  // binary levels of the contiguous parts
     upL_t table_nodes;
     upL_t block_nodes;  // nodes X^(4b) - w of a part; b > 1
-    PrimeTables prime[9];
+    PrimeTables prime[max_primes];
 };
-
-// Binary levels in a block, above X^4 - w (b = 1) or X^(4b) - w.
-constexpr unsigned block_levels(unsigned b) {
-    return b == 1 ? 4 : 3;
-}
 
 }  // namespace znp::vst
 
@@ -90,8 +84,9 @@ struct TablePlan {
     void require(const Geometry& g);
 };
 
-// Bytes of the tables, and their construction at memory (32-byte aligned), which returns the end of what it
-// used: exactly table_bytes behind memory. A few milliseconds.
+// Bytes of the tables, and their construction at memory (aligned to vectors), which returns the end of what
+// it used: exactly table_bytes behind memory. A few milliseconds. A set whose contiguous parts would have
+// less than three levels, which no row of the size plans has, is the generic exception with code 1.
 upL_t table_bytes(const TablePlan& plan);
 std::byte* build_tables(const VSTTables*& tables, const TablePlan& plan, std::byte* memory);
 

@@ -16,16 +16,10 @@ namespace znp {
 
 class VST final : public transform {
   public:
-    u32_t a;                       // primes
-    u32_t b;                       // odd factor of the length
-    u32_t c;                       // log2 of the power-of-two factor
+    vst::Geometry geometry;
     u64_t capacity;                // bits of a product
     const vst::SetTables* record;  // null in queries
-    u32_t levels;                  // binary levels above a block
-    u32_t first_levels;            // those above the contiguous parts
-    u32_t log2_threads;
     u64_t threads;
-    upL_t carry_bytes;  // of each thread
 
     // Fewer than 4 levels is InvalidTransformParametersException. The holder's tables must have the set when
     // a step is called; queries do without (null). Threads that would find no work are left out.
@@ -39,49 +33,34 @@ class VST final : public transform {
     bool equals(const transform& other) const override;
 
     // At most capacity bits. The plain group is the cyclic one.
-    void forward(void* image, const c32i* A, upL_t L, void* scratch) const override;
-    void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
-    void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    void forward(Image* image, WordSpan<c32i> A, TransformScratch* scratch) const override;
+    void inverse_fsqr(Window<c32i> R, Image* T, TransformScratch* scratch) const override;
+    void inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
 
     // The images' parts are made and used in one pass.
-    void product(c32i* R, upL_t s, upL_t e, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1,
-                 void* T2, void* scratch) const override;
-    void product(c64i* R, upL_t s, upL_t e, const c64i* A, upL_t La, const c64i* B, upL_t Lb, void* T1,
-                 void* T2, void* scratch) const override;
+    void product(Window<c32i> R, WordSpan<c32i> A, WordSpan<c32i> B, const WorkAreas& work) const override;
+    void product(Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B, const WorkAreas& work) const override;
 
-    u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override;
-    u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override;
+    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
+    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
     u64_t modulus() const override;
 
-    // All capacity / 32 words of a product modulo 2^capacity - 1 (all ones may stand for zero).
-    void cyclic_forward(void* image, const c32i* A, upL_t L, void* scratch) const;
-    void cyclic_inverse_fsqr(c32i* R, void* T, void* scratch) const;
-    void cyclic_inverse_fmul(c32i* R, void* T1, const void* T2, void* scratch) const;
-
-    // The same modulo 2^capacity + 1. The inverses return the top bit: 1 means 2^capacity, and the words are
-    // zero then.
-    void negacyclic_forward(void* image, const c32i* A, upL_t L, void* scratch) const;
-    u32_t negacyclic_inverse_fsqr(c32i* R, void* T, void* scratch) const;
-    u32_t negacyclic_inverse_fmul(c32i* R, void* T1, const void* T2, void* scratch) const;
-
-    // Both at once: the images' parts are made and used in one pass. A's words may lie in T2, and so may R.
-    void cyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
-                        void* scratch) const;
-    u32_t negacyclic_product(c32i* R, const c32i* A, upL_t La, const c32i* B, upL_t Lb, void* T1, void* T2,
-                             void* scratch) const;
+    // The steps in either ring: cyclic, as above, modulo 2^capacity - 1 (all ones may stand for zero), or
+    // negacyclic, modulo 2^capacity + 1, where the inverses return the top bit: true means 2^capacity, and
+    // the words are zero then. The words of a product's A and those of its result may lie in T2.
+    void forward_in(vst::Ring ring, Image* image, const vst::Operand& A, TransformScratch* scratch) const;
+    bool inverse_in(vst::Ring ring, const vst::Result& result, Image* T1, const Image* T2,
+                    TransformScratch* scratch) const;
+    bool product_in(vst::Ring ring, const vst::Result& result, const vst::Operand& A, const vst::Operand& B,
+                    const WorkAreas& work) const;
 
   private:
-    vst::Geometry geometry_;
     vst::Stages stages_;
 
-    vst::Frame frame(vst::Ring ring, void* scratch) const;
+    vst::Frame frame(vst::Ring ring, TransformScratch* scratch) const;
     void check_operand(upL_t L) const;
     void check_window(upL_t s, upL_t e) const;
-    void forward_in(vst::Ring ring, void* image, const c32i* A, upL_t L, void* scratch) const;
-    u32_t inverse_in(vst::Ring ring, c32i* R, upL_t s, upL_t e, void* T1, const void* T2,
-                     void* scratch) const;
-    u32_t product_in(vst::Ring ring, const vst::Result& result, const vst::Operand& A, const vst::Operand& B,
-                     void* T1, void* T2, void* scratch) const;
+    bool judged(vst::Ring ring, const vst::Outcome& outcome) const;
 };
 
 }  // namespace znp

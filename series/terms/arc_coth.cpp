@@ -13,8 +13,6 @@
 
 namespace znp {
 
-using IntR = BasicIntR<cdi>;
-
 namespace {
 
 // x *= w. The word above the value takes the carry.
@@ -32,7 +30,8 @@ void add(cdi* x, upL_t& L, const cdi* y, upL_t Ly) {
 
 // The steps k = a + 1 to b. step(x, L, c) multiplies by c x2.
 template <class Step>
-void sum_terms(IntR& P, IntR& Q, IntR& R, u64_t a, u64_t b, u64_t x2, const char* location, Step step) {
+void sum_terms(BasicIntR& P, BasicIntR& Q, BasicIntR& R, u64_t a, u64_t b, u64_t x2, const char* location,
+               Step step) {
     P.check_size(location, (b - a) * 2 + 1);
     Q.check_size(location, (b - a) * 2 + 1);
     R.check_size(location, b - a + 1);
@@ -60,12 +59,12 @@ void sum_terms(IntR& P, IntR& Q, IntR& R, u64_t a, u64_t b, u64_t x2, const char
 }
 
 // (2b + 1) x2 fits a word.
-void ArcCoth_BSR_End_small(IntR& P, IntR& Q, IntR& R, u64_t a, u64_t b, u64_t x2) {
+void ArcCoth_BSR_End_small(BasicIntR& P, BasicIntR& Q, BasicIntR& R, u64_t a, u64_t b, u64_t x2) {
     sum_terms(P, Q, R, a, b, x2, "ArcCoth_BSR_End_small()",
               [x2](cdi* x, upL_t& L, u64_t c) { multiply(x, L, c * x2); });
 }
 
-void ArcCoth_BSR_End_large(IntR& P, IntR& Q, IntR& R, u64_t a, u64_t b, u64_t x2) {
+void ArcCoth_BSR_End_large(BasicIntR& P, BasicIntR& Q, BasicIntR& R, u64_t a, u64_t b, u64_t x2) {
     if ((Mul64(2 * b + 1, x2) >> 64) == 0) return ArcCoth_BSR_End_small(P, Q, R, a, b, x2);
 
     sum_terms(P, Q, R, a, b, x2, "ArcCoth_BSR_End_large()", [x2](cdi* x, upL_t& L, u64_t c) {
@@ -89,7 +88,8 @@ ArcCoth::ArcCoth(u64_t x) : ArcCoth(x * x, std::log(static_cast<double>(x * x)))
 ArcCoth::ArcCoth(u64_t x2_, double log_x2_)
     : SteadySeries(false, 11, 16, growth(log_x2_)), x2(x2_), log_x2(log_x2_) {}
 
-void ArcCoth::BSR_End(IntR& P, IntR& Q, IntR& R, IntR&, IntR&, u64_t a, u64_t b) const {
+void ArcCoth::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR&, BasicIntR&, u64_t a,
+                      u64_t b) const {
     ArcCoth_BSR_End_large(P, Q, R, a, b, x2);
 }
 

@@ -45,7 +45,8 @@ ArcSinlemn::ArcSinlemn(u64_t n_, u64_t d_)
       log_d4(log_of(d4)),
       log_ratio(log_of_ratio(d4, n4)) {}
 
-void ArcSinlemn::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+void ArcSinlemn::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                         u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
 
     constexpr const char* location = "ArcSinlemn_BSR_End1()";

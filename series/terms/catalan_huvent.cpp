@@ -23,7 +23,7 @@ constexpr std::array<u64_t, 13> positive = {
 constexpr std::array<u64_t, 4> negative = {24153149527360, 4419704161120, 360406957080, 11728430425};
 
 // x = value in fraction_words words.
-void store_fraction(ExactFloatR<cdi>& x, const char* location, const Words<fraction_words>& value) {
+void store_fraction(ExactFloatR& x, const char* location, const Words<fraction_words>& value) {
     if (x.get_size() < fraction_words) {
         fail(BufferTooSmallException(location, x.get_size(), fraction_words));
     }
@@ -61,7 +61,7 @@ Catalan_Huvent::Catalan_Huvent()
                     .offset = 0,
                     .precision_per_term = 4.1588830833596715}) {}
 
-void Catalan_Huvent::BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const {
+void Catalan_Huvent::BSR_End(ExactFloatR& P, ExactFloatR& Q, u64_t k) const {
     constexpr const char* location = "Catalan_Huvent_BSR_End()";
     const Words<9> root = product(2 * k + 1, 4 * k + 1, 4 * k + 3, 6 * k + 1, 6 * k + 5, 12 * k + 1,
                                   12 * k + 5, 12 * k + 7, 12 * k + 11);

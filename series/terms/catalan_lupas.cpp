@@ -16,7 +16,8 @@ Catalan_Lupas::Catalan_Lupas()
                     .offset = 0,
                     .precision_per_term = 1.3862943611198906}) {}
 
-void Catalan_Lupas::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+void Catalan_Lupas::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                            u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
 
     constexpr const char* location = "Catalan_Lupas_BSR_End1()";

@@ -2,20 +2,23 @@
 #include <array>
 
 #include "multiply/kernels/word_multiply.hpp"
-#include "series/catalogue.hpp"
+#include "series/classes/taylor.hpp"
 #include "series/terms/bisection.hpp"
 
 namespace znp {
 
 using namespace terms;
-using IntR = BasicIntR<cdi>;
 
 namespace {
 
 constexpr upL_t stack_words = 17;
 
+struct Operands {
+    BasicIntR &P, &Q;
+};
+
 // Q = (a + 1)(a + 2) ... b. A value of k terms takes k words while it is built up.
-void begin(IntR& P, IntR& Q, u64_t a, u64_t b, const char* location) {
+void begin(BasicIntR& P, BasicIntR& Q, u64_t a, u64_t b, const char* location) {
     P.check_size(location, b - a);
     Q.check_size(location, b - a);
     cdi* T = Q.get_T();
@@ -25,7 +28,7 @@ void begin(IntR& P, IntR& Q, u64_t a, u64_t b, const char* location) {
     Q.set_LN(L);
 }
 
-void E_Taylor1_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
+void E_Taylor1_BSR_End_PQ1(BasicIntR& P, BasicIntR& Q, u64_t a, u64_t b) {
     begin(P, Q, a, b, "E_Taylor1_BSR_End_PQ1()");
     cdi* T = P.get_T();
     T[0] = b - a == 1 ? 1 : a + 3;
@@ -34,7 +37,7 @@ void E_Taylor1_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
     P.set_LN(L);
 }
 
-void E_Taylor2_BSR_End_PQ1(IntR& P, IntR& Q, u64_t a, u64_t b) {
+void E_Taylor2_BSR_End_PQ1(BasicIntR& P, BasicIntR& Q, u64_t a, u64_t b) {
     begin(P, Q, a, b, "E_Taylor2_BSR_End_PQ1()");
     cdi* T = P.get_T();
     T[0] = b - a == 1 ? 1 : a + 1;
@@ -68,22 +71,17 @@ double Series_E_Taylor::precision_of(u64_t a, u64_t b) const {
     return log_factorial(static_cast<double>(b)) - log_factorial(static_cast<double>(a));
 }
 
-void Series_E_Taylor::BSR_End(IntR& P, IntR& Q, u64_t a, u64_t b) const {
+void Series_E_Taylor::BSR_End(BasicIntR& P, BasicIntR& Q, u64_t a, u64_t b) const {
     if (b - a < 8) return alternating ? E_Taylor2_BSR_End_PQ1(P, Q, a, b) : E_Taylor1_BSR_End_PQ1(P, Q, a, b);
 
     const u64_t m = (a + b) >> 1;
     std::array<std::array<cdi, stack_words>, 4> words;
-    IntR Pl(words[0].data(), stack_words), Ql(words[1].data(), stack_words);
-    IntR Pr(words[2].data(), stack_words), Qr(words[3].data(), stack_words);
+    BasicIntR Pl(words[0].data(), stack_words), Ql(words[1].data(), stack_words);
+    BasicIntR Pr(words[2].data(), stack_words), Qr(words[3].data(), stack_words);
     BSR_End(Pl, Ql, a, m);
     BSR_End(Pr, Qr, m, b);
-    Q.set_mulB(Ql, Qr);
-    P.set_mulB(Pl, Qr);
-    if (alternating && ((a ^ m) & 1) != 0) {
-        P -= Pr;
-    } else {
-        P += Pr;
-    }
+    TaylorRules::merge_by(IntegerArithmetic(), MergeResults<BasicIntR>{P, Q}, Operands{Pl, Ql},
+                          Operands{Pr, Qr}, subtracts(a, m));
 }
 
 }  // namespace znp

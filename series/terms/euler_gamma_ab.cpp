@@ -17,7 +17,6 @@
 namespace znp {
 
 using namespace terms;
-using ExactR = ExactFloatR<cdi>;
 
 namespace {
 
@@ -25,7 +24,7 @@ namespace {
 constexpr double size_at_start = 3.7923701627780075;
 
 template <upL_t N>
-void set_words(ExactR& x, const Words<N>& value, s64_t exp, u64_t hash) {
+void set_words(ExactFloatR& x, const Words<N>& value, s64_t exp, u64_t hash) {
     x.reset_T();
     std::copy(value.begin(), value.end(), x.word_ptr(0));
     x.set_LN(N, exp, hash);
@@ -38,12 +37,12 @@ u64_t residue_shifted(u64_t a, u64_t e) {
 
 // x = value * 2^shift.
 template <upL_t N>
-void set_shifted(ExactR& x, const Words<N>& value, u64_t shift) {
+void set_shifted(ExactFloatR& x, const Words<N>& value, u64_t shift) {
     const u64_t hash = residue_shifted(residue::hash_words(value.data(), N), shift);
     set_words(x, times(value, u64_t{1} << (shift % 64)), static_cast<s64_t>(shift / 64), hash);
 }
 
-void set_power_of_2(ExactR& x, u64_t e) {
+void set_power_of_2(ExactFloatR& x, u64_t e) {
     set_words(x, Words<1>{u64_t{1} << (e % 64)}, static_cast<s64_t>(e / 64), residue_shifted(1, e));
 }
 
@@ -76,9 +75,10 @@ u64_t Series_EulerGamma_BM_AB::divide_even(u64_t a, u64_t b) const {
     return std::max(split(a, b) & ~u64_t{1}, a + 1);
 }
 
-void Series_EulerGamma_BM_AB::BSR_End(ExactR& U, ExactR& V, ExactR& W, ExactR& X, u64_t a, u64_t b) const {
+void Series_EulerGamma_BM_AB::BSR_End(ExactFloatR& U, ExactFloatR& V, ExactFloatR& W, ExactFloatR& X, u64_t a,
+                                      u64_t b) const {
     upL_t i = 0;
-    for (const ExactR* x : {&U, &V, &W, &X}) {
+    for (const ExactFloatR* x : {&U, &V, &W, &X}) {
         const upL_t words = end_words[i++];
         if (x->get_size() >= words) continue;
         fail(BufferTooSmallException("Series_EulerGamma_BM_AB::BSR_End()", x->get_size(), words));

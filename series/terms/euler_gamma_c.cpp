@@ -48,7 +48,8 @@ upL_t EulerGamma_BM_C::PrecisionAtIndex(u64_t a, u64_t b) const {
     return static_cast<upL_t>(std::max(precision_of(a, b), 0.0) * words_per_nat + 2);
 }
 
-void EulerGamma_BM_C::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+void EulerGamma_BM_C::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                              u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
 
     constexpr const char* location = "EulerGamma_BM_C_BSR_End1()";

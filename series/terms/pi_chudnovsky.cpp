@@ -17,7 +17,8 @@ Pi_Chudnovsky::Pi_Chudnovsky()
                     .offset = 0,
                     .precision_per_term = 32.65445004176851}) {}
 
-void Pi_Chudnovsky::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+void Pi_Chudnovsky::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                            u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
 
     const Words<3> r = product(6 * b - 5, 2 * b - 1, 6 * b - 1);

@@ -16,7 +16,8 @@ Pi_Ramanujan::Pi_Ramanujan()
                     .offset = 0,
                     .precision_per_term = 18.38047940053836}) {}
 
-void Pi_Ramanujan::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+void Pi_Ramanujan::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                           u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
 
     const Words<3> r = product(4 * b - 3, 2 * b - 1, 4 * b - 1);

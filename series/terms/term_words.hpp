@@ -73,7 +73,7 @@ constexpr auto horner(u64_t b, u64_t highest, Rest... rest) {
 
 // x = value, in the N words that it may take.
 template <upL_t N>
-void store(BasicIntR<cdi>& x, const char* location, const Words<N>& value) {
+void store(BasicIntR& x, const char* location, const Words<N>& value) {
     x.check_size(location, N);
     std::copy_n(value.data(), N, x.get_T());
     x.set_LN(N);

@@ -16,7 +16,8 @@ Zeta3_AZ1::Zeta3_AZ1()
                     .offset = 1,
                     .precision_per_term = 6.931471805599453}) {}
 
-void Zeta3_AZ1::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+void Zeta3_AZ1::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                        u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
 
     constexpr const char* location = "Zeta3_AZ1_BSR_End1()";

@@ -17,7 +17,8 @@ Zeta3_AZ2::Zeta3_AZ2()
                     .offset = 1,
                     .precision_per_term = 11.613603032723672}) {}
 
-void Zeta3_AZ2::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const {
+void Zeta3_AZ2::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                        u64_t b) const {
     if (b - a != 1) return end_recursion(*this, P, Q, R, t0, t1, a, b);
 
     const u64_t o = 2 * b - 1;
@@ -25,7 +26,7 @@ void Zeta3_AZ2::BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, 
 
     P.check_size("Zeta3_AZ2_BSR_End_P1()", 14);
     Words<6> words = horner(b, 126392, 412708, 531578, 336367, 104000, 12463);
-    IntR polynomial(words.data(), words.size());
+    BasicIntR polynomial(words.data(), words.size());
     polynomial.set_LN(words.size());
     P.set_mulB(R, polynomial);
 

@@ -6,9 +6,12 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "console_capture.hpp"
@@ -43,13 +46,14 @@ TEST(Threads, StartRunsTheTaskElsewhereAndJoinEndsIt) {
     });
     Thread thread;
     thread.finished = true;
-    thread.status = 5;
+    thread.failure = std::make_exception_ptr(silent(5));
     thread_start(thread, 0, task, 42);
     EXPECT_TRUE(thread.started);
     thread_join(thread);
     EXPECT_FALSE(thread.started);
     EXPECT_TRUE(thread.finished);
-    EXPECT_EQ(thread.status, 0);
+    EXPECT_EQ(thread.failure, nullptr);
+    EXPECT_NO_THROW(raise_failure(thread));
     EXPECT_EQ(given, 42u);
     EXPECT_NE(runner, std::this_thread::get_id());
 }
@@ -58,8 +62,8 @@ TEST(Threads, PrioritiesAreAnAttemptOnly) {
     std::atomic<int> runs = 0;
     auto task = make_task([&](u64_t) { ++runs; });
     for (const int priority : {-1, 0, 1}) {
-        EXPECT_EQ(fork_range_on_threads(task, 0, 2, priority), 0);
-        EXPECT_EQ(fork_range(task, 0, 2, priority), 0);
+        fork_range_on_threads(task, 0, 2, priority);
+        fork_range(task, 0, 2, priority);
     }
     EXPECT_EQ(runs, 12);
 }
@@ -98,7 +102,7 @@ TEST(Threads, ForkTwoRunsTheFirstElsewhereAndTheSecondHere) {
         runner[1] = std::this_thread::get_id();
         given[1] = index;
     });
-    EXPECT_EQ(fork_two(first, second), 0);
+    fork_two(first, second);
     EXPECT_EQ(counter.created(), 1);
     EXPECT_NE(runner[0], std::this_thread::get_id());
     EXPECT_EQ(runner[1], std::this_thread::get_id());
@@ -121,7 +125,7 @@ TEST(Threads, ForkRangeRunsTheLastIndexHere) {
     ThreadCounter counter;
     std::vector<std::thread::id> runners(10);
     auto task = make_task([&](u64_t index) { runners[index] = std::this_thread::get_id(); });
-    EXPECT_EQ(fork_range(task, 3, 8), 0);
+    fork_range(task, 3, 8);
     EXPECT_EQ(counter.created(), 4);
     for (u64_t i = 0; i < runners.size(); ++i) {
         EXPECT_EQ(runners[i] == std::thread::id(), i < 3 || i >= 8);
@@ -136,7 +140,7 @@ TEST(Threads, ForkRangeOfOneIndexRunsOnTheCaller) {
         EXPECT_EQ(index, 5u);
         runner = std::this_thread::get_id();
     });
-    EXPECT_EQ(fork_range(task, 5, 6), 0);
+    fork_range(task, 5, 6);
     EXPECT_EQ(counter.created(), 0);
     EXPECT_EQ(runner, std::this_thread::get_id());
 }
@@ -145,7 +149,7 @@ TEST(Threads, ForkRangeOnThreadsRunsNothingHere) {
     ThreadCounter counter;
     std::vector<std::thread::id> runners(4);
     auto task = make_task([&](u64_t index) { runners[index] = std::this_thread::get_id(); });
-    EXPECT_EQ(fork_range_on_threads(task, 0, 4), 0);
+    fork_range_on_threads(task, 0, 4);
     EXPECT_EQ(counter.created(), 4);
     for (const std::thread::id& runner : runners) {
         EXPECT_NE(runner, std::thread::id());
@@ -156,11 +160,11 @@ TEST(Threads, ForkRangeOnThreadsRunsNothingHere) {
 TEST(Threads, EmptyRangesRunNothing) {
     ThreadCounter counter;
     auto task = make_task([](u64_t) { FAIL(); });
-    EXPECT_EQ(fork_range(task, 0, 0), 0);
-    EXPECT_EQ(fork_range(task, 4, 4), 0);
-    EXPECT_EQ(fork_range(task, 5, 4), 0);
-    EXPECT_EQ(fork_range_on_threads(task, 4, 4), 0);
-    EXPECT_EQ(fork_range_on_threads(task, 5, 4), 0);
+    fork_range(task, 0, 0);
+    fork_range(task, 4, 4);
+    fork_range(task, 5, 4);
+    fork_range_on_threads(task, 4, 4);
+    fork_range_on_threads(task, 5, 4);
     EXPECT_EQ(counter.created(), 0);
 }
 
@@ -177,52 +181,116 @@ TEST(Threads, ForkRangeJoinsAllBeforeAnExceptionGoesOn) {
 
 // ---- Failures in a thread -----------------------------------------------------------------------------
 
-TEST(Threads, ExceptionOfTheFamilyIsPrintedAndItsCodeKept) {
-    s32_t status = 0;
-    auto first = make_task([](u64_t) {
-        throw zn_exception(17, "the message", {}, {}, action::throw_silently, "The Title", "the location");
+// The failure that an action throws, and what it prints meanwhile.
+template <class Exception, class Action>
+std::pair<Exception, std::string> failure_of(Action action) {
+    std::optional<Exception> caught;
+    const std::string output = console_output([&] {
+        try {
+            action();
+        } catch (const Exception& exception) {
+            caught = exception;
+        }
     });
-    auto second = make_task([](u64_t) {});
-    const std::string output = console_output([&] { status = fork_two(first, second); });
-    EXPECT_EQ(status, 17);
-    const zn_exception same(17, "the message", {}, {}, action::throw_silently, "The Title", "the location");
-    EXPECT_EQ(output, console_output([&] { print_exception(same); }));
+    EXPECT_TRUE(caught.has_value());
+    return {caught.value(), output};
 }
 
-TEST(Threads, FirstStatusInIndexOrderIsReturned) {
+std::string report_of(const zn_exception& exception) {
+    return console_output([&] { print_exception(exception); });
+}
+
+TEST(Threads, FailureIsPrintedByItsThreadAndArrivesWhole) {
+    const zn_exception thrown(17, "the message", "text", L"path", action::throw_silently, "The Title",
+                              "the location");
+    auto first = make_task([&](u64_t) { throw thrown; });
+    auto second = make_task([](u64_t) {});
+    const auto [caught, output] = failure_of<zn_exception>([&] { fork_two(first, second); });
+    EXPECT_EQ(output, report_of(thrown));
+    EXPECT_EQ(report_of(caught), report_of(thrown));
+    EXPECT_EQ(caught.action, action::throw_silently);
+}
+
+TEST(Threads, FailureKeepsItsType) {
+    auto first = make_task([](u64_t) { fire(zl_BSRModularCheckFailed("a check")); });
+    auto second = make_task([](u64_t) {});
+    EXPECT_EQ(failure_of<zl_BSRModularCheckFailed>([&] { fork_two(first, second); }).first.text, "a check");
+    auto task = make_task([](u64_t) { fire(FileException(2, "Unable to open file.", L"/a/path")); });
+    for (const auto fork : {&fork_range_on_threads, &fork_range}) {
+        EXPECT_EQ(failure_of<FileException>([&] { fork(task, 0, 2, 0); }).first.path, L"/a/path");
+    }
+}
+
+TEST(Threads, FailureHereGoesBeforeOneElsewhere) {
+    auto failing = make_task([](u64_t) { throw silent(1); });
+    auto here = make_task([](u64_t) { throw silent(2); });
+    auto other = make_task([](u64_t) { throw std::runtime_error("here"); });
+    auto peaceful = make_task([](u64_t) {});
+    const auto of_both = failure_of<zn_exception>([&] { fork_two(failing, here); });
+    EXPECT_EQ(of_both.first.code, 2);
+    EXPECT_EQ(of_both.second, report_of(silent(1)));
+    EXPECT_EQ(failure_of<std::runtime_error>([&] { fork_two(failing, other); }).second, report_of(silent(1)));
+    const auto of_here = failure_of<zn_exception>([&] { fork_two(peaceful, here); });
+    EXPECT_EQ(of_here.first.code, 2);
+    EXPECT_EQ(of_here.second, "");
+}
+
+// On its way through the threads of outer forks it is not printed again.
+TEST(Threads, FailureOfAnInnerForkIsPrintedOnce) {
+    auto peaceful = make_task([](u64_t) {});
+    for (unsigned depth = 1; depth <= 4; ++depth) {
+        std::function<void(unsigned)> descend = [&](unsigned rest) {
+            if (rest == 0) throw zl_BSRModularCheckFailed("deep inside");
+            auto first = make_task([&](u64_t) { descend(rest - 1); });
+            fork_two(first, peaceful);
+        };
+        const auto [caught, output] = failure_of<zl_BSRModularCheckFailed>([&] { descend(depth); });
+        EXPECT_EQ(caught.text, "deep inside");
+        EXPECT_EQ(output, report_of(zl_BSRModularCheckFailed("deep inside")));
+    }
+}
+
+TEST(Threads, AllAreJoinedBeforeAFailureElsewhereGoesOn) {
+    std::atomic<int> ended = 0;
+    auto task = make_task([&](u64_t index) {
+        if (index == 1) throw silent(5);
+        short_rest();
+        ++ended;
+    });
+    failure_of<zn_exception>([&] { fork_range(task, 0, 6); });
+    EXPECT_EQ(ended, 5);
+    failure_of<zn_exception>([&] { fork_range_on_threads(task, 0, 6); });
+    EXPECT_EQ(ended, 10);
+}
+
+TEST(Threads, FirstFailureInIndexOrderGoesOn) {
     auto task = make_task([](u64_t index) {
         // The later index fails first.
         if (index == 1) short_rest();
         if (index == 1 || index == 3) throw silent(static_cast<s32_t>(index) + 10);
     });
-    s32_t status = 0;
-    console_output([&] { status = fork_range_on_threads(task, 0, 5); });
-    EXPECT_EQ(status, 11);
-    console_output([&] { status = fork_range(task, 0, 5); });
-    EXPECT_EQ(status, 11);
-    console_output([&] { status = fork_range(task, 2, 5); });
-    EXPECT_EQ(status, 13);
+    const auto code = [](auto action) { return failure_of<zn_exception>(action).first.code; };
+    EXPECT_EQ(code([&] { fork_range_on_threads(task, 0, 5); }), 11);
+    EXPECT_EQ(code([&] { fork_range(task, 0, 5); }), 11);
+    EXPECT_EQ(code([&] { fork_range(task, 2, 5); }), 13);
 }
 
 TEST(Threads, FailureWithCodeZeroIsNoSuccess) {
     auto first = make_task([](u64_t) { throw silent(0); });
     auto second = make_task([](u64_t) {});
-    s32_t status = 0;
-    console_output([&] { status = fork_two(first, second); });
-    EXPECT_EQ(status, 1);
+    EXPECT_EQ(failure_of<zn_exception>([&] { fork_two(first, second); }).first.code, 0);
 }
 
-TEST(Threads, RaiseStatusThrowsWithoutAReport) {
-    EXPECT_EQ(console_output([] {
-                  EXPECT_NO_THROW(raise_status(0));
-                  try {
-                      raise_status(-3);
-                      ADD_FAILURE();
-                  } catch (const zn_exception& exception) {
-                      EXPECT_EQ(exception.code, -3);
-                  }
-              }),
-              "");
+TEST(Threads, JoinerOfALoneThreadRaisesItsFailure) {
+    auto task = make_task([](u64_t) { throw silent(8); });
+    Thread thread;
+    const auto [caught, output] = failure_of<zn_exception>([&] {
+        thread_start(thread, 0, task, 0);
+        EXPECT_NO_THROW(thread_join(thread));
+        raise_failure(thread);
+    });
+    EXPECT_EQ(caught.code, 8);
+    EXPECT_EQ(output, report_of(silent(8)));
 }
 
 constexpr const char* unhandled = "FATAL ERROR: Unhandled exception in child thread\\.";

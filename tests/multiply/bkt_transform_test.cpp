@@ -6,6 +6,7 @@
 
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
+#include "multiply/kernels/residue.hpp"
 #include "multiply/multiply_test_support.hpp"
 #include "multiply/selection.hpp"
 #include "test_seed.hpp"
@@ -30,26 +31,26 @@ using Words = std::vector<c64i>;
 // Two images and the scratch of a transform, each of exactly its size.
 struct Areas {
     explicit Areas(const transform& t) : T1(t.transform_bytes), T2(t.transform_bytes), S(t.work_bytes) {}
-    void* image1() { return T1.bp().M; }
-    void* image2() { return T2.bp().M; }
-    void* scratch() { return S.bp().M; }
+    Image* image1() { return image_at(T1.bp().M); }
+    Image* image2() { return image_at(T2.bp().M); }
+    TransformScratch* scratch() { return scratch_at(S.bp().M); }
     GuardedWork T1, T2, S;
 };
 
 Words steps_mul(const transform& t, const Words& A, const Words& B, upL_t s, upL_t e) {
     Areas areas(t);
     GuardedWords<c64i> R(e - s);
-    t.forward(areas.image1(), A.data(), A.size(), areas.scratch());
-    t.forward(areas.image2(), B.data(), B.size(), areas.scratch());
-    t.inverse_fmul(R.data(), s, e, areas.image1(), areas.image2(), areas.scratch());
+    t.forward(areas.image1(), A, areas.scratch());
+    t.forward(areas.image2(), B, areas.scratch());
+    t.inverse_fmul({R.data(), s, e}, areas.image1(), areas.image2(), areas.scratch());
     return R.words();
 }
 
 Words steps_sqr(const transform& t, const Words& A, upL_t s, upL_t e) {
     Areas areas(t);
     GuardedWords<c64i> R(e - s);
-    t.forward(areas.image1(), A.data(), A.size(), areas.scratch());
-    t.inverse_fsqr(R.data(), s, e, areas.image1(), areas.scratch());
+    t.forward(areas.image1(), A, areas.scratch());
+    t.inverse_fsqr({R.data(), s, e}, areas.image1(), areas.scratch());
     return R.words();
 }
 
@@ -68,8 +69,8 @@ TEST(BKTTransform, ForwardCopiesLengthAndWords) {
     const BKTTransform t(8);
     Areas areas(t);
     const Words A{7, 0, 9};
-    t.forward(areas.image1(), A.data(), A.size(), areas.scratch());
-    const auto* image = static_cast<const u64_t*>(areas.image1());
+    t.forward(areas.image1(), A, areas.scratch());
+    const auto* image = reinterpret_cast<const u64_t*>(areas.image1());
     EXPECT_EQ((Words{image, image + 4}), (Words{3, 7, 0, 9}));
 }
 
@@ -135,6 +136,26 @@ TEST(BKTTransform, WordsAboveTheProductAreZero) {
     EXPECT_EQ(steps_sqr(t, A, 4, 6), Words(2));
 }
 
+// The residue is that of the whole product, wherever the window lies.
+TEST(BKTTransform, CheckedWindowsBelowAcrossAndAboveTheProduct) {
+    const BKTTransform t(20);
+    Areas areas(t);
+    const Words A{3, 4}, B{5, 7}, none;
+    const Words product = exact_product(A, B);
+    for (const Words* second : {&B, &none}) {
+        const u64_t whole = second->empty() ? 0 : residue::hash_words(product.data(), product.size());
+        for (const auto& [s, e] : {std::pair<upL_t, upL_t>{0, 4}, {1, 3}, {2, 9}, {4, 6}, {11, 20}, {7, 7}}) {
+            GuardedWords<c64i> R(e - s);
+            t.forward(areas.image1(), A, areas.scratch());
+            t.forward(areas.image2(), *second, areas.scratch());
+            EXPECT_EQ(t.checked_fmul({R.data(), s, e}, areas.image1(), areas.image2(), areas.scratch()),
+                      whole);
+            for (upL_t i = s; i < e; i++)
+                EXPECT_EQ(R.words()[i - s], i < 4 && !second->empty() ? product[i] : 0) << s << " " << e;
+        }
+    }
+}
+
 TEST(BKTTransform, ZeroLengthOperandGivesZeros) {
     const BKTTransform t(20);
     const Words A{1, 2, 3}, none;
@@ -155,10 +176,10 @@ TEST(BKTTransform, InverseLeavesTheSecondImage) {
     const Words B = make_operand<c64i>(Kind::random, 20, rng);
     const Words C = make_operand<c64i>(Kind::random, 20, rng);
     Words R(40);
-    t.forward(areas.image2(), C.data(), 20, areas.scratch());
+    t.forward(areas.image2(), {C.data(), 20}, areas.scratch());
     for (const Words& operand : {A, B}) {
-        t.forward(areas.image1(), operand.data(), 20, areas.scratch());
-        t.inverse_fmul(R.data(), 0, 40, areas.image1(), areas.image2(), areas.scratch());
+        t.forward(areas.image1(), {operand.data(), 20}, areas.scratch());
+        t.inverse_fmul({R.data(), 0, 40}, areas.image1(), areas.image2(), areas.scratch());
         EXPECT_EQ(R, exact_product(operand, C));
     }
 }
@@ -181,11 +202,11 @@ TEST(BKTTransform, ThirtyTwoBitStepsThrow) {
         });
         EXPECT_NE(output.find("32-bit transform not supported in x64."), std::string::npos);
     };
-    refuses([&] { t.forward(areas.image1(), A.data(), 4, areas.scratch()); });
-    refuses([&] { t.inverse_fsqr(R.data(), 0, 8, areas.image1(), areas.scratch()); });
-    refuses([&] { t.inverse_fmul(R.data(), 0, 8, areas.image1(), areas.image2(), areas.scratch()); });
+    refuses([&] { t.forward(areas.image1(), {A.data(), 4}, areas.scratch()); });
+    refuses([&] { t.inverse_fsqr({R.data(), 0, 8}, areas.image1(), areas.scratch()); });
+    refuses([&] { t.inverse_fmul({R.data(), 0, 8}, areas.image1(), areas.image2(), areas.scratch()); });
     GuardedWork work(t.product_bytes());
-    refuses([&] { t.mul(work.bp(), R.data(), A.data(), 4, A.data(), 4); });
+    refuses([&] { t.mul(work.bp(), R.data(), {A.data(), 4}, {A.data(), 4}); });
     EXPECT_EQ(R, std::vector<c32i>(8, 5));
 }
 
@@ -198,13 +219,13 @@ TEST(BKTTransform, SharedProductsWithAnExactWorkBuffer) {
         {
             GuardedWork work(t.product_bytes());
             GuardedWords<c64i> T(L);
-            t.mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+            t.mul(work.bp(), T.data(), A, B);
             ASSERT_EQ(T.words(), exact_product(A, B));
         }
         const Words C = make_operand<c64i>(Kind::random, L / 2, rng);
         GuardedWork work(t.product_bytes());
         GuardedWords<c64i> T(2 * C.size());
-        t.sqr(work.bp(), T.data(), C.data(), C.size());
+        t.sqr(work.bp(), T.data(), C);
         ASSERT_EQ(T.words(), exact_product(C, C));
     }
 }
@@ -217,10 +238,10 @@ TEST(BKTTransform, SharedWindowsWithAnExactWorkBuffer) {
     for (upL_t s = 0; s < 49; s += 3) {
         GuardedWork work(t.product_bytes());
         GuardedWords<c64i> T(49 - s);
-        t.mul_window(work.bp(), T.data(), s, 49, A.data(), 29, B.data(), 20);
+        t.mul_window(work.bp(), Window{T.data(), s, 49}, {A.data(), 29}, {B.data(), 20});
         EXPECT_EQ(T.words(), exact_window(A, B, s, 49));
         GuardedWords<c64i> Q(58 - s);
-        t.sqr_window(work.bp(), Q.data(), s, 58, A.data(), 29);
+        t.sqr_window(work.bp(), Window{Q.data(), s, 58}, {A.data(), 29});
         EXPECT_EQ(Q.words(), exact_sqr_window(A, s, 58));
     }
 }
@@ -230,9 +251,9 @@ TEST(BKTTransform, SharedProductsOfZeroLength) {
     GuardedWork work(t.product_bytes());
     const Words A{1, 2, 3};
     Words T(3, 9);
-    t.mul(work.bp(), T.data(), A.data(), 3, A.data(), 0);
+    t.mul(work.bp(), T.data(), {A.data(), 3}, {A.data(), 0});
     EXPECT_EQ(T, Words(3));
-    t.sqr(work.bp(), T.data(), A.data(), 0);
+    t.sqr(work.bp(), T.data(), {A.data(), 0});
     EXPECT_EQ(T, Words(3));
 }
 
@@ -243,11 +264,13 @@ TEST(BKTTransform, WorkBufferOneByteTooSmallThrowsBeforeAnythingIsWritten) {
     Words T(20, 9);
     console_output([&] {
         const auto code = [](auto action) { return caught<zn_exception>(action).code; };
-        EXPECT_EQ(code([&] { t.mul(work.bp(), T.data(), A.data(), 10, A.data(), 10); }), 0x10000000);
-        EXPECT_EQ(code([&] { t.sqr(work.bp(), T.data(), A.data(), 10); }), 0x10000000);
-        EXPECT_EQ(code([&] { t.mul_window(work.bp(), T.data(), 1, 4, A.data(), 10, A.data(), 10); }),
+        EXPECT_EQ(code([&] { t.mul(work.bp(), T.data(), {A.data(), 10}, {A.data(), 10}); }), 0x10000000);
+        EXPECT_EQ(code([&] { t.sqr(work.bp(), T.data(), {A.data(), 10}); }), 0x10000000);
+        EXPECT_EQ(code([&] {
+                      t.mul_window(work.bp(), Window{T.data(), 1, 4}, {A.data(), 10}, {A.data(), 10});
+                  }),
                   0x10000000);
-        EXPECT_EQ(code([&] { t.sqr_window(work.bp(), T.data(), 1, 4, A.data(), 10); }), 0x10000000);
+        EXPECT_EQ(code([&] { t.sqr_window(work.bp(), Window{T.data(), 1, 4}, {A.data(), 10}); }), 0x10000000);
     });
     EXPECT_TRUE(work.untouched());
     EXPECT_EQ(T, Words(20, 9));
@@ -260,14 +283,22 @@ TEST(BKTTransformDeathTest, LongerThanTheTransform) {
     GuardedWork work(t.product_bytes());
     Words A(21, 3), T(42);
     const std::string report = "Convolution length is too small.*BKT.*1344.*1280";
-    EXPECT_EXIT(dying([&] { t.forward(areas.image1(), A.data(), 21, areas.scratch()); }), ExitedWithCode(1),
-                report);
-    EXPECT_EXIT(dying([&] { t.mul(work.bp(), T.data(), A.data(), 11, A.data(), 10); }), ExitedWithCode(1),
-                report);
-    EXPECT_EXIT(dying([&] { t.sqr(work.bp(), T.data(), A.data(), 11); }), ExitedWithCode(1),
-                "Convolution length is too small.*BKT.*1408.*1280");
-    t.forward(areas.image1(), A.data(), 20, areas.scratch());
-    EXPECT_EXIT(dying([&] { t.inverse_fsqr(T.data(), 0, 21, areas.image1(), areas.scratch()); }),
+    EXPECT_EXIT(dying([&] {
+                    t.forward(areas.image1(), {A.data(), 21}, areas.scratch());
+                }),
+                ExitedWithCode(1), report);
+    EXPECT_EXIT(dying([&] {
+                    t.mul(work.bp(), T.data(), {A.data(), 11}, {A.data(), 10});
+                }),
+                ExitedWithCode(1), report);
+    EXPECT_EXIT(dying([&] {
+                    t.sqr(work.bp(), T.data(), {A.data(), 11});
+                }),
+                ExitedWithCode(1), "Convolution length is too small.*BKT.*1408.*1280");
+    t.forward(areas.image1(), {A.data(), 20}, areas.scratch());
+    EXPECT_EXIT(dying([&] {
+                    t.inverse_fsqr({T.data(), 0, 21}, areas.image1(), areas.scratch());
+                }),
                 ExitedWithCode(1), report);
 }
 

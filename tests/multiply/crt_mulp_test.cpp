@@ -38,7 +38,7 @@ class CRTMulp : public ::testing::Test {
     static Words window(const VST& t, const Words& A, const Words& B, upL_t s, upL_t e) {
         const VSTWork work(tables(), crt_mulp_bytes(t), t.threads);
         testing::GuardedWords<word> T(e - s);
-        CRT_mulp(t, work.bp(), T.data(), s, e, A.data(), A.size(), B.data(), B.size());
+        CRT_mulp(t, work.bp(), Window{T.data(), s, e}, A, B);
         return T.words();
     }
     static Words product(const VST& t, const Words& A, const Words& B) {
@@ -191,19 +191,20 @@ TYPED_TEST(CRTMulp, Refusals) {
     std::vector<TypeParam> T(2 * L + 1);
     console_output([&] {
         const VSTWork work(this->tables(), crt_mulp_bytes(t), 1);
-        const auto e = caught<zn_exception>(
-            [&] { CRT_mulp(t, work.bp(), T.data(), 0, 2 * L + 1, A.data(), L + 1, B.data(), L); });
+        const auto e = caught<zn_exception>([&] {
+            CRT_mulp(t, work.bp(), Window{T.data(), 0, 2 * L + 1}, {A.data(), L + 1}, {B.data(), L});
+        });
         EXPECT_STREQ(e.location, "CRT_mulp(): Convolution length is not long enough.");
         EXPECT_STREQ(e.title, "Generic Exception");
         VST odd = t;
         odd.capacity += 8;
         EXPECT_STREQ(caught<zn_exception>([&] {
-                         CRT_mulp(odd, work.bp(), T.data(), 0, 2, A.data(), 1, B.data(), 1);
+                         CRT_mulp(odd, work.bp(), Window{T.data(), 0, 2}, {A.data(), 1}, {B.data(), 1});
                      }).location,
                      "CRT_mulp(): Convolution length is not divisible by the word-size.");
         const VSTWork small(this->tables(), crt_mulp_bytes(t) - 1, 1);
         EXPECT_EQ(caught<zn_exception>([&] {
-                      CRT_mulp(t, small.bp(), T.data(), 0, 2, A.data(), 1, B.data(), 1);
+                      CRT_mulp(t, small.bp(), Window{T.data(), 0, 2}, {A.data(), 1}, {B.data(), 1});
                   }).code,
                   error_code::work_space_too_small);
     });

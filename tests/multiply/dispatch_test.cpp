@@ -35,28 +35,28 @@ class Dispatch : public ::testing::Test {
     static std::vector<word> square(const std::vector<word>& A) {
         GuardedWords<word> T(2 * A.size());
         GuardedWork work(work_bytes_for<word>(2 * A.size(), 1));
-        sqr(work.bp(), T.data(), A.data(), A.size());
+        sqr(work.bp(), T.data(), A);
         return T.words();
     }
     static std::vector<word> product(const std::vector<word>& A, const std::vector<word>& B) {
         GuardedWords<word> T(A.size() + B.size());
         GuardedWork work(work_bytes_for<word>(A.size() + B.size(), 1));
-        mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+        mul(work.bp(), T.data(), A, B);
         return T.words();
     }
     static std::vector<word> square_window(const std::vector<word>& A, upL_t s, upL_t e) {
         GuardedWords<word> T(e - s);
         GuardedWork work(work_bytes_for<word>(2 * bkt::narrow_sqr(s, e, A.size()).n, 1));
-        sqr_window(work.bp(), T.data(), s, e, A.data(), A.size());
+        sqr_window(work.bp(), Window{T.data(), s, e}, A);
         return T.words();
     }
     static std::vector<word> product_window(const std::vector<word>& A, const std::vector<word>& B, upL_t s,
                                             upL_t e, bool use_mulp) {
         GuardedWords<word> T(e - s);
-        const bkt::MulWindow w = bkt::narrow_mul(s, e, A.size(), B.size());
+        const bkt::NarrowedMul w = bkt::narrow_mul(s, e, A.size(), B.size());
         GuardedWork work(work_bytes_for<word>(w.La + w.Lb, 1, use_mulp));
         const auto operation = use_mulp ? &mulp<word> : &mul_window<word>;
-        operation(work.bp(), T.data(), s, e, A.data(), A.size(), B.data(), B.size());
+        operation(work.bp(), {T.data(), s, e}, A, B);
         return T.words();
     }
 };
@@ -159,8 +159,8 @@ TYPED_TEST(Dispatch, TheKeyOfAWindowIsTheNarrowedProduct) {
     std::vector<TypeParam> A(n, 1), T(this->row);
     GuardedWork work(work_bytes_for<TypeParam>(this->row, 1));
     const auto bp = work.bp();
-    EXPECT_NO_THROW(mul_window(bp, T.data(), 0, half, A.data(), n, A.data(), n));
-    EXPECT_NO_THROW(sqr_window(bp, T.data(), 0, half, A.data(), n));
+    EXPECT_NO_THROW(mul_window(bp, Window{T.data(), 0, half}, {A.data(), n}, {A.data(), n}));
+    EXPECT_NO_THROW(sqr_window(bp, Window{T.data(), 0, half}, {A.data(), n}));
     // Without work space the transform of the next row complains, not the kernels of this one.
     BasicParameters no_work = bp;
     no_work.ML = 0;
@@ -173,9 +173,13 @@ TYPED_TEST(Dispatch, TheKeyOfAWindowIsTheNarrowedProduct) {
         });
         return in_transform;
     };
-    EXPECT_TRUE(next_row([&] { mul_window(no_work, T.data(), 0, half + 1, A.data(), n, A.data(), n); }));
-    EXPECT_TRUE(next_row([&] { mulp(no_work, T.data(), 0, half + 1, A.data(), n, A.data(), n); }));
-    EXPECT_TRUE(next_row([&] { sqr_window(no_work, T.data(), 0, half + 1, A.data(), n); }));
+    EXPECT_TRUE(next_row([&] {
+        mul_window(no_work, Window{T.data(), 0, half + 1}, {A.data(), n}, {A.data(), n});
+    }));
+    EXPECT_TRUE(next_row([&] {
+        mulp(no_work, Window{T.data(), 0, half + 1}, {A.data(), n}, {A.data(), n});
+    }));
+    EXPECT_TRUE(next_row([&] { sqr_window(no_work, Window{T.data(), 0, half + 1}, {A.data(), n}); }));
 }
 
 // ---- Products that need tables
@@ -212,7 +216,7 @@ TYPED_TEST(Dispatch, ProductsAroundTheRowBoundariesAndBetween) {
             GuardedWork work(work_bytes_for<TypeParam>(L, 1));
             BasicParameters bp = work.bp();
             bp.holder = &tables();
-            mul(bp, T.data(), A.data(), La, B.data(), L - La);
+            mul(bp, T.data(), {A.data(), La}, {B.data(), L - La});
             ASSERT_EQ(T.words(), exact_product(A, B)) << La << " of " << L;
         }
         const auto A = make_operand<TypeParam>(Kind::random, L / 2, rng);
@@ -220,7 +224,7 @@ TYPED_TEST(Dispatch, ProductsAroundTheRowBoundariesAndBetween) {
         GuardedWork work(work_bytes_for<TypeParam>(2 * A.size(), 1));
         BasicParameters bp = work.bp();
         bp.holder = &tables();
-        sqr(bp, T.data(), A.data(), A.size());
+        sqr(bp, T.data(), A);
         ASSERT_EQ(T.words(), exact_product(A, A)) << A.size();
     }
 }
@@ -238,12 +242,12 @@ TYPED_TEST(Dispatch, WindowsAroundTheRowBoundary) {
         const auto A = make_operand<TypeParam>(all_kinds[rng() % 9], La, rng);
         const auto B = make_operand<TypeParam>(all_kinds[rng() % 9], Lb, rng);
         {
-            const bkt::MulWindow w = bkt::narrow_mul(s, e, La, Lb);
+            const bkt::NarrowedMul w = bkt::narrow_mul(s, e, La, Lb);
             GuardedWords<TypeParam> T(e - s);
             GuardedWork work(work_bytes_for<TypeParam>(w.La + w.Lb, 1));
             BasicParameters bp = work.bp();
             bp.holder = &tables();
-            mul_window(bp, T.data(), s, e, A.data(), La, B.data(), Lb);
+            mul_window(bp, Window{T.data(), s, e}, {A.data(), La}, {B.data(), Lb});
             ASSERT_EQ(T.words(), exact_window(A, B, s, e))
                 << La << " x " << Lb << " [" << s << ", " << e << ")";
         }
@@ -252,7 +256,7 @@ TYPED_TEST(Dispatch, WindowsAroundTheRowBoundary) {
         GuardedWork work(work_bytes_for<TypeParam>(2 * bkt::narrow_sqr(s, e, La).n, 1));
         BasicParameters bp = work.bp();
         bp.holder = &tables();
-        sqr_window(bp, T.data(), s, e, A.data(), La);
+        sqr_window(bp, Window{T.data(), s, e}, {A.data(), La});
         ASSERT_EQ(T.words(), exact_sqr_window(A, s, e)) << La << " [" << s << ", " << e << ")";
     }
 }
@@ -263,7 +267,7 @@ TYPED_TEST(Dispatch, ZeroLengthOperandsOfLongProductsGiveZeros) {
     GuardedWork work(work_bytes_for<TypeParam>(A.size(), 1));
     BasicParameters bp = work.bp();
     bp.holder = &tables();
-    mul(bp, T.data(), A.data(), A.size(), A.data(), 0);
+    mul(bp, T.data(), A, {A.data(), 0});
     EXPECT_EQ(T.words(), std::vector<TypeParam>(A.size()));
 }
 
@@ -280,12 +284,14 @@ TYPED_TEST(Dispatch, TransformedOperandsServeSeveralProducts) {
     const transform& t = make_transform<TypeParam>(bp, slot, 2 * n);
     EXPECT_TRUE(t.equals(make_transform<TypeParam>(bp, other, 2 * n)));
     GuardedWork image1(t.transform_bytes), image2(t.transform_bytes), scratch(t.work_bytes);
-    void* const S = scratch.bp().M;
-    t.forward(image2.bp().M, C.data(), n, S);
+    Image* const T1 = image_at(image1.bp().M);
+    Image* const T2 = image_at(image2.bp().M);
+    TransformScratch* const S = scratch_at(scratch.bp().M);
+    t.forward(T2, C, S);
     for (const auto* operand : {&A, &B}) {
         GuardedWords<TypeParam> T(2 * n);
-        t.forward(image1.bp().M, operand->data(), n, S);
-        t.inverse_fmul(T.data(), 0, 2 * n, image1.bp().M, image2.bp().M, S);
+        t.forward(T1, *operand, S);
+        t.inverse_fmul({T.data(), 0, 2 * n}, T1, T2, S);
         EXPECT_EQ(T.words(), exact_product(*operand, C));
     }
 }
@@ -309,11 +315,11 @@ TYPED_TEST(Dispatch, KeysChooseTheRow) {
         return found;
     };
     EXPECT_EQ(code([&] { make_transform<TypeParam>(bp, slot, last_VST + 1); }), -4);
-    EXPECT_EQ(code([&] { mul(bp, none, none, 1, none, last_VST); }), -4);
-    EXPECT_EQ(code([&] { sqr(bp, none, none, last_VST / 2 + 1); }), -4);
-    EXPECT_EQ(code([&] { sqr_window(bp, none, 0, last_VST / 2 + 1, none, last_VST); }), -4);
-    EXPECT_EQ(code([&] { mul_window(bp, none, 0, 1 + last_VST, none, 1, none, last_VST); }), -4);
-    EXPECT_EQ(code([&] { mulp(bp, none, 0, 1 + last_VST, none, 1, none, last_VST); }), -4);
+    EXPECT_EQ(code([&] { mul(bp, none, {none, 1}, {none, last_VST}); }), -4);
+    EXPECT_EQ(code([&] { sqr(bp, none, {none, last_VST / 2 + 1}); }), -4);
+    EXPECT_EQ(code([&] { sqr_window(bp, Window{none, 0, last_VST / 2 + 1}, {none, last_VST}); }), -4);
+    EXPECT_EQ(code([&] { mul_window(bp, Window{none, 0, 1 + last_VST}, {none, 1}, {none, last_VST}); }), -4);
+    EXPECT_EQ(code([&] { mulp(bp, Window{none, 0, 1 + last_VST}, {none, 1}, {none, last_VST}); }), -4);
     EXPECT_EQ(code([&] { (void)work_bytes_for<TypeParam>(last_VST + 1, 1); }), -4);
 }
 

@@ -48,11 +48,11 @@ Outcomes inject(Where where, unsigned rounds, std::mt19937_64& rng) {
                 fft::build_tables(holder.fft, depth, memory.get());
                 flip(rng, memory.get() + header, memory.size() - header);
             }
-            t.forward(T1, A.data(), L, scratch);
-            t.forward(T2, B.data(), L, scratch);
+            t.forward(T1, {A.data(), L}, scratch);
+            t.forward(T2, {B.data(), L}, scratch);
             if (fault && where == Where::first_image) flip(rng, T1.get(), T1.size());
             if (fault && where == Where::second_image) flip(rng, T2.get(), T2.size());
-            t.inverse_fmul(result.data(), 0, 2 * L, T1, T2, scratch);
+            t.inverse_fmul({result.data(), 0, 2 * L}, T1, T2, scratch);
             if (fault && where == Where::result)
                 flip(rng, reinterpret_cast<std::byte*>(result.data()), 4 * result.size());
         };

@@ -42,13 +42,13 @@ struct Machine {
 
     u32_t product(const Words& A, const Words& B, Words& R) {
         R.assign(t.bits / 32, 0xdeadbeef);
-        t.forward(T1, A.data(), A.size(), scratch);
-        t.forward(T2, B.data(), B.size(), scratch);
+        t.forward(T1, A, scratch);
+        t.forward(T2, B, scratch);
         return t.ring_fmul(R.data(), T1, T2);
     }
     u32_t square(const Words& A, Words& R) {
         R.assign(t.bits / 32, 0xdeadbeef);
-        t.forward(T1, A.data(), A.size(), scratch);
+        t.forward(T1, A, scratch);
         return t.ring_fsqr(R.data(), T1);
     }
 
@@ -102,7 +102,7 @@ TEST(FftKernels, ImagesAreThoseOfThePlainForm) {
         const FFT& t = machine.t;
         for (const upL_t L : {t.bits / 32, t.bits / 64, t.bits / 100}) {
             const Words A = random_words(rng, L);
-            t.forward(machine.T1, A.data(), L, machine.scratch);
+            t.forward(machine.T1, {A.data(), L}, machine.scratch);
             const auto expected = fft::reference::forward(plain(t), A.data(), L);
             const auto* const image = reinterpret_cast<const double*>(machine.T1.get());
             const u64_t C = plain(t).C;
@@ -233,13 +233,13 @@ TEST(Fft, InverseFromUndoesForward) {
             const Words A = random_words(rng, L);
             Words R(words), whole = A;
             whole.resize(words);
-            machine.t.forward(machine.T1, A.data(), L, machine.scratch);
+            machine.t.forward(machine.T1, {A.data(), L}, machine.scratch);
             EXPECT_EQ(machine.t.ring_from(R.data(), machine.T1), 0u);
             EXPECT_EQ(R, whole);
-            machine.t.forward(machine.T1, A.data(), L, machine.scratch);
+            machine.t.forward(machine.T1, {A.data(), L}, machine.scratch);
             const upL_t s = rng() % words, e = s + rng() % (words - s + 1);
             Words window(e - s);
-            machine.t.inverse_from(window.data(), s, e, machine.T1, machine.scratch);
+            machine.t.inverse_from({window.data(), s, e}, machine.T1, machine.scratch);
             EXPECT_TRUE(
                 std::equal(window.begin(), window.end(), whole.begin() + static_cast<std::ptrdiff_t>(s)));
         }
@@ -257,22 +257,22 @@ TEST(Fft, WindowsOfProductsInBothWordFamilies) {
         const Words A = random_words(rng, words / 4 * 2), B = random_words(rng, words / 4 * 2);
         u32_t flag = 0;
         const Words whole = ring_product(A, B, t.bits, flag);
-        t.forward(machine.T2, B.data(), B.size(), machine.scratch);
+        t.forward(machine.T2, B, machine.scratch);
         for (unsigned round = 0; round < 5; ++round) {
             const upL_t s = rng() % (words / 2), e = s + 1 + rng() % (words / 2 - s);  // 64-bit words
             std::vector<c64i> R(e - s), A64(A.size() / 2);
             std::memcpy(A64.data(), A.data(), 4 * A.size());
-            t.forward(machine.T1, A64.data(), A64.size(), machine.scratch);
-            t.inverse_fmul(R.data(), s, e, machine.T1, machine.T2, machine.scratch);
+            t.forward(machine.T1, A64, machine.scratch);
+            t.inverse_fmul({R.data(), s, e}, machine.T1, machine.T2, machine.scratch);
             EXPECT_EQ(std::memcmp(R.data(), whole.data() + 2 * s, 8 * (e - s)), 0);
             Words R32(2 * (e - s));
-            t.forward(machine.T1, A.data(), A.size(), machine.scratch);
-            t.inverse_fmul(R32.data(), 2 * s, 2 * e, machine.T1, machine.T2, machine.scratch);
+            t.forward(machine.T1, A, machine.scratch);
+            t.inverse_fmul({R32.data(), 2 * s, 2 * e}, machine.T1, machine.T2, machine.scratch);
             EXPECT_EQ(std::memcmp(R32.data(), R.data(), 8 * (e - s)), 0);
         }
         Words square(words);
-        t.forward(machine.T1, A.data(), A.size(), machine.scratch);
-        t.inverse_fsqr(square.data(), 0, words, machine.T1, machine.scratch);
+        t.forward(machine.T1, A, machine.scratch);
+        t.inverse_fsqr({square.data(), 0, words}, machine.T1, machine.scratch);
         EXPECT_EQ(square, ring_product(A, A, t.bits, flag));
     }
 }
@@ -311,7 +311,7 @@ void check_multiplier(std::mt19937_64& rng) {
         std::vector<word> A(La), B(Lb), T(La + Lb);
         for (word& x : A) x = static_cast<word>(rng());
         for (word& x : B) x = static_cast<word>(rng());
-        fft.mul(bp, T.data(), A.data(), La, B.data(), Lb);
+        fft.mul(bp, T.data(), {A.data(), La}, {B.data(), Lb});
         Integer a, b, expected, found;
         mpz_import(a.z, La, -1, sizeof(word), 0, 0, A.data());
         mpz_import(b.z, Lb, -1, sizeof(word), 0, 0, B.data());
@@ -336,13 +336,13 @@ TEST(FftDeathTest, BadParametersEndTheProgram) {
     const auto ends = [&](const std::function<void()>& action) {
         EXPECT_EXIT(testing::dying(action), ::testing::ExitedWithCode(1), text);
     };
-    ends([&] { machine.t.forward(machine.T1, A.data(), 65, machine.scratch); });
-    ends([&] { machine.t.inverse_from(R.data(), 0, 65, machine.T1, machine.scratch); });
-    ends([&] { machine.t.inverse_from(R.data(), 3, 2, machine.T1, machine.scratch); });
+    ends([&] { machine.t.forward(machine.T1, {A.data(), 65}, machine.scratch); });
+    ends([&] { machine.t.inverse_from({R.data(), 0, 65}, machine.T1, machine.scratch); });
+    ends([&] { machine.t.inverse_from({R.data(), 3, 2}, machine.T1, machine.scratch); });
     Machine too_deep(tables, row(1, 9, 16));
-    ends([&] { too_deep.t.forward(too_deep.T1, A.data(), 65, too_deep.scratch); });
+    ends([&] { too_deep.t.forward(too_deep.T1, {A.data(), 65}, too_deep.scratch); });
     const FFT no_tables(nullptr, row(1, 7, 16));
-    ends([&] { no_tables.forward(machine.T1, A.data(), 60, machine.scratch); });
+    ends([&] { no_tables.forward(machine.T1, {A.data(), 60}, machine.scratch); });
 }
 
 TEST(FftCarry, RipplesAndWraps) {

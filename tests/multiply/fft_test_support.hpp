@@ -24,7 +24,8 @@ class Buffer {
         std::memset(bytes_.get(), 0xA5, size);
     }
     std::byte* get() const { return bytes_.get(); }
-    operator void*() const { return bytes_.get(); }
+    operator Image*() const { return image_at(bytes_.get()); }
+    operator TransformScratch*() const { return scratch_at(bytes_.get()); }
     upL_t size() const { return size_; }
 
   private:

@@ -42,19 +42,19 @@ class PlainTransform final : public transform {
     }
     ~PlainTransform() override { live--; }
     const char* name() const override { return "Plain"; }
-    void forward(void* image, const c32i* A, upL_t L, void*) const override {
-        auto* words = static_cast<c32i*>(image);
-        words[0] = static_cast<c32i>(L);
-        for (upL_t i = 0; i < L; i++) std::memcpy(words + 1 + i, A + i, sizeof(c32i));
+    void forward(Image* image, WordSpan<c32i> A, TransformScratch*) const override {
+        auto* words = reinterpret_cast<c32i*>(image);
+        words[0] = static_cast<c32i>(A.size());
+        for (upL_t i = 0; i < A.size(); i++) std::memcpy(words + 1 + i, A.data() + i, sizeof(c32i));
     }
-    void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override {
-        inverse_fmul(R, s, e, T, T, scratch);
+    void inverse_fsqr(Window<c32i> R, Image* T, TransformScratch* scratch) const override {
+        inverse_fmul(R, T, T, scratch);
     }
-    void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void*) const override {
+    void inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScratch*) const override {
         const auto product = exact_product(words(T1), words(T2));
-        for (upL_t i = s; i < e; i++) {
+        for (upL_t i = R.s; i < R.e; i++) {
             const c32i w = i < product.size() ? product[i] : 0;
-            std::memcpy(R + i - s, &w, sizeof w);
+            std::memcpy(R.T + i - R.s, &w, sizeof w);
         }
     }
     bool equals(const transform& other) const override { return other.max_bits == max_bits; }
@@ -62,8 +62,8 @@ class PlainTransform final : public transform {
     static int live;
 
   private:
-    static std::vector<c32i> words(const void* image) {
-        const auto* words = static_cast<const c32i*>(image);
+    static std::vector<c32i> words(const Image* image) {
+        const auto* words = reinterpret_cast<const c32i*>(image);
         return {words + 1, words + 1 + words[0]};
     }
 };
@@ -111,25 +111,25 @@ TYPED_TEST(SharedProducts, GoThroughATransformOfTheProductsLength) {
         GuardedWork work(plain.work_bytes(L, 1));
         {
             GuardedWords<TypeParam> T(L);
-            plain.mul(work.bp(), T.data(), A.data(), La, B.data(), Lb);
+            plain.mul(work.bp(), T.data(), {A.data(), La}, {B.data(), Lb});
             ASSERT_EQ(T.words(), exact_product(A, B));
         }
         {
             GuardedWords<TypeParam> T(e - s);
-            plain.mul_window(work.bp(), T.data(), s, e, A.data(), La, B.data(), Lb);
+            plain.mul_window(work.bp(), Window{T.data(), s, e}, {A.data(), La}, {B.data(), Lb});
             ASSERT_EQ(T.words(), plain_window(A, B, s, e));
         }
         {
             GuardedWords<TypeParam> T(e - s);
-            plain.mulp(work.bp(), T.data(), s, e, A.data(), La, B.data(), Lb);
+            plain.mulp(work.bp(), Window{T.data(), s, e}, {A.data(), La}, {B.data(), Lb});
             ASSERT_EQ(T.words(), plain_window(A, B, s, e));
         }
         GuardedWork square_work(plain.work_bytes(2 * La, 1));
         GuardedWords<TypeParam> T(2 * La);
-        plain.sqr(square_work.bp(), T.data(), A.data(), La);
+        plain.sqr(square_work.bp(), T.data(), {A.data(), La});
         ASSERT_EQ(T.words(), exact_product(A, A));
         GuardedWords<TypeParam> W(La);
-        plain.sqr_window(square_work.bp(), W.data(), La / 2, La / 2 + La, A.data(), La);
+        plain.sqr_window(square_work.bp(), Window{W.data(), La / 2, La / 2 + La}, {A.data(), La});
         ASSERT_EQ(W.words(), plain_window(A, A, La / 2, La / 2 + La));
     }
     EXPECT_EQ(PlainTransform::live, 0);
@@ -140,7 +140,9 @@ TYPED_TEST(SharedProducts, ATransformIsDestroyedWhenAProductThrows) {
     GuardedWork work(plain.work_bytes(8, 1) - 1);
     std::vector<TypeParam> A(4, 1), T(8);
     console_output([&] {
-        EXPECT_EQ(caught<zn_exception>([&] { plain.sqr(work.bp(), T.data(), A.data(), 4); }).code,
+        EXPECT_EQ(caught<zn_exception>([&] {
+                      plain.sqr(work.bp(), T.data(), {A.data(), 4});
+                  }).code,
                   error_code::work_space_too_small);
     });
     EXPECT_TRUE(work.untouched());
@@ -214,14 +216,14 @@ TYPED_TEST(BKT, ProductsUpToItsLimitWithAnExactWorkBuffer) {
         GuardedWork work(this->bkt.work_bytes(L, 1));
         {
             GuardedWords<TypeParam> T(L);
-            this->bkt.mul(work.bp(), T.data(), A.data(), La, B.data(), L - La);
+            this->bkt.mul(work.bp(), T.data(), {A.data(), La}, {B.data(), L - La});
             ASSERT_EQ(T.words(), exact_product(A, B)) << La << " of " << L;
         }
         const upL_t s = rng() % L;
         const upL_t e = s + 1 + rng() % (L - s);
         {
             GuardedWords<TypeParam> T(e - s);
-            this->bkt.mul_window(work.bp(), T.data(), s, e, A.data(), La, B.data(), L - La);
+            this->bkt.mul_window(work.bp(), Window{T.data(), s, e}, {A.data(), La}, {B.data(), L - La});
             ASSERT_EQ(T.words(), exact_window(A, B, s, e));
         }
         const upL_t n = L / 2;
@@ -229,12 +231,12 @@ TYPED_TEST(BKT, ProductsUpToItsLimitWithAnExactWorkBuffer) {
         GuardedWork square_work(this->bkt.work_bytes(2 * n, 1));
         {
             GuardedWords<TypeParam> T(2 * n);
-            this->bkt.sqr(square_work.bp(), T.data(), C.data(), n);
+            this->bkt.sqr(square_work.bp(), T.data(), {C.data(), n});
             ASSERT_EQ(T.words(), exact_product(C, C));
         }
         const upL_t end = 2 * n - rng() % n;
         GuardedWords<TypeParam> T(end - end / 2);
-        this->bkt.sqr_window(square_work.bp(), T.data(), end / 2, end, C.data(), n);
+        this->bkt.sqr_window(square_work.bp(), Window{T.data(), end / 2, end}, {C.data(), n});
         ASSERT_EQ(T.words(), exact_sqr_window(C, end / 2, end));
     }
 }
@@ -243,14 +245,14 @@ TYPED_TEST(BKT, ZeroLengthOperandsAndEmptyWindows) {
     GuardedWork work(this->bkt.work_bytes(8, 1));
     const std::vector<TypeParam> A{1, 2, 3};
     GuardedWords<TypeParam> T(3);
-    this->bkt.mul(work.bp(), T.data(), A.data(), 3, A.data(), 0);
+    this->bkt.mul(work.bp(), T.data(), {A.data(), 3}, {A.data(), 0});
     EXPECT_EQ(T.words(), std::vector<TypeParam>(3));
     T.data()[0] = 7;
-    this->bkt.mul_window(work.bp(), T.data(), 1, 1, A.data(), 3, A.data(), 3);
-    this->bkt.sqr_window(work.bp(), T.data(), 2, 2, A.data(), 3);
-    this->bkt.sqr(work.bp(), T.data(), A.data(), 0);
+    this->bkt.mul_window(work.bp(), Window{T.data(), 1, 1}, {A.data(), 3}, {A.data(), 3});
+    this->bkt.sqr_window(work.bp(), Window{T.data(), 2, 2}, {A.data(), 3});
+    this->bkt.sqr(work.bp(), T.data(), {A.data(), 0});
     EXPECT_EQ(T.words(), (std::vector<TypeParam>{7, 0, 0}));
-    this->bkt.mul_window(work.bp(), T.data(), 0, 2, A.data(), 0, A.data(), 3);
+    this->bkt.mul_window(work.bp(), Window{T.data(), 0, 2}, {A.data(), 0}, {A.data(), 3});
     EXPECT_EQ(T.words(), std::vector<TypeParam>(3));
 }
 
@@ -265,15 +267,18 @@ TYPED_TEST(BKT, WorkBufferBelowTheKernelsScratchThrowsBeforeAnythingIsWritten) {
             EXPECT_EQ(e.code, error_code::work_space_too_small);
             EXPECT_TRUE(work.untouched());
         };
-        refuses(bkt::mul_bytes<TypeParam>(n, n),
-                [&](const BasicParameters& bp) { this->bkt.mul(bp, T.data(), A.data(), n, A.data(), n); });
-        refuses(bkt::sqr_bytes<TypeParam>(n),
-                [&](const BasicParameters& bp) { this->bkt.sqr(bp, T.data(), A.data(), n); });
-        refuses(bkt::mul_window_bytes<TypeParam>(5, n, n, n), [&](const BasicParameters& bp) {
-            this->bkt.mul_window(bp, T.data(), 5, n, A.data(), n, A.data(), n);
+        refuses(bkt::mul_bytes<TypeParam>(n, n), [&](const BasicParameters& bp) {
+            this->bkt.mul(bp, T.data(), {A.data(), n}, {A.data(), n});
         });
-        refuses(bkt::sqr_window_bytes<TypeParam>(5, n, n),
-                [&](const BasicParameters& bp) { this->bkt.sqr_window(bp, T.data(), 5, n, A.data(), n); });
+        refuses(bkt::sqr_bytes<TypeParam>(n), [&](const BasicParameters& bp) {
+            this->bkt.sqr(bp, T.data(), {A.data(), n});
+        });
+        refuses(bkt::mul_window_bytes<TypeParam>(5, n, n, n), [&](const BasicParameters& bp) {
+            this->bkt.mul_window(bp, Window{T.data(), 5, n}, {A.data(), n}, {A.data(), n});
+        });
+        refuses(bkt::sqr_window_bytes<TypeParam>(5, n, n), [&](const BasicParameters& bp) {
+            this->bkt.sqr_window(bp, Window{T.data(), 5, n}, {A.data(), n});
+        });
     });
     EXPECT_EQ(T, std::vector<TypeParam>(2 * n, 9));
 }
@@ -301,7 +306,7 @@ TEST(BKT64, TheRoadThroughATransformAgrees) {
         const auto B = make_operand<c64i>(Kind::random, L - A.size(), rng);
         GuardedWork work(bkt.work_bytes(L, 1));
         GuardedWords<c64i> T(L);
-        bkt.multiplier<c64i>::mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+        bkt.multiplier<c64i>::mul(work.bp(), T.data(), A, B);
         EXPECT_EQ(T.words(), exact_product(A, B));
     }
 }

@@ -13,7 +13,7 @@ namespace znp::testing {
 // The value of a window of a product: that of the narrowed operands.
 template <class word>
 std::vector<word> exact_window(const std::vector<word>& A, const std::vector<word>& B, upL_t s, upL_t e) {
-    const bkt::MulWindow w = bkt::narrow_mul(s, e, A.size(), B.size());
+    const bkt::NarrowedMul w = bkt::narrow_mul(s, e, A.size(), B.size());
     const std::span<const word> a = std::span<const word>(A).subspan(w.A_offset, w.La);
     const std::span<const word> b = std::span<const word>(B).subspan(w.B_offset, w.Lb);
     const std::vector<word> T = exact_product(a, b);
@@ -24,7 +24,7 @@ std::vector<word> exact_window(const std::vector<word>& A, const std::vector<wor
 // For squares, whose two operands are narrowed alike.
 template <class word>
 std::vector<word> exact_sqr_window(const std::vector<word>& A, upL_t s, upL_t e) {
-    const bkt::SqrWindow w = bkt::narrow_sqr(s, e, A.size());
+    const bkt::NarrowedSqr w = bkt::narrow_sqr(s, e, A.size());
     const std::span<const word> a = std::span<const word>(A).subspan(w.A_offset, w.n);
     const std::vector<word> T = exact_product(a, a);
     const std::span<const word> window = std::span<const word>(T).subspan(w.s, w.e - w.s);

@@ -6,6 +6,7 @@
 
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
+#include "multiply/dispatch.hpp"
 #include "multiply/multiply_test_support.hpp"
 #include "multiply/table_holder.hpp"
 
@@ -20,7 +21,7 @@ const multiplier<c64i>* const found_before_main = find_multiplier<c64i>("BKT");
 const upL_t max_words_before_main = memory_table<c64i>()[0].max_words;
 
 template <class word>
-std::string key_for(std::span<const ConvolutionRow<word>> table, upL_t L) {
+std::string key_for(SelectionTable<multiplier<word>> table, upL_t L) {
     return select(table, L).name;
 }
 
@@ -139,68 +140,72 @@ TEST(Selection, AnAlgorithmToComeThrowsSilentlyAndNamesItself) {
             names_itself([&] { (void)algorithm.work_bytes(1000, 1); });
             names_itself([&] { (void)algorithm.mulp_bytes(1000, 1); });
             names_itself([&] { algorithm.make_transform(bp, slot.place(), 1000); });
-            names_itself([&] { algorithm.sqr(bp, T.data(), A.data(), 100); });
-            names_itself([&] { algorithm.mul(bp, T.data(), A.data(), 100, A.data(), 100); });
-            names_itself([&] { algorithm.sqr_window(bp, T.data(), 1, 9, A.data(), 100); });
-            names_itself([&] { algorithm.mul_window(bp, T.data(), 1, 9, A.data(), 100, A.data(), 100); });
-            names_itself([&] { algorithm.mulp(bp, T.data(), 1, 9, A.data(), 100, A.data(), 100); });
+            names_itself([&] { algorithm.sqr(bp, T.data(), {A.data(), 100}); });
+            names_itself([&] { algorithm.mul(bp, T.data(), {A.data(), 100}, {A.data(), 100}); });
+            names_itself([&] { algorithm.sqr_window(bp, Window{T.data(), 1, 9}, {A.data(), 100}); });
+            names_itself([&] {
+                algorithm.mul_window(bp, Window{T.data(), 1, 9}, {A.data(), 100}, {A.data(), 100});
+            });
+            names_itself([&] {
+                algorithm.mulp(bp, Window{T.data(), 1, 9}, {A.data(), 100}, {A.data(), 100});
+            });
         });
         EXPECT_EQ(output, "");
     }
 }
 
-// An algorithm whose answers the tests choose. Only the queries are used.
-class QueryMultiplier final : public multiplier<c64i> {
-  public:
-    explicit QueryMultiplier(upL_t shortest) : multiplier<c64i>(1, "Q", "Query"), shortest_(shortest) {}
-    upL_t table_bytes(u64_t) const override { return 0; }
-    std::byte* build_tables(TableHolder&, u64_t, std::byte* memory) const override { return memory; }
-    upL_t work_bytes(upL_t L, u64_t threads) const override {
-        if (L < shortest_) InvalidTransformParametersException("Transform length is too small.").raise();
-        return 1000 * L + threads;
+// What a table of another kind may be asked: an algorithm with needs that the tests choose.
+struct Needy {
+    upL_t shortest;
+    upL_t per_word;
+    upL_t operator()(upL_t L) const {
+        if (L < shortest) InvalidTransformParametersException("Transform length is too small.").raise();
+        return per_word * L + 2;
     }
-    upL_t mulp_bytes(upL_t L, u64_t threads) const override { return 3 * work_bytes(L, threads); }
-    transform* make_transform(const BasicParameters&, void*, upL_t) const override { return nullptr; }
-
-  private:
-    upL_t shortest_;
 };
+constexpr auto need = [](const Needy& algorithm, upL_t L) { return algorithm(L); };
 
-// Asks for less than the rows before it, as a transform does that is cut for memory.
-class FrugalMultiplier final : public multiplier<c64i> {
-  public:
-    FrugalMultiplier() : multiplier<c64i>(1, "F", "Frugal") {}
-    upL_t table_bytes(u64_t) const override { return 0; }
-    std::byte* build_tables(TableHolder&, u64_t, std::byte* memory) const override { return memory; }
-    upL_t work_bytes(upL_t L, u64_t) const override { return L; }
-    transform* make_transform(const BasicParameters&, void*, upL_t) const override { return nullptr; }
-};
-
-TEST(Selection, WorkBytesAreTheLargestOfTheShorterRowsAndTheCoveringRow) {
-    const QueryMultiplier query(0);
-    const FrugalMultiplier frugal;
-    const ConvolutionRow<c64i> rows[] = {{10, &query}, {100, &frugal}, {1000, &query}};
-    const std::span<const ConvolutionRow<c64i>> table = rows;
-    EXPECT_EQ(work_bytes_over(table, 7, 2, false), 7002u);
-    EXPECT_EQ(work_bytes_over(table, 10, 2, false), 10002u);
-    EXPECT_EQ(work_bytes_over(table, 11, 2, false), 10002u);  // the frugal row asks for 11
-    EXPECT_EQ(work_bytes_over(table, 100, 2, false), 10002u);
-    EXPECT_EQ(work_bytes_over(table, 101, 5, false), 101005u);
-    EXPECT_EQ(work_bytes_over(table, 101, 5, true), 303015u);
-    EXPECT_EQ(caught<zn_exception>([&] {
-                  console_output([&] { (void)work_bytes_over(table, 1001, 1, false); });
-              }).code,
-              -4);
+TEST(Selection, LargestNeedOfTheShorterRowsAndTheCoveringRow) {
+    const Needy greedy{0, 1000};
+    const Needy frugal{0, 1};  // asks for less than the rows before it, as one does that is cut for memory
+    const SelectionRow<Needy> rows[] = {{10, &greedy}, {100, &frugal}, {1000, &greedy}};
+    const SelectionTable<Needy> table = rows;
+    EXPECT_EQ(&select(table, 11), &frugal);
+    EXPECT_EQ(largest_need(table, 7, need), 7002u);
+    EXPECT_EQ(largest_need(table, 10, need), 10002u);
+    EXPECT_EQ(largest_need(table, 11, need), 10002u);  // the frugal row asks for 13
+    EXPECT_EQ(largest_need(table, 100, need), 10002u);
+    EXPECT_EQ(largest_need(table, 101, need), 101002u);
+    EXPECT_EQ(
+        caught<zn_exception>([&] { console_output([&] { (void)largest_need(table, 1001, need); }); }).code,
+        -4);
 }
 
-TEST(Selection, WorkBytesSkipRowsWithoutParameters) {
-    const QueryMultiplier from_50(50);
-    const FrugalMultiplier frugal;
-    const ConvolutionRow<c64i> rows[] = {{10, &frugal}, {20, &from_50}, {100, &from_50}};
-    const std::span<const ConvolutionRow<c64i>> table = rows;
-    EXPECT_EQ(work_bytes_over(table, 20, 1, false), 10u);
-    EXPECT_EQ(work_bytes_over(table, 49, 1, false), 10u);
-    EXPECT_EQ(work_bytes_over(table, 50, 1, false), 50001u);
+TEST(Selection, LargestNeedSkipsRowsWithoutParameters) {
+    const Needy from_50{50, 1000};
+    const Needy frugal{0, 1};
+    const SelectionRow<Needy> rows[] = {{10, &frugal}, {20, &from_50}, {100, &from_50}};
+    const SelectionTable<Needy> table = rows;
+    EXPECT_EQ(largest_need(table, 20, need), 12u);
+    EXPECT_EQ(largest_need(table, 49, need), 12u);
+    EXPECT_EQ(largest_need(table, 50, need), 50002u);
+}
+
+TEST(Selection, WorkBytesAreTheLargestNeed) {
+    const auto table = memory_table<c64i>();
+    for (const upL_t L : {upL_t{40}, upL_t{3000}, upL_t{100000}}) {
+        for (const u64_t threads : {u64_t{1}, u64_t{4}}) {
+            upL_t bytes = 0, mulp_bytes = 0;
+            for (const auto& row : table) {
+                const upL_t length = std::min(row.max_words, L);
+                bytes = std::max(bytes, row.algorithm->work_bytes(length, threads));
+                mulp_bytes = std::max(mulp_bytes, row.algorithm->mulp_bytes(length, threads));
+                if (row.max_words >= L) break;
+            }
+            EXPECT_EQ(work_bytes_for<c64i>(L, threads), bytes);
+            EXPECT_EQ(work_bytes_for<c64i>(L, threads, true), mulp_bytes);
+        }
+    }
 }
 
 // The last rows stand for 180 trillion digits instead of their own maxima.

@@ -206,7 +206,7 @@ Expected fill(Block& block, const Geometry& g, Coefficients kind, const BlockCar
             mpz_set_d(r.value, set.crt_inverses[s]);
             mpz_mul(r.value, r.value, x.value);
             const auto residue = static_cast<double>(mpz_fdiv_ui(r.value, p));
-            block.at(s, j) = residue > -set.neg_half[s] ? residue - set.primes[s] : residue;
+            block.at(s, j) = 2 * residue > set.primes[s] ? residue - set.primes[s] : residue;
         }
         mpz_tdiv_q_2exp(high.value, x.value, 2 * g.input_bits());
         expected.high_parts |= mpz_get_ui(high.value);
@@ -295,7 +295,7 @@ TEST(VSTConversion, LargestResidues) {
                 }
                 if (s < used) mpz_add(x.value, x.value, cofactor.value);
                 for (upL_t j = 0; j < g.n(); ++j) {
-                    low.at(s, j) = s < used ? set.neg_half[s] : 0.0;
+                    low.at(s, j) = s < used ? -(set.primes[s] - 1) / 2 : 0.0;
                     high.at(s, j) = -low.at(s, j);
                 }
             }
@@ -327,7 +327,7 @@ TEST(VSTConversion, OneWrongResidueShows) {
             fill(block, g, Coefficients::random, {}, rng);
             const auto s = static_cast<unsigned>(rng() % g.a);
             double& r = block.at(s, rng() % g.n());
-            r += std::rint(r > 0 ? set.neg_half[s] / 3 : -set.neg_half[s] / 3);
+            r += std::rint((r > 0 ? -set.primes[s] : set.primes[s]) / 6);
             std::vector<std::byte> words(block_bytes_of_words(g));
             BlockCarry carry{};
             EXPECT_GE(convert(g, set, words.data(), block.data(), carry), redundancy_bound(g));

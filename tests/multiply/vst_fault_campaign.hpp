@@ -99,15 +99,15 @@ class FaultCampaign {
   private:
     // By steps or, every other time, in one.
     void multiply(const std::vector<c64i>& A, std::vector<c64i>& R) {
+        const WorkAreas work{image_at(T1_.get()), image_at(T2_.get()), scratch_at(scratch_.get())};
         in_one_ = !in_one_;
         if (in_one_) {
-            vst_.product(R.data(), 0, R.size(), A.data(), A.size(), B_.data(), B_.size(), T1_.get(),
-                         T2_.get(), scratch_.get());
+            vst_.product({R.data(), 0, R.size()}, A, B_, work);
             return;
         }
-        vst_.forward(T1_.get(), A.data(), A.size(), scratch_.get());
-        vst_.forward(T2_.get(), B_.data(), B_.size(), scratch_.get());
-        vst_.inverse_fmul(R.data(), 0, R.size(), T1_.get(), T2_.get(), scratch_.get());
+        vst_.forward(work.T1, A, work.scratch);
+        vst_.forward(work.T2, B_, work.scratch);
+        vst_.inverse_fmul({R.data(), 0, R.size()}, work.T1, work.T2, work.scratch);
     }
 
     // Not seen by thread checkers: the fault is no part of the program.
@@ -134,7 +134,7 @@ class FaultCampaign {
 
     // A byte of the twiddles of a prime, not of the pointers to them.
     std::byte* table_byte() {
-        const vst::PrimeTables& prime = vst_.record->prime[rng_() % vst_.a];
+        const vst::PrimeTables& prime = vst_.record->prime[rng_() % vst_.geometry.a];
         const double* const twiddles = prime.twiddles[rng_() % 2];
         auto* const bytes = reinterpret_cast<std::byte*>(const_cast<double*>(twiddles));
         return bytes + rng_() % (8 * vst_.record->table_nodes);

@@ -23,7 +23,7 @@ TEST(VSTFaults, ACorruptedTransformWordMakesTheCheckFire) {
         const auto A = testing::random_words<c64i>(rng, g.capacity() / 128);
         std::vector<c64i> R(2 * A.size());
         for (unsigned k = 0; k < 10; ++k) {
-            t.forward(image.get(), A.data(), A.size(), scratch.get());
+            t.forward(image_at(image.get()), A, scratch_at(scratch.get()));
             const unsigned s = static_cast<unsigned>(rng() % g.a);
             const upL_t block = rng() % g.blocks(), point = rng() % g.n();
             auto* const residues = reinterpret_cast<double*>(image.get());
@@ -32,7 +32,8 @@ TEST(VSTFaults, ACorruptedTransformWordMakesTheCheckFire) {
             s32_t code = 0;
             const std::string output = testing::console_output([&] {
                 code = testing::caught<zn_exception>([&] {
-                           t.inverse_fsqr(R.data(), 0, R.size(), image.get(), scratch.get());
+                           t.inverse_fsqr({R.data(), 0, R.size()}, image_at(image.get()),
+                                          scratch_at(scratch.get()));
                        }).code;
             });
             EXPECT_EQ(code, 1);

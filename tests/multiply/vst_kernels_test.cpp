@@ -206,11 +206,16 @@ TEST_P(VSTKernels, PartsAgainstTheDefinition) {
             C = f.product(D, D, w);
             for (s64_t& c : C) c = f.mul(c, scale);
             ASSERT_EQ(polynomial(x_.get(), s), C);
-            // And nothing between.
+            // There and back: times 1.
             fill(x_.get(), s, 0, rng);
             Polynomial E = polynomial(x_.get(), s);
             forward_part(p);
-            inverse_part(p, nullptr);
+            std::fill_n(y_.get(), doubles(), 0.0);
+            y_[0] = 1;
+            p.data = y_.get();
+            forward_part(p);
+            p.data = x_.get();
+            inverse_part(p, y_.get());
             for (s64_t& c : E) c = f.mul(c, scale);
             ASSERT_EQ(polynomial(x_.get(), s), E);
         }

@@ -37,7 +37,7 @@ class VSTMultiplierTest : public ::testing::Test {
         const upL_t L = A.size() + B.size();
         const VSTWork work(tables(), vst().work_bytes(L, threads), threads);
         testing::GuardedWords<word> T(L);
-        vst().mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+        vst().mul(work.bp(), T.data(), A, B);
         return T.words();
     }
 };
@@ -95,8 +95,8 @@ TYPED_TEST(VSTMultiplierTest, WindowsAndSquares) {
         for (unsigned k = 0; k < 20; ++k) {
             const upL_t s = rng() % (2 * n), e = s + rng() % (2 * n - s + 1);
             testing::GuardedWords<TypeParam> T(e - s), S(e - s);
-            this->vst().mul_window(work.bp(), T.data(), s, e, A.data(), n, B.data(), n);
-            this->vst().sqr_window(work.bp(), S.data(), s, e, A.data(), n);
+            this->vst().mul_window(work.bp(), Window{T.data(), s, e}, {A.data(), n}, {B.data(), n});
+            this->vst().sqr_window(work.bp(), Window{S.data(), s, e}, {A.data(), n});
             EXPECT_EQ(T.words(), std::vector<TypeParam>(AB.begin() + long(s), AB.begin() + long(e)));
             EXPECT_EQ(S.words(), std::vector<TypeParam>(AA.begin() + long(s), AA.begin() + long(e)));
         }
@@ -177,8 +177,9 @@ TYPED_TEST(VSTMultiplierTest, TooFewLevels) {
     const std::vector<TypeParam> A(10, 3);
     std::vector<TypeParam> T(20);
     const VSTWork work(this->tables(), 1000, 1);
-    const auto e = caught<InvalidTransformParametersException>(
-        [&] { this->vst().mulp(work.bp(), T.data(), 0, 20, A.data(), 10, A.data(), 10); });
+    const auto e = caught<InvalidTransformParametersException>([&] {
+        this->vst().mulp(work.bp(), Window{T.data(), 0, 20}, {A.data(), 10}, {A.data(), 10});
+    });
     EXPECT_STREQ(e.title, "Transform length is too small.");
 }
 
@@ -193,9 +194,9 @@ TYPED_TEST(VSTMultiplierTest, DispatchersReachIt) {
             const VSTWork work(this->tables(), work_bytes_for<TypeParam>(L, threads, use_mulp), threads);
             testing::GuardedWords<TypeParam> T(L);
             if (use_mulp) {
-                mulp(work.bp(), T.data(), 0, L, A.data(), A.size(), B.data(), B.size());
+                mulp(work.bp(), Window{T.data(), 0, L}, A, B);
             } else {
-                mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+                mul(work.bp(), T.data(), A, B);
             }
             EXPECT_EQ(T.words(), expected);
         }

@@ -71,8 +71,7 @@ TEST(VSTPrimeSets, RootsHaveTheirOrder) {
         for (unsigned s = 0; s < set->a; ++s) {
             mpz_set_d(p.value, set->primes[s]);
             mpz_set_d(root.value, set->roots[s]);
-            EXPECT_LE(std::fabs(set->roots[s]), -set->neg_half[s]);
-            EXPECT_EQ(set->neg_half[s], -(set->primes[s] - 1) / 2);
+            EXPECT_LE(std::fabs(set->roots[s]), set->primes[s] / 2);
             const unsigned long order = order_of(*set);
             mpz_powm_ui(power.value, root.value, order, p.value);
             EXPECT_EQ(mpz_cmp_ui(power.value, 1), 0);
@@ -102,7 +101,7 @@ TEST(VSTPrimeSets, InverseScale) {
         for (unsigned c = 9; c <= set->max_c; ++c) {
             for (unsigned s = 0; s < set->a; ++s) {
                 const double scale = inverse_scale(*set, s, c);
-                EXPECT_LE(std::fabs(scale), -set->neg_half[s]);
+                EXPECT_LE(std::fabs(scale), set->primes[s] / 2);
                 mpz_set_d(p.value, set->primes[s]);
                 mpz_set_d(x.value, scale);
                 mpz_mul_ui(x.value, x.value, set->b);
@@ -235,6 +234,24 @@ TEST(VSTGeometry, GapsKeepColumnsApart) {
         }
     }
     EXPECT_GT(with_gaps, 100u);
+}
+
+// ---- Tables ----------------------------------------------------------------------------------------------
+
+TEST(VSTTablePlan, APartOfTooFewLevelsIsRefused) {
+    for (const unsigned b : {1u, 3u, 5u, 7u}) {
+        for (const unsigned a : {4u, 9u}) {
+            const Geometry g{a, b, block_t(b) + 3}, shorter{a, b, block_t(b) + 2};
+            EXPECT_NE(testing::VSTTablesOf(std::span(&g, 1)).holder.vst->sets[a - 3][b / 2], nullptr);
+            const std::string output = console_output([&] {
+                const auto e = caught<zn_exception>([&] { testing::VSTTablesOf(std::span(&shorter, 1)); });
+                EXPECT_EQ(e.code, error_code::action_1);
+                EXPECT_STREQ(e.title, "Generic Exception");
+                EXPECT_STREQ(e.message, "Buffer is too small.");
+            });
+            EXPECT_NE(output.find("Buffer is too small."), std::string::npos) << output;
+        }
+    }
 }
 
 }  // namespace

@@ -16,9 +16,9 @@ Words product(const TableHolder& holder, const Words& A, const Words& B, u64_t t
     const testing::VSTWork work(holder, work_bytes_for<c64i>(L, threads, use_mulp), threads);
     Words T(L);
     if (use_mulp) {
-        mulp(work.bp(), T.data(), 0, L, A.data(), A.size(), B.data(), B.size());
+        mulp(work.bp(), Window{T.data(), 0, L}, A, B);
     } else {
-        mul(work.bp(), T.data(), A.data(), A.size(), B.data(), B.size());
+        mul(work.bp(), T.data(), A, B);
     }
     return T;
 }

@@ -224,20 +224,19 @@ class Row {
     // The same product otherwise.
     void random_product_by_steps() {
         const VST one(&tables_.holder, g_, 1);
-        std::byte *const T1 = work_.get(), *const T2 = T1 + one.transform_bytes,
-                         *const scratch = T2 + one.transform_bytes;
-        one.forward(T1, A_.data(), n_, scratch);
-        vst_.forward(T2, B_.data(), L_ - n_, scratch);
-        one.inverse_fmul(S_.data(), 0, L_, T1, T2, scratch);
+        const auto [T1, T2, scratch] = one.work_areas(work_.get());
+        one.forward(T1, {A_.data(), n_}, scratch);
+        vst_.forward(T2, {B_.data(), L_ - n_}, scratch);
+        one.inverse_fmul({S_.data(), 0, L_}, T1, T2, scratch);
         EXPECT_TRUE(S_.equals(R_));
     }
     void random_product_by_halves() {
         const Geometry half{g_.a, g_.b, g_.c - 1};
-        if (half.levels() < 4) return;
+        if (!half.long_enough()) return;
         const VST transform(&tables_.holder, half, threads);
         const BasicParameters bp{&tables_.holder, work_.get(), bytes_of(g_), threads};
         ASSERT_LE(crt_mulp_bytes(transform), bp.ML);
-        CRT_mulp(transform, bp, S_.data(), 0, L_, A_.data(), n_, B_.data(), L_ - n_);
+        CRT_mulp(transform, bp, Window{S_.data(), 0, L_}, {A_.data(), n_}, {B_.data(), L_ - n_});
         EXPECT_TRUE(S_.equals(R_));
     }
     // Both operands moved up to the end of all words: the product is rotated.
@@ -265,8 +264,7 @@ class Row {
     void product(Words& R, const c64i* A, upL_t La, const c64i* B, upL_t Lb) {
         const auto start = std::chrono::steady_clock::now();
         R[0] = R[L_ - 1] = 0x5555;
-        vst_.product(R.data(), 0, L_, A, La, B, Lb, work_.get(), work_.get() + vst_.transform_bytes,
-                     work_.get() + 2 * vst_.transform_bytes);
+        vst_.product({R.data(), 0, L_}, {A, La}, {B, Lb}, vst_.work_areas(work_.get()));
         seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         ++products_;
     }

@@ -60,32 +60,33 @@ class Machine {
   public:
     Machine(const vst::Geometry& g, u64_t threads)
         : vst(&tables(), g, threads),
-          T1(make_guarded_array<std::byte>(nullptr, vst.transform_bytes)),
-          T2(make_guarded_array<std::byte>(nullptr, vst.transform_bytes)),
-          scratch(make_guarded_array<std::byte>(nullptr, vst.work_bytes)) {}
+          image1(make_guarded_array<std::byte>(nullptr, vst.transform_bytes)),
+          image2(make_guarded_array<std::byte>(nullptr, vst.transform_bytes)),
+          scratch(make_guarded_array<std::byte>(nullptr, vst.work_bytes)),
+          work{image_at(image1.get()), image_at(image2.get()), scratch_at(scratch.get())} {}
 
     Words multiply(const Words& A, const Words& B, upL_t s, upL_t e) {
         Words R(e - s, 0x5555);
-        vst.forward(T1.get(), A.data(), A.size(), scratch.get());
-        vst.forward(T2.get(), B.data(), B.size(), scratch.get());
-        vst.inverse_fmul(R.data(), s, e, T1.get(), T2.get(), scratch.get());
+        vst.forward(work.T1, A, work.scratch);
+        vst.forward(work.T2, B, work.scratch);
+        vst.inverse_fmul({R.data(), s, e}, work.T1, work.T2, work.scratch);
         return R;
     }
     Words product_in_one(const Words& A, const Words& B, upL_t s, upL_t e) {
         Words R(e - s, 0x5555);
-        vst.product(R.data(), s, e, A.data(), A.size(), B.data(), B.size(), T1.get(), T2.get(),
-                    scratch.get());
+        vst.product({R.data(), s, e}, A, B, work);
         return R;
     }
     Words square(const Words& A, upL_t s, upL_t e) {
         Words R(e - s, 0x5555);
-        vst.forward(T1.get(), A.data(), A.size(), scratch.get());
-        vst.inverse_fsqr(R.data(), s, e, T1.get(), scratch.get());
+        vst.forward(work.T1, A, work.scratch);
+        vst.inverse_fsqr({R.data(), s, e}, work.T1, work.scratch);
         return R;
     }
 
     VST vst;
-    GuardedArray<std::byte> T1, T2, scratch;
+    GuardedArray<std::byte> image1, image2, scratch;
+    WorkAreas work;
 };
 
 std::vector<vst::Geometry> all_sets(unsigned extra) {
@@ -153,7 +154,7 @@ TEST(VSTTransform, Windows) {
 // P modulo B^L - 1 or B^L + 1; the flag is the value B^L.
 struct RingValue {
     Words words;
-    u32_t top;
+    bool top;
 };
 RingValue reduce(const Words& P, upL_t L, bool negacyclic) {
     mpz_t x, m;
@@ -166,22 +167,33 @@ RingValue reduce(const Words& P, upL_t L, bool negacyclic) {
         mpz_sub_ui(m, m, 1);
     }
     mpz_mod(x, x, m);
-    RingValue value{Words(L + 1), 0};
+    RingValue value{Words(L + 1), false};
     mpz_export(value.words.data(), nullptr, -1, 8, 0, 0, x);
-    value.top = static_cast<u32_t>(value.words.back());
+    value.top = value.words.back() != 0;
     value.words.pop_back();
     mpz_clears(x, m, nullptr);
     return value;
 }
 
-RingValue negacyclic_product(Machine& machine, const Words& A, const Words& B) {
-    RingValue value{Words(machine.vst.capacity / 64), 0};
-    const auto half = [](const Words& W) { return reinterpret_cast<const c32i*>(W.data()); };
-    machine.vst.negacyclic_forward(machine.T1.get(), half(A), 2 * A.size(), machine.scratch.get());
-    machine.vst.negacyclic_forward(machine.T2.get(), half(B), 2 * B.size(), machine.scratch.get());
-    value.top =
-        machine.vst.negacyclic_inverse_fmul(reinterpret_cast<c32i*>(value.words.data()), machine.T1.get(),
-                                            machine.T2.get(), machine.scratch.get());
+// By steps and, which must not differ, in one.
+RingValue product_in(vst::Ring ring, Machine& machine, const Words& A, const Words& B) {
+    const VST& vst = machine.vst;
+    const upL_t L = vst.capacity / 64;
+    const auto operand = [](const Words& W) {
+        return vst::Operand{reinterpret_cast<const std::byte*>(W.data()), 2 * W.size()};
+    };
+    const auto result = [L](Words& R) {
+        R.assign(L, 0x5555);
+        return vst::Result{reinterpret_cast<std::byte*>(R.data()), 0, 2 * L};
+    };
+    RingValue value{}, other{};
+    const auto& [T1, T2, scratch] = machine.work;
+    vst.forward_in(ring, T1, operand(A), scratch);
+    vst.forward_in(ring, T2, operand(B), scratch);
+    value.top = vst.inverse_in(ring, result(value.words), T1, T2, scratch);
+    other.top = vst.product_in(ring, result(other.words), operand(A), operand(B), machine.work);
+    EXPECT_EQ(value.words, other.words);
+    EXPECT_EQ(value.top, other.top);
     return value;
 }
 
@@ -206,12 +218,12 @@ TEST(VSTTransform, ProductsInTheRings) {
                                        {&zero, &A},
                                        {&A, &top}}) {
                 const RingValue expected = reduce(product(*X, *Y), L, true);
-                const RingValue found = negacyclic_product(machine, *X, *Y);
+                const RingValue found = product_in(vst::Ring::negacyclic, machine, *X, *Y);
                 ASSERT_EQ(found.top, expected.top);
                 ASSERT_EQ(found.words, expected.words);
             }
             const RingValue cyclic = reduce(product(A, B), L, false);
-            ASSERT_EQ(machine.multiply(A, B, 0, L), cyclic.words);
+            ASSERT_EQ(product_in(vst::Ring::cyclic, machine, A, B).words, cyclic.words);
         }
     }
 }
@@ -224,8 +236,8 @@ TEST(VSTTransform, TopBitOfTheNegacyclicRing) {
     half.back() = 1;
     for (const u64_t threads : {1u, 4u}) {
         Machine machine(g, threads);
-        const RingValue value = negacyclic_product(machine, half, half);
-        EXPECT_EQ(value.top, 1u);
+        const RingValue value = product_in(vst::Ring::negacyclic, machine, half, half);
+        EXPECT_TRUE(value.top);
         EXPECT_EQ(value.words, Words(L));
     }
 }

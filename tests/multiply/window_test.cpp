@@ -88,7 +88,7 @@ template <class word>
 void check_sqr_window(upL_t s, upL_t e, const std::vector<word>& A) {
     const upL_t n = A.size();
     GuardedWords<word> a(A), T(e - s), S(bkt::sqr_window_bytes<word>(s, e, n) / sizeof(word));
-    bkt::sqr_window(T.data(), s, e, a.data(), n, S.data());
+    bkt::sqr_window(Window{T.data(), s, e}, {a.data(), n}, S.data());
     ASSERT_EQ(T.words(), model_sqr_window(s, e, A))
         << "[" << s << ", " << e << ") of " << n << " words squared";
     ASSERT_TRUE(short_of_truth_by_a_carry(T.words(), slice(exact_product(A, A), s, e)));
@@ -101,7 +101,7 @@ void check_mul_window(upL_t s, upL_t e, const std::vector<word>& A, const std::v
     const upL_t Lb = B.size();
     GuardedWords<word> a(A), b(B), T(e - s);
     GuardedWords<word> S(bkt::mul_window_bytes<word>(s, e, La, Lb) / sizeof(word));
-    bkt::mul_window(T.data(), s, e, a.data(), La, b.data(), Lb, S.data());
+    bkt::mul_window(Window{T.data(), s, e}, {a.data(), La}, {b.data(), Lb}, S.data());
     ASSERT_EQ(T.words(), model_mul_window(s, e, A, B))
         << "[" << s << ", " << e << ") of " << La << " by " << Lb << " words";
     ASSERT_TRUE(short_of_truth_by_a_carry(T.words(), slice(exact_product(A, B), s, e)));
@@ -110,10 +110,10 @@ void check_mul_window(upL_t s, upL_t e, const std::vector<word>& A, const std::v
 }
 
 template <class word>
-class Window : public ::testing::Test {};
-TYPED_TEST_SUITE(Window, testing::Words);
+class Windows : public ::testing::Test {};
+TYPED_TEST_SUITE(Windows, testing::Words);
 
-TYPED_TEST(Window, EverySquareWindowOfShortOperands) {
+TYPED_TEST(Windows, EverySquareWindowOfShortOperands) {
     auto rng = make_rng(5301);
     for (upL_t n = 1; n <= 11; n++) {
         for (const Kind kind : {Kind::random, Kind::all_ones}) {
@@ -125,7 +125,7 @@ TYPED_TEST(Window, EverySquareWindowOfShortOperands) {
     }
 }
 
-TYPED_TEST(Window, EveryProductWindowOfShortOperands) {
+TYPED_TEST(Windows, EveryProductWindowOfShortOperands) {
     auto rng = make_rng(5302);
     for (upL_t La = 1; La <= 8; La++) {
         for (upL_t Lb = 1; Lb <= 8; Lb++) {
@@ -139,7 +139,7 @@ TYPED_TEST(Window, EveryProductWindowOfShortOperands) {
     }
 }
 
-TYPED_TEST(Window, LongOperands) {
+TYPED_TEST(Windows, LongOperands) {
     auto rng = make_rng(5303);
     for (int round = 0; round < 400; round++) {
         const upL_t La = 1 + rng() % 130;
@@ -156,7 +156,7 @@ TYPED_TEST(Window, LongOperands) {
     }
 }
 
-TYPED_TEST(Window, StartPastTheShorterOperand) {
+TYPED_TEST(Windows, StartPastTheShorterOperand) {
     auto rng = make_rng(5304);
     const auto A = make_operand<TypeParam>(Kind::all_ones, 40, rng);
     const auto B = make_operand<TypeParam>(Kind::all_ones, 17, rng);
@@ -166,7 +166,7 @@ TYPED_TEST(Window, StartPastTheShorterOperand) {
         check_mul_window(s, 57, B, A);
     }
     // Words 18 and up: word 0 of the longer operand cannot reach them.
-    const bkt::MulWindow w = bkt::narrow_mul(18, 57, 40, 17);
+    const bkt::NarrowedMul w = bkt::narrow_mul(18, 57, 40, 17);
     EXPECT_EQ(w.A_offset, 1u);
     EXPECT_EQ(w.La, 39u);
     EXPECT_EQ(w.B_offset, 0u);
@@ -175,7 +175,7 @@ TYPED_TEST(Window, StartPastTheShorterOperand) {
     EXPECT_EQ(w.e, 56u);
 }
 
-TYPED_TEST(Window, WholeProduct) {
+TYPED_TEST(Windows, WholeProduct) {
     auto rng = make_rng(5305);
     for (const upL_t La : Lengths{1, 2, 9, 14, 29, 58}) {
         for (const upL_t Lb : Lengths{1, 3, 14, 29, 58}) {
@@ -187,24 +187,24 @@ TYPED_TEST(Window, WholeProduct) {
     }
 }
 
-TYPED_TEST(Window, EmptyWindowWritesNothing) {
+TYPED_TEST(Windows, EmptyWindowWritesNothing) {
     auto rng = make_rng(5306);
     auto A = make_operand<TypeParam>(Kind::random, 5, rng);
     GuardedWords<TypeParam> T(0);
     GuardedWords<TypeParam> S(0);
     for (const upL_t s : Lengths{0, 3, 10}) {
-        bkt::sqr_window(T.data(), s, s, A.data(), 5, S.data());
-        bkt::mul_window(T.data(), s, s, A.data(), 5, A.data(), 5, S.data());
+        bkt::sqr_window(Window{T.data(), s, s}, {A.data(), 5}, S.data());
+        bkt::mul_window(Window{T.data(), s, s}, {A.data(), 5}, {A.data(), 5}, S.data());
     }
 }
 
 TEST(WindowNarrowing, Square) {
-    const bkt::SqrWindow upper = bkt::narrow_sqr(12, 20, 10);
+    const bkt::NarrowedSqr upper = bkt::narrow_sqr(12, 20, 10);
     EXPECT_EQ(upper.A_offset, 2u);
     EXPECT_EQ(upper.n, 8u);
     EXPECT_EQ(upper.s, 8u);
     EXPECT_EQ(upper.e, 16u);
-    const bkt::SqrWindow lower = bkt::narrow_sqr(0, 3, 10);
+    const bkt::NarrowedSqr lower = bkt::narrow_sqr(0, 3, 10);
     EXPECT_EQ(lower.A_offset, 0u);
     EXPECT_EQ(lower.n, 3u);
     EXPECT_EQ(lower.e, 3u);
@@ -215,8 +215,8 @@ TEST(WindowNarrowing, ProductIsSymmetric) {
         for (upL_t Lb = 1; Lb <= 9; Lb++) {
             for (upL_t s = 0; s < La + Lb; s++) {
                 for (upL_t e = s + 1; e <= La + Lb; e++) {
-                    const bkt::MulWindow x = bkt::narrow_mul(s, e, La, Lb);
-                    const bkt::MulWindow y = bkt::narrow_mul(s, e, Lb, La);
+                    const bkt::NarrowedMul x = bkt::narrow_mul(s, e, La, Lb);
+                    const bkt::NarrowedMul y = bkt::narrow_mul(s, e, Lb, La);
                     if (La != Lb) {
                         EXPECT_EQ(x.A_offset, y.B_offset);
                     }
@@ -247,7 +247,7 @@ TEST(WindowScratch, QueriesFollowTheNarrowedLengths) {
     EXPECT_EQ(bkt::mul_window_bytes<c64i>(0, 30, 20, 10), 8u * (10 + 20 + 30));
 }
 
-TYPED_TEST(Window, ScratchBytesCoverEveryWindow) {
+TYPED_TEST(Windows, ScratchBytesCoverEveryWindow) {
     for (upL_t m = 1; m <= 120; m++) {
         const upL_t enough = bkt::scratch_bytes<TypeParam>(m);
         for (upL_t k = 1; k <= m; k++) {

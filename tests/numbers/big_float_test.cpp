@@ -28,16 +28,12 @@ using testing::random_mantissa;
 using testing::value;
 using testing::Work;
 
-
-template <class word>
 class BigFloats : public ::testing::Test {
   protected:
-    static constexpr word ones = static_cast<word>(~word{0});
+    static constexpr cdi ones = ~cdi{0};
 };
-TYPED_TEST_SUITE(BigFloats, testing::Words);
 
-template <class word>
-::testing::AssertionResult is_plain_zero(const BigFloat<word>& x) {
+::testing::AssertionResult is_plain_zero(const BigFloat& x) {
     if (x.is_zero() && x.raw_sign() && x.get_exp() == 0 && x.get_sign() == 0)
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << "L " << x.get_L() << " exp " << x.get_exp();
@@ -45,15 +41,14 @@ template <class word>
 
 // ---- Views and values
 
-TYPED_TEST(BigFloats, AreNotVirtual) {
-    EXPECT_FALSE(std::is_polymorphic_v<BigFloatR<TypeParam>>);
-    EXPECT_EQ(sizeof(BigFloat<TypeParam>), 4 * sizeof(u64_t));
-    EXPECT_EQ(sizeof(BigFloatR<TypeParam>), 6 * sizeof(u64_t));
+TEST_F(BigFloats, AreNotVirtual) {
+    EXPECT_FALSE(std::is_polymorphic_v<BigFloatR>);
+    EXPECT_EQ(sizeof(BigFloat), 4 * sizeof(u64_t));
+    EXPECT_EQ(sizeof(BigFloatR), 6 * sizeof(u64_t));
 }
 
-TYPED_TEST(BigFloats, WordsAndZero) {
-    using word = TypeParam;
-    BigIn<word> a(2);
+TEST_F(BigFloats, WordsAndZero) {
+    BigIn a(2);
     a.x.set_uW(7);
     EXPECT_EQ(value(a.x, 0), Integer(7));
     a.x.set_uW(0);
@@ -72,13 +67,12 @@ TYPED_TEST(BigFloats, WordsAndZero) {
     EXPECT_TRUE(is_plain_zero(a.x));
 }
 
-TYPED_TEST(BigFloats, CopiesOfExactNumbers) {
-    using word = TypeParam;
+TEST_F(BigFloats, CopiesOfExactNumbers) {
     auto rng = testing::make_rng(21);
-    const auto words = random_mantissa<word>(9, rng);
-    BasicInt<word> integer(words.data(), 0, 0);
+    const auto words = random_mantissa(9, rng);
+    BasicInt integer(words.data(), 0, 0);
     integer.set_L(9);
-    BigIn<word> a(9);
+    BigIn a(9);
     a.x.set_bui(integer);
     EXPECT_EQ(value(a.x, 0), Integer(words));
     a.x.set_efp(exact(words, -4));
@@ -86,59 +80,55 @@ TYPED_TEST(BigFloats, CopiesOfExactNumbers) {
     EXPECT_TRUE(a.x.raw_sign());
 }
 
-TYPED_TEST(BigFloats, WordsOfPositionsAndWindows) {
-    using word = TypeParam;
+TEST_F(BigFloats, WordsOfPositionsAndWindows) {
     auto rng = testing::make_rng(22);
-    const auto words = random_mantissa<word>(5, rng);
+    const auto words = random_mantissa(5, rng);
     const auto a = big(words, -2);
     for (s64_t i = -9; i < 9; i++) {
-        const word expected = i >= -2 && i < 3 ? words[static_cast<upL_t>(i + 2)] : word{0};
+        const cdi expected = i >= -2 && i < 3 ? words[static_cast<upL_t>(i + 2)] : cdi{0};
         EXPECT_EQ(a.word_at(i), expected);
     }
     for (s64_t position = -9; position < 6; position++) {
         for (upL_t n = 0; n < 14; n++) {
-            testing::GuardedWords<word> window(n);
+            testing::GuardedWords<cdi> window(n);
             a.read_window(window.data(), position, n);
             for (upL_t i = 0; i < n; i++) {
                 EXPECT_EQ(window.data()[i], a.word_at(position + static_cast<s64_t>(i)));
             }
         }
     }
-    testing::GuardedWords<word> window(3);
-    BigFloat<word>().read_window(window.data(), 1, 3);
-    EXPECT_EQ(window.words(), (std::vector<word>{0, 0, 0}));
+    testing::GuardedWords<cdi> window(3);
+    BigFloat().read_window(window.data(), 1, 3);
+    EXPECT_EQ(window.words(), (std::vector<cdi>{0, 0, 0}));
 }
 
-TYPED_TEST(BigFloats, MagnitudesCompare) {
-    using word = TypeParam;
+TEST_F(BigFloats, MagnitudesCompare) {
     auto rng = testing::make_rng(23);
     for (int i = 0; i < 3000; i++) {
-        const auto A = random_mantissa<word>(1 + rng() % 4, rng);
-        auto B = rng() % 3 == 0 ? A : random_mantissa<word>(1 + rng() % 4, rng);
+        const auto A = random_mantissa(1 + rng() % 4, rng);
+        auto B = rng() % 3 == 0 ? A : random_mantissa(1 + rng() % 4, rng);
         if (rng() % 4 == 0) B.back() = A.back();
         const auto a = big(A, static_cast<s64_t>(rng() % 3), rng() % 2 == 0);
         const auto b = big(B, static_cast<s64_t>(rng() % 3), rng() % 2 == 0);
-        const Integer x(Integer(A) << static_cast<u64_t>(a.get_exp()) * WordTraits<word>::bits);
-        const Integer y(Integer(B) << static_cast<u64_t>(b.get_exp()) * WordTraits<word>::bits);
+        const Integer x(Integer(A) << static_cast<u64_t>(a.get_exp()) * WordTraits<cdi>::bits);
+        const Integer y(Integer(B) << static_cast<u64_t>(b.get_exp()) * WordTraits<cdi>::bits);
         EXPECT_EQ(ucmp(a, b), x == y ? 0 : (x < y ? -1 : 1));
     }
 }
 
-TYPED_TEST(BigFloats, EqualMagnitudesOfDifferentLengths) {
-    using word = TypeParam;
-    const std::vector<word> one{1}, longer{0, 0, 1}, more{1, 0, 1};
+TEST_F(BigFloats, EqualMagnitudesOfDifferentLengths) {
+    const std::vector<cdi> one{1}, longer{0, 0, 1}, more{1, 0, 1};
     EXPECT_EQ(ucmp(big(longer, -2), big(one, 0)), 0);
     EXPECT_EQ(ucmp(big(one, 0), big(longer, -2)), 0);
     EXPECT_EQ(ucmp(big(more, -2), big(one, 0)), 1);
     EXPECT_EQ(ucmp(big(one, 0), big(more, -2)), -1);
-    EXPECT_EQ(ucmp(BigFloat<word>(), big(one, -50)), -1);
-    EXPECT_EQ(ucmp(big(one, -50), BigFloat<word>()), 1);
-    EXPECT_EQ(ucmp(BigFloat<word>(), BigFloat<word>()), 0);
+    EXPECT_EQ(ucmp(BigFloat(), big(one, -50)), -1);
+    EXPECT_EQ(ucmp(big(one, -50), BigFloat()), 1);
+    EXPECT_EQ(ucmp(BigFloat(), BigFloat()), 0);
 }
 
-TYPED_TEST(BigFloats, NormaliseTop) {
-    using word = TypeParam;
-    const std::vector<word> A{1, 2, 0, 0}, zeros{0, 0};
+TEST_F(BigFloats, NormaliseTop) {
+    const std::vector<cdi> A{1, 2, 0, 0}, zeros{0, 0};
     auto a = big(A, 3, false);
     a.normalise_top();
     EXPECT_EQ(a.get_L(), 2u);
@@ -149,14 +139,13 @@ TYPED_TEST(BigFloats, NormaliseTop) {
     EXPECT_TRUE(is_plain_zero(z));
 }
 
-TYPED_TEST(BigFloats, TruncateTop) {
-    using word = TypeParam;
-    const std::vector<word> A{1, 0, 2, 3};  // positions -1 to 2
+TEST_F(BigFloats, TruncateTop) {
+    const std::vector<cdi> A{1, 0, 2, 3};  // positions -1 to 2
     for (s64_t position = -4; position < 6; position++) {
         auto a = big(A, -1, false);
         a.truncate_top(position);
         const Integer kept = Integer(A).low_bits(static_cast<u64_t>(std::clamp<s64_t>(position + 1, 0, 4)) *
-                                                 WordTraits<word>::bits);
+                                                 WordTraits<cdi>::bits);
         EXPECT_EQ(value(a, -1), Integer(0) - kept);
         if (position <= -1) {
             EXPECT_TRUE(is_plain_zero(a));
@@ -167,10 +156,26 @@ TYPED_TEST(BigFloats, TruncateTop) {
     }
 }
 
-TYPED_TEST(BigFloats, StripL1sRemovesAllOnesAndATopOneShort) {
-    using word = TypeParam;
-    constexpr word m = TestFixture::ones;
-    const auto stripped = [](std::vector<word> A) {
+TEST_F(BigFloats, StripLowRemovesZeroWordsInFours) {
+    for (upL_t zeros = 0; zeros < 14; zeros++) {
+        std::vector<cdi> words(zeros + 2);
+        words[zeros] = 5;
+        words[zeros + 1] = 6;
+        BigIn a(zeros + 2);
+        a.x.set_gfp(big(words, -1, false), zeros);
+        a.x.strip_low();
+        EXPECT_EQ(a.x.get_T(), a.x.get_base() + zeros / 4 * 4);
+        EXPECT_EQ(a.x.get_L(), zeros % 4 + 2);
+        EXPECT_EQ(value(a.x, -1), value(big(words, -1, false), -1));
+        expect_too_small("BigFloat::mul_uW()", zeros % 4 + 3, zeros % 4 + 2, [&] { a.x.mul_uW(3); });
+        a.x.set_gfp(big(words, -1), zeros);  // the whole buffer again
+        EXPECT_EQ(a.x.get_T(), a.x.get_base());
+    }
+}
+
+TEST_F(BigFloats, StripL1sRemovesAllOnesAndATopOneShort) {
+    constexpr cdi m = ones;
+    const auto stripped = [](std::vector<cdi> A) {
         auto a = big(A, 0);
         a.strip_l1s();
         return a.get_L();
@@ -181,58 +186,55 @@ TYPED_TEST(BigFloats, StripL1sRemovesAllOnesAndATopOneShort) {
     EXPECT_EQ(stripped({5, m - 1, m, m}), 2u) << "below the top a word has to be all ones";
     EXPECT_EQ(stripped({5, 0, m}), 1u) << "normalised afterwards";
     EXPECT_EQ(stripped({m, m, m - 1}), 0u);
-    auto all = BigFloat<word>();
+    auto all = BigFloat();
     all.strip_l1s();
     EXPECT_TRUE(is_plain_zero(all));
-    const std::vector<word> only{m};
+    const std::vector<cdi> only{m};
     auto one = big(only, 7, false);
     one.strip_l1s();
     EXPECT_TRUE(is_plain_zero(one));
 }
 
-TYPED_TEST(BigFloats, NegateTwosComplement) {
-    using word = TypeParam;
-    constexpr word m = TestFixture::ones;
+TEST_F(BigFloats, NegateTwosComplement) {
+    constexpr cdi m = ones;
     auto rng = testing::make_rng(24);
     for (upL_t L = 1; L < 9; L++) {
-        const auto A = random_mantissa<word>(L, rng);
-        BigIn<word> a(L);
+        const auto A = random_mantissa(L, rng);
+        BigIn a(L);
         a.x.set_gfp(big(A, -7), L);
         a.x.negate_twos_complement();
-        EXPECT_EQ(value(a.x, -7), (Integer(1) << L * WordTraits<word>::bits) - Integer(A));
+        EXPECT_EQ(value(a.x, -7), (Integer(1) << L * WordTraits<cdi>::bits) - Integer(A));
     }
-    BigIn<word> a(4);
-    a.x.set_gfp(big(std::vector<word>{5, m, m, m}, -4), 4);
+    BigIn a(4);
+    a.x.set_gfp(big(std::vector<cdi>{5, m, m, m}, -4), 4);
     a.x.negate_twos_complement();
     EXPECT_EQ(a.x.get_L(), 1u) << "normalised";
-    a.x.set_gfp(big(std::vector<word>{0, 0, m - 1}, -3), 4);
+    a.x.set_gfp(big(std::vector<cdi>{0, 0, m - 1}, -3), 4);
     a.x.negate_twos_complement();
-    EXPECT_EQ(value(a.x, -3), Integer(2) << 2 * WordTraits<word>::bits);
+    EXPECT_EQ(value(a.x, -3), Integer(2) << 2 * WordTraits<cdi>::bits);
 }
 
-TYPED_TEST(BigFloats, TopWordsAndCopiesKeepTwoMore) {
-    using word = TypeParam;
+TEST_F(BigFloats, TopWordsAndCopiesKeepTwoMore) {
     auto rng = testing::make_rng(25);
-    const auto A = random_mantissa<word>(9, rng);
+    const auto A = random_mantissa(9, rng);
     for (upL_t p = 0; p < 12; p++) {
         const upL_t kept = std::min<upL_t>(p + 2, 9);
-        BigIn<word> a(kept);
+        BigIn a(kept);
         a.x.set_gfp(big(A, -3, false), p);
         EXPECT_EQ(a.x.get_L(), kept);
         EXPECT_EQ(a.x.get_exp(), -3 + static_cast<s64_t>(9 - kept));
         EXPECT_EQ(a.x.get_mag(), 6);
         EXPECT_FALSE(a.x.raw_sign());
-        EXPECT_EQ(Integer(a.x.get_T(), kept), Integer(A) >> (9 - kept) * WordTraits<word>::bits);
+        EXPECT_EQ(Integer(a.x.get_T(), kept), Integer(A) >> (9 - kept) * WordTraits<cdi>::bits);
         EXPECT_EQ(big(A, -3).top_words(p).get_T(), A.data() + (9 - kept));
     }
 }
 
 // ---- Doubles
 
-TYPED_TEST(BigFloats, DoublesAreTakenExactly) {
-    using word = TypeParam;
+TEST_F(BigFloats, DoublesAreTakenExactly) {
     auto rng = testing::make_rng(26);
-    constexpr s64_t bits = WordTraits<word>::bits;
+    constexpr s64_t bits = WordTraits<cdi>::bits;
     std::vector<double> doubles{1,
                                 -1,
                                 0.5,
@@ -251,7 +253,7 @@ TYPED_TEST(BigFloats, DoublesAreTakenExactly) {
             std::ldexp(static_cast<double>(rng() >> 11), static_cast<int>(rng() % 2000) - 1040));
     }
     for (const double d : doubles) {
-        BigIn<word> a(2 + (64 - bits) / bits);
+        BigIn a(2 + (64 - bits) / bits);
         a.x.set_double(d, 4);
         int exponent = 0;
         const double fraction = std::frexp(d, &exponent);  // d = integer * 2^(exponent - 53)
@@ -264,45 +266,43 @@ TYPED_TEST(BigFloats, DoublesAreTakenExactly) {
         EXPECT_EQ(got, expected) << d;
         EXPECT_EQ(a.x.get_sign(), d > 0 ? 1 : (d < 0 ? -1 : 0));
     }
-    BigIn<word> zero(3);
+    BigIn zero(3);
     zero.x.set_double(0.0, 9);
     EXPECT_TRUE(is_plain_zero(zero.x));
     zero.x.set_double(-0.0, 9);
     EXPECT_TRUE(is_plain_zero(zero.x));
 }
 
-TYPED_TEST(BigFloats, DoublesComeBack) {
-    using word = TypeParam;
+TEST_F(BigFloats, DoublesComeBack) {
     auto rng = testing::make_rng(27);
     s64_t e = 7;
-    EXPECT_EQ(BigFloat<word>().to_double(e), 0);
+    EXPECT_EQ(BigFloat().to_double(e), 0);
     EXPECT_EQ(e, 0);
     for (int i = 0; i < 2000; i++) {
-        const auto A = random_mantissa<word>(1 + rng() % 6, rng);
+        const auto A = random_mantissa(1 + rng() % 6, rng);
         const auto a = big(A, -2, rng() % 2 == 0);
         const double d = a.to_double(e);
         EXPECT_EQ(e, a.get_mag());
         EXPECT_EQ(d < 0, !a.raw_sign());
-        const double exact_log = Integer(A).log2() - static_cast<double>(A.size() * WordTraits<word>::bits);
+        const double exact_log = Integer(A).log2() - static_cast<double>(A.size() * WordTraits<cdi>::bits);
         EXPECT_NEAR(std::log2(std::fabs(d)), exact_log, 1e-13);
-        BigIn<word> back(4);
+        BigIn back(4);
         back.x.set_double(d, e);
         s64_t f = 0;
         const double again = back.x.to_double(f);
-        constexpr int bits = WordTraits<word>::bits;
+        constexpr int bits = WordTraits<cdi>::bits;
         EXPECT_EQ(again, std::ldexp(d, static_cast<int>(e - f) * bits));
     }
 }
 
 // ---- Products with a word
 
-TYPED_TEST(BigFloats, ProductsWithAWord) {
-    using word = TypeParam;
+TEST_F(BigFloats, ProductsWithAWord) {
     auto rng = testing::make_rng(28);
     for (upL_t L = 1; L < 20; L++) {
-        for (const word x : {word{1}, word{2}, static_cast<word>(rng()), this->ones, word{0}}) {
-            const auto A = random_mantissa<word>(L, rng);
-            BigIn<word> a(L + 1), b(L + 1);
+        for (const cdi x : {cdi{1}, cdi{2}, static_cast<cdi>(rng()), this->ones, cdi{0}}) {
+            const auto A = random_mantissa(L, rng);
+            BigIn a(L + 1), b(L + 1);
             a.x.set_gfp(big(A, -3, false), L);
             a.x.mul_uW(x);
             b.x.set_mul_uW(big(A, -3, false), x);
@@ -315,28 +315,26 @@ TYPED_TEST(BigFloats, ProductsWithAWord) {
             }
         }
     }
-    BigIn<word> zero(1);
+    BigIn zero(1);
     zero.x.mul_uW(5);
     EXPECT_TRUE(is_plain_zero(zero.x));
 }
 
 // ---- Products
 
-TYPED_TEST(BigFloats, ProductsToAPrecision) {
-    using word = TypeParam;
+TEST_F(BigFloats, ProductsToAPrecision) {
     auto rng = testing::make_rng(29);
     for (const upL_t La : Lengths{1, 3, 9, 10, 19, 28, 50, 70}) {
         for (const upL_t Lb : Lengths{1, 2, 10, 18, 45, 61}) {
             for (const upL_t p : Lengths{0, 1, 5, 17, 40, 200}) {
-                const auto A = random_mantissa<word>(La, rng), B = random_mantissa<word>(Lb, rng);
+                const auto A = random_mantissa(La, rng), B = random_mantissa(Lb, rng);
                 const upL_t n = La + Lb, kept = std::min(n, p + 2);
-                BigIn<word> T(kept), S(std::min(2 * La, p + 2));
-                Work work(work_bytes_for<word>(std::max(n, 2 * La), 1));
+                BigIn T(kept), S(std::min(2 * La, p + 2));
+                Work work(work_bytes_for<cdi>(std::max(n, 2 * La), 1));
                 T.x.set_mul(work.bp(), big(A, -5), big(B, 2, false), p);
                 EXPECT_FALSE(T.x.raw_sign());
                 // Cut, and without the carry from what was dropped of the operands: up to three units.
-                const auto close = [&](const BigFloat<word>& x, const Integer& product, s64_t exp,
-                                       upL_t length) {
+                const auto close = [&](const BigFloat& x, const Integer& product, s64_t exp, upL_t length) {
                     const s64_t top = exp + static_cast<s64_t>(length);
                     EXPECT_LE(x.get_mag(), top);
                     EXPECT_GE(x.get_mag(), top - 1);
@@ -344,10 +342,9 @@ TYPED_TEST(BigFloats, ProductsToAPrecision) {
                     EXPECT_FALSE(error < 0);
                     const upL_t skip = length - std::min(length, p + 2);
                     const Integer units = skip == 0 ? Integer(1) : Integer(3);
-                    EXPECT_TRUE(error < units << skip * WordTraits<word>::bits)
-                        << La << " " << Lb << " " << p;
+                    EXPECT_TRUE(error < units << skip * WordTraits<cdi>::bits) << La << " " << Lb << " " << p;
                 };
-                BigFloat<word> magnitude = T.x;
+                BigFloat magnitude = T.x;
                 magnitude.negate();
                 close(magnitude, Integer(A) * Integer(B), -3, n);
                 S.x.set_sqr(work.bp(), big(A, -5, false), p);
@@ -358,11 +355,10 @@ TYPED_TEST(BigFloats, ProductsToAPrecision) {
     }
 }
 
-TYPED_TEST(BigFloats, AProductOfNineteenWordsIsWholeAndNeedsNoWorkBuffer) {
-    using word = TypeParam;
+TEST_F(BigFloats, AProductOfNineteenWordsIsWholeAndNeedsNoWorkBuffer) {
     auto rng = testing::make_rng(30);
-    const auto A = random_mantissa<word>(10, rng), B = random_mantissa<word>(9, rng);
-    BigIn<word> T(19), S(18);
+    const auto A = random_mantissa(10, rng), B = random_mantissa(9, rng);
+    BigIn T(19), S(18);
     for (const upL_t p : Lengths{17, 18, 100}) {
         T.x.set_mul(BasicParameters{}, big(A, 0), big(B, 0), p);
         EXPECT_EQ(value(T.x, 0), Integer(A) * Integer(B));
@@ -371,15 +367,14 @@ TYPED_TEST(BigFloats, AProductOfNineteenWordsIsWholeAndNeedsNoWorkBuffer) {
     }
 }
 
-TYPED_TEST(BigFloats, ProductsWithZeroAndSigns) {
-    using word = TypeParam;
-    const std::vector<word> A{3}, B{5};
-    BigIn<word> T(2);
-    T.x.set_mul(BasicParameters{}, big(A, 0), BigFloat<word>(), 4);
+TEST_F(BigFloats, ProductsWithZeroAndSigns) {
+    const std::vector<cdi> A{3}, B{5};
+    BigIn T(2);
+    T.x.set_mul(BasicParameters{}, big(A, 0), BigFloat(), 4);
     EXPECT_TRUE(is_plain_zero(T.x));
-    T.x.set_mul(BasicParameters{}, BigFloat<word>(), big(A, 0, false), 4);
+    T.x.set_mul(BasicParameters{}, BigFloat(), big(A, 0, false), 4);
     EXPECT_TRUE(is_plain_zero(T.x));
-    T.x.set_sqr(BasicParameters{}, BigFloat<word>(), 4);
+    T.x.set_sqr(BasicParameters{}, BigFloat(), 4);
     EXPECT_TRUE(is_plain_zero(T.x));
     for (const bool a : {false, true}) {
         for (const bool b : {false, true}) {
@@ -393,33 +388,36 @@ TYPED_TEST(BigFloats, ProductsWithZeroAndSigns) {
 
 class BigTransforms : public ::testing::Test {
   protected:
-    using Transform = BigFloat<c64i>::Transform;
+    using Transform = BigFloat::Transform;
     struct Setting {
         explicit Setting(upL_t L)
-            : work(400000), bp(work.bp()), algorithm(make_transform<c64i>(bp, slot, L)) {
-            T1 = bp.M, T2 = T1 + algorithm.transform_bytes, scratch = T2 + algorithm.transform_bytes;
-        }
-        Transform first(const BigFloat<c64i>& x, upL_t p) { return {x, scratch, algorithm, T1, p}; }
-        Transform second(const BigFloat<c64i>& x, upL_t p) { return {x, scratch, algorithm, T2, p}; }
+            : work(400000),
+              bp(work.bp()),
+              algorithm(make_transform<c64i>(bp, slot, L)),
+              areas(algorithm.work_areas(bp.M)),
+              scratch(areas.scratch) {}
+        Transform first(const BigFloat& x, upL_t p) { return {x, algorithm, areas.T1, scratch, p}; }
+        Transform second(const BigFloat& x, upL_t p) { return {x, algorithm, areas.T2, scratch, p}; }
         upL_t words() const { return algorithm.max_bits / 64; }
         Work work;
         BasicParameters bp;
         TransformSlot slot;
         const transform& algorithm;
-        std::byte *T1, *T2, *scratch;
+        WorkAreas areas;
+        TransformScratch* scratch;
     };
     std::mt19937_64 rng = testing::make_rng(31);
 };
 
 TEST_F(BigTransforms, ATransformOfALongSourceUsesItsTopWords) {
-    const auto A = random_mantissa<c64i>(100, rng);
+    const auto A = random_mantissa(100, rng);
     Setting set(60);
     const auto t = set.first(big(A, -70, false), 30);
     EXPECT_EQ(t.L, 32u);
     EXPECT_EQ(t.exp, -70 + 68);
     EXPECT_EQ(t.mag, 30);
     EXPECT_FALSE(t.sign);
-    BigIn<c64i> T(64);
+    BigIn T(64);
     auto a = set.first(big(A, -70, false), 30);
     const auto b = set.second(big(A, -70), 30);
     T.x.set_inverse_fmul(set.scratch, a, b, a.mag + b.mag, 62);
@@ -431,7 +429,7 @@ TEST_F(BigTransforms, ATransformOfALongSourceUsesItsTopWords) {
 
 TEST_F(BigTransforms, WindowsOfWholeProducts) {
     for (const upL_t L : Lengths{8, 25, 29, 40, 150}) {
-        const auto A = random_mantissa<c64i>(L, rng), B = random_mantissa<c64i>(L - 3, rng);
+        const auto A = random_mantissa(L, rng), B = random_mantissa(L - 3, rng);
         const upL_t n = 2 * L - 3;
         for (const s64_t te : {static_cast<s64_t>(n), static_cast<s64_t>(n) - 2, static_cast<s64_t>(L)}) {
             for (const upL_t p : Lengths{3, 20, 400}) {
@@ -440,14 +438,14 @@ TEST_F(BigTransforms, WindowsOfWholeProducts) {
                 const auto b = set.second(big(B, -5), L);
                 const upL_t bottom = te - 2 > static_cast<s64_t>(p) ? static_cast<upL_t>(te) - 2 - p : 0;
                 const Integer product = (Integer(A) * Integer(B)).low_bits(static_cast<u64_t>(te) * 64);
-                BigIn<c64i> T(static_cast<upL_t>(te) - bottom);
+                BigIn T(static_cast<upL_t>(te) - bottom);
                 const auto whole = T.x.set_checked_fmul(set.scratch, a, b, te, p);
                 EXPECT_EQ(value(T.x, static_cast<s64_t>(bottom)), product >> bottom * 64);
                 ASSERT_TRUE(whole.has_value());
                 EXPECT_EQ(*whole, (Integer(A) * Integer(B)).residue());
                 // The same without the residue; a short window can lack a carry from below it.
                 a = set.first(big(A, 5), L);
-                BigIn<c64i> U(static_cast<upL_t>(te) - bottom);
+                BigIn U(static_cast<upL_t>(te) - bottom);
                 U.x.set_inverse_fmul(set.scratch, a, b, te, p);
                 const Integer error =
                     value(T.x, static_cast<s64_t>(bottom)) - value(U.x, static_cast<s64_t>(bottom));
@@ -460,7 +458,7 @@ TEST_F(BigTransforms, WindowsOfWholeProducts) {
 
 TEST_F(BigTransforms, WrappedWordsAreLeftOut) {
     // A product of 140 words by a transform of fewer: the words that wrapped fall on the lowest ones.
-    const auto A = random_mantissa<c64i>(80, rng), B = random_mantissa<c64i>(60, rng);
+    const auto A = random_mantissa(80, rng), B = random_mantissa(60, rng);
     Setting set(100);
     const upL_t clen = set.words(), w = 140 - clen;
     ASSERT_GT(w, 0u);
@@ -468,7 +466,7 @@ TEST_F(BigTransforms, WrappedWordsAreLeftOut) {
     auto a = set.first(big(A, 0), 80);
     const auto b = set.second(big(B, 0), 80);
     const s64_t te = static_cast<s64_t>(clen);
-    BigIn<c64i> T(clen - w);
+    BigIn T(clen - w);
     const auto whole = T.x.set_checked_fmul(set.scratch, a, b, te, 200);
     ASSERT_TRUE(whole.has_value());
     const Integer product = Integer(A) * Integer(B);
@@ -491,18 +489,18 @@ TEST_F(BigTransforms, TheValueOneBelowTheModulusIsHashed) {
     A.back() = 1, B.back() = 1;
     auto a = set.first(big(A, 0), 200);
     const auto b = set.second(big(B, 0), 200);
-    BigIn<c64i> T(clen);
+    BigIn T(clen);
     const auto whole = T.x.set_checked_fmul(set.scratch, a, b, static_cast<s64_t>(clen), 200);
     EXPECT_TRUE(T.x.is_zero());
     EXPECT_EQ(whole, std::optional<u64_t>((Integer(1) << clen * 64).residue()));
 }
 
 TEST_F(BigTransforms, SquaresAndTheirRange) {
-    const auto A = random_mantissa<c64i>(50, rng);
+    const auto A = random_mantissa(50, rng);
     Setting set(100);
     const s64_t end = -40 + static_cast<s64_t>(set.words());
     auto a = set.first(big(A, -20, false), 50);
-    BigIn<c64i> T(100);
+    BigIn T(100);
     const auto whole = T.x.set_checked_fsqr(set.scratch, a, 60, 200);
     EXPECT_EQ(value(T.x, -40), Integer(A) * Integer(A));
     EXPECT_TRUE(T.x.raw_sign());
@@ -530,15 +528,15 @@ TEST_F(BigTransforms, SquaresAndTheirRange) {
         EXPECT_FALSE(T.x.set_checked_fsqr(set.scratch, a, te, 200).has_value());
     }
     a = set.first(big(A, -20), 50);
-    BigIn<c64i> one(1);
+    BigIn one(1);
     one.x.set_inverse_fsqr(set.scratch, a, -39, 200);
     EXPECT_EQ(value(one.x, -40), (Integer(A) * Integer(A)).low_bits(64));
 }
 
 TEST_F(BigTransforms, TheRangeOfAProductIsTestedOnlyWhereWordsWrap) {
-    const auto A = random_mantissa<c64i>(80, rng), B = random_mantissa<c64i>(60, rng);
+    const auto A = random_mantissa(80, rng), B = random_mantissa(60, rng);
     Setting shorter(100), longer(140);
-    BigIn<c64i> T(200);
+    BigIn T(200);
     auto a = shorter.first(big(A, 0), 80);
     const auto b = shorter.second(big(B, 0), 80);
     const std::string text = console_output([&] {
@@ -553,8 +551,8 @@ TEST_F(BigTransforms, TheRangeOfAProductIsTestedOnlyWhereWordsWrap) {
 }
 
 TEST_F(BigTransforms, Mismatch) {
-    const auto A = random_mantissa<c64i>(20, rng);
-    BigIn<c64i> T(50);
+    const auto A = random_mantissa(20, rng);
+    BigIn T(50);
     for (const upL_t L : Lengths{41, 200, 2000}) {
         Setting one(40), other(L);
         auto a = one.first(big(A, 0), 20);
@@ -566,15 +564,14 @@ TEST_F(BigTransforms, Mismatch) {
 
 // ---- Failures
 
-TYPED_TEST(BigFloats, BuffersOneWordTooSmall) {
-    using word = TypeParam;
+TEST_F(BigFloats, BuffersOneWordTooSmall) {
     auto rng = testing::make_rng(32);
-    const auto A = random_mantissa<word>(6, rng), B = random_mantissa<word>(4, rng);
-    BasicInt<word> integer(A.data(), 0, 0);
+    const auto A = random_mantissa(6, rng), B = random_mantissa(4, rng);
+    BasicInt integer(A.data(), 0, 0);
     integer.set_L(6);
     const auto a = big(A, 0), b = big(B, 1);
-    constexpr upL_t words_of_u64 = 64 / WordTraits<word>::bits, words_of_double = words_of_u64 + 1;
-    BigIn<word> none(0), less(words_of_u64 - 1), d(words_of_double - 1), T3(3), T5(5), T6(6), T9(9);
+    constexpr upL_t words_of_u64 = 64 / WordTraits<cdi>::bits, words_of_double = words_of_u64 + 1;
+    BigIn none(0), less(words_of_u64 - 1), d(words_of_double - 1), T3(3), T5(5), T6(6), T9(9);
     expect_too_small("BigFloat::set_uW()", 1, 0, [&] { none.x.set_uW(1); });
     expect_too_small("BigFloat::set_u64()", words_of_u64, words_of_u64 - 1, [&] { less.x.set_u64(1); });
     expect_too_small("BigFloat::set_double()", words_of_double, words_of_double - 1,
@@ -597,9 +594,9 @@ TYPED_TEST(BigFloats, BuffersOneWordTooSmall) {
 }
 
 TEST_F(BigTransforms, BuffersOneWordTooSmall) {
-    const auto A = random_mantissa<c64i>(6, rng), B = random_mantissa<c64i>(4, rng);
+    const auto A = random_mantissa(6, rng), B = random_mantissa(4, rng);
     Setting set(12);
-    BigIn<c64i> T9(9), T11(11);
+    BigIn T9(9), T11(11);
     auto a = set.first(big(A, 0), 9);
     const auto b = set.second(big(B, 0), 9);
     expect_too_small("BigFloat::set_inverse_fmul()", 10, 9,
@@ -608,21 +605,20 @@ TEST_F(BigTransforms, BuffersOneWordTooSmall) {
                      [&] { T11.x.set_inverse_fsqr(set.scratch, a, 12, 20); });
 }
 
-TYPED_TEST(BigFloats, AZeroTopWordMayNotSeedAnIteration) {
-    using word = TypeParam;
-    const std::vector<word> A{1, 0}, B{1, 1};
+TEST_F(BigFloats, AZeroTopWordMayNotSeedAnIteration) {
+    const std::vector<cdi> A{1, 0}, B{1, 1};
     const auto e = caught<zn_exception>([&] { big(A, 0).check_normalization(); });
     EXPECT_STREQ(e.message, "BigFloat::check_normalization(): Top word is zero.");
     EXPECT_NO_THROW(big(B, 0).check_normalization());
-    EXPECT_NO_THROW(BigFloat<word>().check_normalization());
+    EXPECT_NO_THROW(BigFloat().check_normalization());
 }
 
 using BigFloatsDeathTest = BigTransforms;
 
 TEST_F(BigFloatsDeathTest, WhatIsLongerThanTheTransformOrNoNumber) {
-    const auto A = random_mantissa<c64i>(40, rng);
+    const auto A = random_mantissa(40, rng);
     Setting set(30);
-    BigIn<c64i> T(4);
+    BigIn T(4);
     const std::string text = "Invalid Function Parameters:   ";
     EXPECT_EXIT(dying([&] { set.first(big(A, 0), 40); }), ExitedWithCode(1), text);
     EXPECT_EXIT(dying([&] { T.x.set_double(std::numeric_limits<double>::infinity(), 0); }), ExitedWithCode(1),

@@ -13,8 +13,6 @@ using testing::BigIn;
 using testing::caught;
 using testing::console_output;
 using testing::FaultyTransform;
-using testing::Float;
-using testing::FloatR;
 using testing::hard_operands;
 using testing::Integer;
 using testing::Lengths;
@@ -27,21 +25,21 @@ using testing::Work;
 // In buffers of exactly the promised sizes.
 class Quotient {
   public:
-    Quotient(const Float& A, const Float& B, upL_t p) : Q_(p + 3), Q(Q_.x) {
+    Quotient(const BigFloat& A, const BigFloat& B, upL_t p) : Q_(p + 3), Q(Q_.x) {
         ScratchWords scratch(div_scratch_words(p));
         Work work(div_work_bytes(p, 1));
-        zlp_div_t9_B(work.bp(), Q, A, B, p, scratch.get());
+        zlm_div_t9_B(work.bp(), Q, A, B, p, scratch.get());
     }
 
   private:
-    BigIn<c64i> Q_;
+    BigIn Q_;
 
   public:
-    FloatR& Q;
+    BigFloatR& Q;
 };
 
 void check(const Operand& a, s64_t a_exp, const Operand& b, s64_t b_exp, upL_t p) {
-    const Float A = big(a.words, a_exp, p % 3 != 0), B = big(b.words, b_exp, p % 2 != 0);
+    const BigFloat A = big(a.words, a_exp, p % 3 != 0), B = big(b.words, b_exp, p % 2 != 0);
     const Quotient q(A, B, p);
     const double bound = std::max(a.error_bound(), b.error_bound());
     EXPECT_LT(quotient_error(q.Q, A, B, p), bound)
@@ -85,7 +83,7 @@ TEST(Divisions, IntegersAgainstTheExactQuotient) {
     // A = b q exactly, and a quotient with words to spare.
     auto rng = testing::make_rng(94);
     for (upL_t n = 1; n < 120; n += 1 + n / 7) {
-        const auto b = testing::random_mantissa<c64i>(n, rng), q = testing::random_mantissa<c64i>(n, rng);
+        const auto b = testing::random_mantissa(n, rng), q = testing::random_mantissa(n, rng);
         auto a = testing::exact_product(b, q);
         if (a.back() == 0) a.pop_back();
         const Quotient r(big(a, 0), big(b, 0), n + 3);
@@ -93,16 +91,16 @@ TEST(Divisions, IntegersAgainstTheExactQuotient) {
         const s64_t low = std::min<s64_t>(r.Q.get_exp(), 0);
         const u64_t down = static_cast<u64_t>(-low) * 64;
         const Integer half = down == 0 ? Integer(0) : Integer(1) << (down - 1);
-        EXPECT_EQ((value<c64i>(r.Q, low) + half) >> down, Integer(q));
+        EXPECT_EQ((value(r.Q, low) + half) >> down, Integer(q));
     }
 }
 
 TEST(Divisions, ZeroDividendNeedsNoReciprocal) {
     // B is zero and there is no scratch: a reciprocal would fail.
     for (const upL_t p : Lengths{1, 9, 10, 80}) {
-        BigIn<c64i> Q(0);
+        BigIn Q(0);
         ScratchWords none(0);
-        EXPECT_NO_THROW(zlp_div_t9_B(BasicParameters{}, Q.x, Float(), Float(), p, none.get()));
+        EXPECT_NO_THROW(zlm_div_t9_B(BasicParameters{}, Q.x, BigFloat(), BigFloat(), p, none.get()));
         EXPECT_TRUE(Q.x.is_zero());
     }
 }
@@ -110,7 +108,7 @@ TEST(Divisions, ZeroDividendNeedsNoReciprocal) {
 TEST(Divisions, ByZero) {
     const std::vector<c64i> a{5};
     for (const upL_t p : Lengths{1, 9, 10, 80}) {
-        const auto e = caught<zn_exception>([&] { Quotient q(big(a, 0), Float(), p); });
+        const auto e = caught<zn_exception>([&] { Quotient q(big(a, 0), BigFloat(), p); });
         EXPECT_EQ(e.code, error_code::divide_by_zero);
         EXPECT_STREQ(e.message, "zlb_rcp_E(): Divide-by-Zero");
     }
@@ -121,11 +119,11 @@ TEST(Divisions, ScratchOneWordShort) {
     for (const upL_t p : Lengths{1, 2, 9, 10, 33, 80}) {
         ScratchWords scratch(div_scratch_words(p) - 1);
         Work work(div_work_bytes(p, 1));
-        BigIn<c64i> Q(p + 3);
+        BigIn Q(p + 3);
         std::string message;
         const std::string text = console_output([&] {
             message = caught<zn_exception>([&] {
-                          zlp_div_t9_B(work.bp(), Q.x, big(a, 0), big(a, 0), p, scratch.get());
+                          zlm_div_t9_B(work.bp(), Q.x, big(a, 0), big(a, 0), p, scratch.get());
                       }).message;
         });
         EXPECT_EQ(message, "zlp_div_t9_B(): Insufficient Allocated Space - PL");
@@ -139,7 +137,7 @@ TEST(Divisions, ScratchOneWordShort) {
 class DivisionSteps : public ::testing::Test {
   protected:
     struct Step {
-        Step(const Float& A_, const Float& B_, upL_t p_)
+        Step(const BigFloat& A_, const BigFloat& B_, upL_t p_)
             : A(A_),
               B(B_),
               p(p_),
@@ -153,14 +151,14 @@ class DivisionSteps : public ::testing::Test {
             zlp_rcp_B(bp, r_words.x, B, h, scratch.get());
             r = r_words.x.top_words(h);
         }
-        void run() { div_step(bp, algorithm, Q.x, A, B, r, p, step_scratch.get()); }
+        void run() { zlp_div_t9_B(bp, algorithm, Q.x, A, B, r, p, step_scratch.get()); }
 
-        Float A, B;
+        BigFloat A, B;
         upL_t p, h;
         Work work;
         BasicParameters bp;
-        BigIn<c64i> r_words, Q;
-        Float r;
+        BigIn r_words, Q;
+        BigFloat r;
         ScratchWords scratch, step_scratch;
         TransformSlot slot;
         FaultyTransform algorithm;
@@ -183,9 +181,9 @@ TEST_F(DivisionSteps, CorrectionsOfBothSignsHappen) {
             if (i % 2 == 0 && low[0] > 9) low[0] -= 9;
             step.run();
             EXPECT_LT(quotient_error(step.Q.x, step.A, step.B, p), testing::random_error_bound);
-            BigIn<c64i> y0(step.h + 2);
+            BigIn y0(step.h + 2);
             y0.x.set_mul(step.bp, step.A.top_words(p), step.r, step.h);
-            (ucmp<c64i>(step.Q.x, y0.x) > 0 ? up : down)++;
+            (ucmp(step.Q.x, y0.x) > 0 ? up : down)++;
         }
         EXPECT_GT(up, 0) << p;
         EXPECT_GT(down, 0) << p;

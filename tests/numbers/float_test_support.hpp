@@ -30,14 +30,9 @@ class Integer {
     Integer(s64_t x) : Integer() {  // NOLINT: numbers in expressions
         mpz_set_si(z_, x);
     }
-    template <class word>
-    Integer(const word* T, upL_t L) : Integer() {
-        mpz_import(z_, L, -1, sizeof(word), 0, 0, T);
-    }
-    template <class word>
-    explicit Integer(const std::vector<word>& words) : Integer(words.data(), words.size()) {}
-    template <class word>
-    explicit Integer(const BasicInt<word>& x) : Integer(x.get_T(), x.get_L()) {}
+    Integer(const cdi* T, upL_t L) : Integer() { mpz_import(z_, L, -1, sizeof(cdi), 0, 0, T); }
+    explicit Integer(const std::vector<cdi>& words) : Integer(words.data(), words.size()) {}
+    explicit Integer(const BasicInt& x) : Integer(x.get_T(), x.get_L()) {}
     Integer(const Integer& other) { mpz_init_set(z_, other.z_); }
     Integer& operator=(const Integer& other) {
         mpz_set(z_, other.z_);
@@ -107,63 +102,55 @@ class Integer {
 };
 
 // The value of a float in units of B^low, which has to be at or below its exponent.
-template <class word>
-Integer value(const BigFloat<word>& x, s64_t low) {
+inline Integer value(const BigFloat& x, s64_t low) {
     const Integer mantissa(x.get_T(), x.get_L());
     const Integer scaled =
-        x.is_zero() ? Integer(0) : mantissa << static_cast<u64_t>(x.get_exp() - low) * WordTraits<word>::bits;
+        x.is_zero() ? Integer(0) : mantissa << static_cast<u64_t>(x.get_exp() - low) * WordTraits<cdi>::bits;
     return x.raw_sign() ? scaled : Integer(0) - scaled;
 }
-template <class word>
-Integer value(const ExactFloat<word>& x, s64_t low) {
-    return Integer(x.get_T(), x.get_L()) << static_cast<u64_t>(x.get_exp() - low) * WordTraits<word>::bits;
+inline Integer value(const ExactFloat& x, s64_t low) {
+    return Integer(x.get_T(), x.get_L()) << static_cast<u64_t>(x.get_exp() - low) * WordTraits<cdi>::bits;
 }
 
 // L words, the lowest and the top one not zero; the others are random, zeros or ones.
-template <class word>
-std::vector<word> random_mantissa(upL_t L, std::mt19937_64& rng) {
-    std::vector<word> words(L);
+inline std::vector<cdi> random_mantissa(upL_t L, std::mt19937_64& rng) {
+    std::vector<cdi> words(L);
     const u64_t kind = rng() % 4;
-    for (word& w : words) {
+    for (cdi& w : words) {
         const bool ones = kind == 1 || (kind == 2 && (rng() & 1) != 0);
-        w = ones ? static_cast<word>(~word{0}) : (kind == 2 ? word{0} : static_cast<word>(rng()));
+        w = ones ? ~cdi{0} : (kind == 2 ? cdi{0} : static_cast<cdi>(rng()));
     }
     if (words.back() == 0) words.back() = 1;
     if (words.front() == 0) words.front() = 1;
     return words;
 }
 
-template <class word>
-ExactFloat<word> exact(const std::vector<word>& words, s64_t exp) {
+inline ExactFloat exact(const std::vector<cdi>& words, s64_t exp) {
     const u64_t h = residue::hash_words(words.data(), words.size());
-    const u64_t power = sizeof(word) == 8 ? residue::word_power64(exp) : residue::word_power32(exp);
-    return ExactFloat<word>(words.data(), words.size(), exp, residue::mul(h, power));
+    const u64_t power = residue::word_power64(exp);
+    return ExactFloat(words.data(), words.size(), exp, residue::mul(h, power));
 }
-template <class word>
-BigFloat<word> big(const std::vector<word>& words, s64_t exp, bool positive = true) {
-    return BigFloat<word>(words.data(), words.size(), exp, positive);
+inline BigFloat big(const std::vector<cdi>& words, s64_t exp, bool positive = true) {
+    return BigFloat(words.data(), words.size(), exp, positive);
 }
 
 // A number in a buffer of exactly `size` words between guard words.
-template <class Number, class word>
+template <class Number>
 class InBuffer {
   public:
     explicit InBuffer(upL_t size) : buffer_(size), x(buffer_.data(), size) {}
 
   private:
-    GuardedWords<word> buffer_;
+    GuardedWords<cdi> buffer_;
 
   public:
     Number x;
 };
-template <class word>
-using ExactIn = InBuffer<ExactFloatR<word>, word>;
-template <class word>
-using BigIn = InBuffer<BigFloatR<word>, word>;
+using ExactIn = InBuffer<ExactFloatR>;
+using BigIn = InBuffer<BigFloatR>;
 
 // Residue and words agree, and the number is normalised.
-template <class word>
-::testing::AssertionResult consistent(const ExactFloat<word>& x) {
+inline ::testing::AssertionResult consistent(const ExactFloat& x) {
     if (x.get_L() == 0 || x.get_T()[x.get_L() - 1] == 0)
         return ::testing::AssertionFailure() << "top word is zero";
     if (x.hash_error() != 0) return ::testing::AssertionFailure() << "residue and words differ";

@@ -10,7 +10,6 @@ namespace {
 using newton::ProductCheck;
 using testing::big;
 using testing::BigIn;
-using testing::Float;
 using testing::Integer;
 using testing::value;
 using testing::Work;
@@ -29,12 +28,12 @@ TEST(NewtonSteps, ChainOfPrecisions) {
 
 TEST(NewtonSteps, ALongResultGetsItsLowWordIncremented) {
     const std::vector<c64i> A{5, 6, 7}, carrying{ones, ones, 7};
-    BigIn<c64i> y(3);
+    BigIn y(3);
     for (const auto& words : {A, carrying}) {
         for (const bool positive : {true, false}) {
             y.x.set_gfp(big(words, -4, positive), 3);
             newton::perturb(y.x, 2);
-            BigFloat<c64i> magnitude = y.x;
+            BigFloat magnitude = y.x;
             if (!positive) magnitude.negate();
             EXPECT_EQ(value(magnitude, -4), Integer(words) + 1);
             EXPECT_EQ(y.x.raw_sign(), positive);
@@ -44,24 +43,24 @@ TEST(NewtonSteps, ALongResultGetsItsLowWordIncremented) {
 
 TEST(NewtonSteps, AResultOfJustPWordsStays) {
     const std::vector<c64i> A{5, 6, 7};
-    BigIn<c64i> y(3);
+    BigIn y(3);
     for (const upL_t p : {upL_t{3}, upL_t{4}, upL_t{100}}) {
         y.x.set_gfp(big(A, -4), 3);
         newton::perturb(y.x, p);
-        EXPECT_EQ(value<c64i>(y.x, -4), Integer(A));
+        EXPECT_EQ(value(y.x, -4), Integer(A));
     }
 }
 
 TEST(NewtonSteps, TheCarryOutOfAllOnesDoesNotGrowTheNumber) {
     const std::vector<c64i> A{ones, ones, ones};
-    BigIn<c64i> y(3);  // no fourth word
+    BigIn y(3);  // no fourth word
     y.x.set_gfp(big(A, -3, false), 3);
     newton::perturb(y.x, 2);
     EXPECT_EQ(y.x.get_L(), 3u);
     EXPECT_FALSE(y.x.raw_sign());
     EXPECT_EQ(y.x.get_mag(), 1);
     y.x.negate();
-    EXPECT_EQ(value<c64i>(y.x, -3), Integer(1) << 3 * 64);
+    EXPECT_EQ(value(y.x, -3), Integer(1) << 3 * 64);
 }
 
 TEST(NewtonSteps, ResiduesOfWordsNextToOne) {
@@ -74,24 +73,91 @@ TEST(NewtonSteps, ResiduesOfWordsNextToOne) {
     }
 }
 
+// ---- Products next to 1
+
+constexpr newton::Routine routine{"name", "name(): Computation Failed", "name(): no space"};
+constexpr newton::Routine silent{"name", nullptr, nullptr};
+
+// What the action prints before it fails.
+template <class Action>
+std::string failure(const newton::Routine& r, Action action) {
+    std::string message;
+    const std::string text = testing::console_output([&] {
+        const auto e = testing::caught<newton::ConvergenceFailure>(action);
+        EXPECT_EQ(e.code, error_code::numerical_result);
+        EXPECT_EQ(e.message, r.failed);
+    });
+    const std::size_t report = text.find("Exception Encountered");
+    EXPECT_EQ(report != std::string::npos, r.failed != nullptr) << text;
+    const std::string shown = testing::without_colors(text.substr(0, report));
+    return shown.substr(0, shown.find_last_not_of('\n') + 1);
+}
+
+TEST(NewtonSteps, OneWordTellsTheSide) {
+    EXPECT_FALSE(routine.is_under(1, 1));
+    EXPECT_TRUE(routine.is_under(0, 1));
+    EXPECT_FALSE(routine.is_under(0, 0));
+    EXPECT_TRUE(routine.is_under(ones, 0));
+    EXPECT_TRUE(routine.is_under(ones - 1, 0, 2));
+    for (const newton::Routine& r : {routine, silent}) {
+        EXPECT_EQ(failure(r, [&] { r.is_under(ones - 1, 0); }),
+                  "\nname(): Convergence Failure\ntop: fffffffffffffffe");
+        EXPECT_EQ(failure(r, [&] { r.is_under(ones - 2, 0, 2); }),
+                  "\nname(): Convergence Failure\ntop: fffffffffffffffd");
+        EXPECT_EQ(failure(r, [&] { r.is_under(2, 1); }),
+                  "\nname(): Convergence Failure\ntop: 0000000000000002");
+    }
+}
+
+TEST(NewtonSteps, DistanceFromOne) {
+    const std::vector<c64i> above{5, 6, 0, 0, 1}, below{5, 6, ones, ones};
+    BigIn T(5);
+    T.x.set_gfp(big(above, -4), 5);
+    routine.take_distance(T.x, false, 0, -2, 4);
+    EXPECT_EQ(value(T.x, -4), Integer(std::vector<c64i>{5, 6}));
+    T.x.set_gfp(big(below, -4), 5);
+    routine.take_distance(T.x, true, 0, -2, 4);
+    EXPECT_EQ(value(T.x, -4), (Integer(1) << 2 * 64) - Integer(std::vector<c64i>{5, 6}));
+    T.x.set_gfp(big(above, -4), 5);
+    routine.take_distance(T.x, false, -3, -3, 4);  // only the words below -3 count
+    EXPECT_EQ(value(T.x, -4), Integer(5));
+}
+
+TEST(NewtonSteps, ADistanceAboveTheLimitFails) {
+    const std::vector<c64i> above{5, 6, 0, 0, 1}, below{5, 6, ones, ones};
+    BigIn T(5);
+    const auto failing = [&](const std::vector<c64i>& words, s64_t exp, bool under, s64_t limit) {
+        T.x.set_gfp(big(words, exp), 5);
+        return failure(routine, [&] { routine.take_distance(T.x, under, 0, limit, 4); });
+    };
+    EXPECT_EQ(failing(above, -4, false, -3), "-2\n-4\n\nname(): Over-Estimate -> Convergence Failure");
+    EXPECT_EQ(failing(below, -4, true, -3), "-2\n-4\n\nname(): Under-Estimate -> Convergence Failure");
+    // Below 1, but not next to it.
+    EXPECT_EQ(failing(below, -6, true, 0), "-2\n-4\n\nname(): Under-Estimate -> Convergence Failure");
+    T.x.set_zero();
+    EXPECT_EQ(failure(routine, [&] { routine.take_distance(T.x, true, 0, 0, 4); }),
+              "\nname(): strip_l1s() resulted in zero.\ntop: 0000000000000000");
+}
+
+// ---- Verified products
+
 // Products that wrap and products that do not, with the wrapped words known exactly or off by one.
 TEST(NewtonSteps, ProductsAreVerifiedAgainstTheirOperands) {
     auto rng = testing::make_rng(101);
     for (const upL_t L : testing::Lengths{20, 30, 70, 100, 200}) {
         for (int i = 0; i < 20; i++) {
-            const auto a = testing::random_mantissa<c64i>(L, rng),
-                       b = testing::random_mantissa<c64i>(L / 2 + 4, rng);
+            const auto a = testing::random_mantissa(L, rng), b = testing::random_mantissa(L / 2 + 4, rng);
             Work work(300000);
             TransformSlot slot;
             const BasicParameters bp = work.bp();
             const transform& t = make_transform<c64i>(bp, slot, L + 8);
-            std::byte *T1 = bp.M, *T2 = T1 + t.transform_bytes, *scratch = T2 + t.transform_bytes;
+            const auto [T1, T2, scratch] = t.work_areas(bp.M);
             const Integer product = Integer(a) * Integer(b);
             const upL_t clen = t.max_bits / 64, n = a.size() + b.size();
-            Float::Transform A(big(a, 0), scratch, t, T1, L);
-            const Float::Transform B(big(b, 0), scratch, t, T2, L);
+            BigFloat::Transform A(big(a, 0), t, T1, scratch, L);
+            const BigFloat::Transform B(big(b, 0), t, T2, scratch, L);
             ProductCheck check(big(a, 0), big(b, 0));
-            BigIn<c64i> out(n);
+            BigIn out(n);
             check.whole = out.x.set_checked_fmul(scratch, A, B, static_cast<s64_t>(std::min(n, clen)), n);
             EXPECT_EQ(check.wrap_position(t), static_cast<s64_t>(clen));
             const Integer high = product >> clen * 64;

@@ -1,5 +1,5 @@
 // What the tests of the Newton routines share: operands, runs in buffers of exactly the promised sizes,
-// errors against exact integers, and transforms that count or err.
+// errors against exact integers, transforms that count or err, and tables that make all err.
 #pragma once
 
 #include <cstring>
@@ -15,8 +15,6 @@
 
 namespace znp::testing {
 
-using newton::Float;
-using newton::FloatR;
 using newton::Scratch;
 
 inline constexpr upL_t longest_sweep = 300;
@@ -55,7 +53,7 @@ inline std::vector<Operand> hard_operands(upL_t L, std::mt19937_64& rng) {
     add(ones, ones, (c64i{1} << 63) - 1);  // next to one, below
     add(0, 0, ones - 1);                   // the top word one short of all ones
     add(rng(), 0, ones);
-    all.push_back({random_mantissa<c64i>(L, rng)});
+    all.push_back({random_mantissa(L, rng)});
     Operand x{std::vector<c64i>(L), true};
     for (c64i& w : x.words) w = rng() | 1;
     all.push_back(std::move(x));
@@ -81,7 +79,7 @@ inline double relative_log2(const Integer& a, const Integer& b) {
 
 // log2 of the error of y = n / d in units of the p-th word below the top: |y d - n| / n times B^p. The
 // operands are mantissas and exponents of floats.
-inline double quotient_error(const Float& y, const Float& n, const Float& d, upL_t p) {
+inline double quotient_error(const BigFloat& y, const BigFloat& n, const BigFloat& d, upL_t p) {
     const s64_t low = std::min(y.get_exp() + d.get_exp(), n.get_exp());
     const Integer product = value(y, 0 + y.get_exp()) * value(d, d.get_exp());
     const Integer yd = product << static_cast<u64_t>(y.get_exp() + d.get_exp() - low) * 64;
@@ -106,48 +104,67 @@ class FaultyTransform final : public transform {
     using transform::inverse_fmul;
     using transform::inverse_fsqr;
     const char* name() const override { return target_.name(); }
-    void forward(void* image, const c32i* A, upL_t L, void* scratch) const override {
-        target_.forward(image, A, L, scratch);
+    void forward(Image* image, WordSpan<c32i> A, TransformScratch* scratch) const override {
+        target_.forward(image, A, scratch);
     }
-    void forward(void* image, const c64i* A, upL_t L, void* scratch) const override {
-        target_.forward(image, A, L, scratch);
+    void forward(Image* image, WordSpan<c64i> A, TransformScratch* scratch) const override {
+        target_.forward(image, A, scratch);
         strike(Fault::after_forward, forwards++, image);
     }
-    void inverse_fsqr(c32i* R, upL_t s, upL_t e, void* T, void* scratch) const override {
-        target_.inverse_fsqr(R, s, e, T, scratch);
+    void inverse_fsqr(Window<c32i> R, Image* T, TransformScratch* scratch) const override {
+        target_.inverse_fsqr(R, T, scratch);
     }
-    void inverse_fmul(c32i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override {
-        target_.inverse_fmul(R, s, e, T1, T2, scratch);
+    void inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override {
+        target_.inverse_fmul(R, T1, T2, scratch);
     }
-    void inverse_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override {
+    void inverse_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override {
         strike(Fault::before_inverse, inverses++, T);
-        target_.inverse_fsqr(R, s, e, T, scratch);
+        target_.inverse_fsqr(R, T, scratch);
     }
-    void inverse_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override {
-        strike(Fault::before_inverse, inverses++, const_cast<void*>(T2));
-        target_.inverse_fmul(R, s, e, T1, T2, scratch);
+    void inverse_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override {
+        strike(Fault::before_inverse, inverses++, const_cast<Image*>(T2));
+        target_.inverse_fmul(R, T1, T2, scratch);
     }
-    u64_t checked_fsqr(c64i* R, upL_t s, upL_t e, void* T, void* scratch) const override {
+    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override {
         strike(Fault::before_inverse, inverses++, T);
-        return target_.checked_fsqr(R, s, e, T, scratch);
+        return target_.checked_fsqr(R, T, scratch);
     }
-    u64_t checked_fmul(c64i* R, upL_t s, upL_t e, void* T1, const void* T2, void* scratch) const override {
-        strike(Fault::before_inverse, inverses++, const_cast<void*>(T2));
-        return target_.checked_fmul(R, s, e, T1, T2, scratch);
+    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override {
+        strike(Fault::before_inverse, inverses++, const_cast<Image*>(T2));
+        return target_.checked_fmul(R, T1, T2, scratch);
     }
     u64_t modulus() const override { return target_.modulus(); }
     bool equals(const transform& other) const override { return &other == this; }
 
   private:
-    void strike(Fault fault, int step, void* image) const {
+    void strike(Fault fault, int step, Image* image) const {
         if (fault != fault_ || step != step_) return;
-        static_cast<unsigned char*>(image)[bit_ / 8] ^= static_cast<unsigned char>(1u << bit_ % 8);
+        reinterpret_cast<unsigned char*>(image)[bit_ / 8] ^= static_cast<unsigned char>(1u << bit_ % 8);
     }
 
     const transform& target_;
     Fault fault_ = Fault::none;
     int step_ = 0;
     upL_t bit_ = 0;
+};
+
+// Twiddle tables of a run whose memory has gone bad: every transform of some length errs.
+class BadTables {
+  public:
+    BadTables() : memory_(table_size(bits) / sizeof(c64i) + 8) {
+        auto at = reinterpret_cast<std::uintptr_t>(memory_.data());
+        auto* const start = reinterpret_cast<std::byte*>(memory_.data()) + (32 - at % 32) % 32;
+        build_tables(holder, bits, start);
+        for (c64i& word : memory_) {
+            const unsigned exponent = word >> 52 & 0x7ff;  // of a root of unity; pointers have none
+            if (exponent > 0x300 && exponent < 0x400) word ^= u64_t{1} << 50;
+        }
+    }
+    TableHolder holder;
+
+  private:
+    static constexpr u64_t bits = 300'000;
+    std::vector<c64i> memory_;
 };
 
 }  // namespace znp::testing

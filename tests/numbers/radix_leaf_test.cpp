@@ -15,7 +15,7 @@ TEST(RadixLeaf, KernelEqualsReferenceAtEveryLength) {
         for (int i = 0; i < 50; i++) {
             const cdi radix = radices[rng() % 5];
             const upL_t w = radix::leaf_fraction_words(n);
-            CdiArray a = testing::random_mantissa<cdi>(w, rng);
+            CdiArray a = testing::random_mantissa(w, rng);
             CdiArray b = a;
             testing::GuardedWords<cdi> kernel(n + 1);
             CdiArray reference(n + 1);

@@ -22,68 +22,68 @@ constexpr cdi nine = ten19 - 1;
 
 // ---- Shape of the conversion
 
-TEST(RadixTable, HalvingsAndLeafLengths) {
-    const auto shape = [](upL_t n) {
-        const CBR_table table(ten19, n);
-        return std::pair<upL_t, upL_t>(table.levels, table.base);
+TEST(RadixShape, HalvingsAndLeafLengths) {
+    using Halvings = std::pair<upL_t, upL_t>;
+    const auto halvings = [](upL_t n) {
+        const CBR_shape shape(ten19, n);
+        return Halvings(shape.levels, shape.base);
     };
-    using Shape = std::pair<upL_t, upL_t>;
-    EXPECT_EQ(shape(1), Shape(0, 1));
-    EXPECT_EQ(shape(15), Shape(0, 15));
-    EXPECT_EQ(shape(16), Shape(1, 8));
-    EXPECT_EQ(shape(30), Shape(1, 15));
-    EXPECT_EQ(shape(31), Shape(2, 8));
-    EXPECT_EQ(shape(60), Shape(2, 15));
-    EXPECT_EQ(shape(61), Shape(3, 8));
-    EXPECT_EQ(shape(5'263'161), Shape(19, 11));
+    EXPECT_EQ(halvings(1), Halvings(0, 1));
+    EXPECT_EQ(halvings(15), Halvings(0, 15));
+    EXPECT_EQ(halvings(16), Halvings(1, 8));
+    EXPECT_EQ(halvings(30), Halvings(1, 15));
+    EXPECT_EQ(halvings(31), Halvings(2, 8));
+    EXPECT_EQ(halvings(60), Halvings(2, 15));
+    EXPECT_EQ(halvings(61), Halvings(3, 8));
+    EXPECT_EQ(halvings(5'263'161), Halvings(19, 11));
     for (upL_t n = 16; n < 100'000; n += 1 + n / 37) {
-        const CBR_table table(ten19, n);
-        EXPECT_GE(table.base, 8u);
-        EXPECT_LE(table.base, 15u);
-        EXPECT_GE(table.base << table.levels, n);
-        EXPECT_LT(table.base << (table.levels - 1), n);
+        const CBR_shape shape(ten19, n);
+        EXPECT_GE(shape.base, 8u);
+        EXPECT_LE(shape.base, 15u);
+        EXPECT_GE(shape.base << shape.levels, n);
+        EXPECT_LT(shape.base << (shape.levels - 1), n);
     }
 }
 
-TEST(RadixTable, APieceOfExactlyAPowerIsCutOneLevelLower) {
-    const CBR_table table(ten19, 4000);
-    for (unsigned k = 1; k < table.levels; k++) {
-        EXPECT_EQ(table.cut_level(table.base << k, table.levels), k - 1);
-        EXPECT_EQ(table.cut_level((table.base << k) + 1, table.levels), k);
-        EXPECT_EQ(table.cut_level(table.base << k, k), k - 1);
+TEST(RadixShape, APieceOfExactlyAPowerIsCutOneLevelLower) {
+    const CBR_shape shape(ten19, 4000);
+    for (unsigned k = 1; k < shape.levels; k++) {
+        EXPECT_EQ(shape.cut_level(shape.base << k, shape.levels), k - 1);
+        EXPECT_EQ(shape.cut_level((shape.base << k) + 1, shape.levels), k);
+        EXPECT_EQ(shape.cut_level(shape.base << k, k), k - 1);
     }
 }
 
-TEST(RadixTable, ProductLengthsGrowWithTheLevel) {
+TEST(RadixShape, ProductLengthsGrowWithTheLevel) {
     for (upL_t n = 16; n < 10'000'000; n += 1 + n / 61) {
-        const CBR_table table(ten19, n);
-        for (unsigned k = 1; k < table.levels; k++) EXPECT_GT(table.lengths[k], table.lengths[k - 1]) << n;
+        const CBR_shape shape(ten19, n);
+        for (unsigned k = 1; k < shape.levels; k++) EXPECT_GT(shape.lengths[k], shape.lengths[k - 1]) << n;
     }
 }
 
-TEST(RadixTable, PowersWithoutTheirZeroWords) {
-    const CBR_table table(ten19, 4000);
-    EXPECT_EQ(table.radix, ten19);
-    EXPECT_NEAR(table.radix_bits, 63.11663380285988, 1e-12);
-    EXPECT_NEAR(table.words_per_radix, 63.11663380285988 / 64, 1e-12);
-    for (unsigned k = 0; k < table.levels; k++) {
-        EXPECT_EQ(table.overlap[k], 19 * table.exponent(k) / 64);
-        EXPECT_EQ(table.sizes[k], radix::power_size(ten19, table.exponent(k)).most);
+TEST(RadixShape, PowersWithoutTheirZeroWords) {
+    const CBR_shape shape(ten19, 4000);
+    EXPECT_EQ(shape.radix, ten19);
+    EXPECT_NEAR(shape.radix_bits, 63.11663380285988, 1e-12);
+    EXPECT_NEAR(shape.words_per_radix, 63.11663380285988 / 64, 1e-12);
+    for (unsigned k = 0; k < shape.levels; k++) {
+        EXPECT_EQ(shape.overlap[k], 19 * shape.exponent(k) / 64);
+        EXPECT_EQ(shape.sizes[k], radix::power_size(ten19, shape.exponent(k)).most);
     }
 }
 
 // A fraction and the unused words below it fit the regions of the two pieces, at every cut.
-TEST(RadixTable, RegionsHoldTheFractions) {
+TEST(RadixShape, RegionsHoldTheFractions) {
     for (const cdi radix : {ten19, cdi{10}, ~cdi{0}}) {
         for (upL_t n = 1; n < 30'000; n += 1 + n / 23) {
-            const CBR_table table(radix, n);
-            unsigned level = table.levels;
-            for (upL_t m = n; !CBR_table::is_leaf(m); m -= table.base << level) {
-                level = table.cut_level(m, level);
-                const upL_t h = table.base << level;
-                EXPECT_GT(table.region_words(m), table.fraction_words(m)) << n;
-                EXPECT_GE(table.region_words(h), table.fraction_words(h)) << n;
-                EXPECT_EQ(table.region_words(m), table.region_words(h) + table.region_words(m - h)) << n;
+            const CBR_shape shape(radix, n);
+            unsigned level = shape.levels;
+            for (upL_t m = n; !CBR_shape::is_leaf(m); m -= shape.base << level) {
+                level = shape.cut_level(m, level);
+                const upL_t h = shape.base << level;
+                EXPECT_GT(shape.region_words(m), shape.fraction_words(m)) << n;
+                EXPECT_GE(shape.region_words(h), shape.fraction_words(h)) << n;
+                EXPECT_EQ(shape.region_words(m), shape.region_words(h) + shape.region_words(m - h)) << n;
             }
         }
     }
@@ -108,24 +108,24 @@ TEST(RadixPlan, EightLevelsNeverFork) {
                           {12'000, 16, 2, 4},
                           {12'000, 7, 2, 4},
                           {10, 4, 0, 1}}) {
-        const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(CBR_table(ten19, c.n), c.threads);
+        const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(CBR_shape(ten19, c.n), c.threads);
         EXPECT_EQ(plan.thread_levels, c.thread_levels) << c.n << " " << c.threads;
         EXPECT_EQ(plan.task_count, c.tasks) << c.n << " " << c.threads;
     }
 }
 
 TEST(RadixPlan, TasksOfAllDepthsFitTheirParents) {
-    const CBR_table table(ten19, 8000);
-    const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(table, 3);
+    const CBR_shape shape(ten19, 8000);
+    const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(shape, 3);
     EXPECT_EQ(plan.at[0].threads, 3u);
     EXPECT_EQ(plan.at[1].threads, 2u);
     EXPECT_GE(plan.task_bytes(0, 3), plan.task_bytes(1, 2) + plan.task_bytes(1, 1));
     EXPECT_GE(plan.task_bytes(1, 2), 2 * plan.task_bytes(2, 1));
-    EXPECT_GE(plan.task_bytes(1, 1), table.product_bytes(table.levels - 2, 1));
+    EXPECT_GE(plan.task_bytes(1, 1), shape.product_bytes(shape.levels - 2, 1));
 }
 
 TEST(RadixPlan, AnotherThreadCountIsInconsistent) {
-    const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(CBR_table(ten19, 8000), 7);
+    const CBR_ParallelPlan plan = znp_CBRv2_ci_btrf_ap_make(CBR_shape(ten19, 8000), 7);
     for (const u64_t threads : {u64_t{8}, u64_t{5}, u64_t{1}}) {
         const auto e = testing::caught<zn_exception>([&] { plan.task_bytes(0, threads); });
         EXPECT_STREQ(e.message, "znp_CBRv2_ci_btrf_ap_make(): Thread Inconsistancy");
@@ -181,7 +181,7 @@ TEST(OverlapRepair, ALargerDifferenceIsAnError) {
 // A table that has been built, ready for one conversion.
 struct BuiltTable {
     BuiltTable(upL_t n, u64_t threads)
-        : table(ten19, n),
+        : table(CBR_shape(ten19, n)),
           plan(znp_CBRv2_ci_btrf_ap_make(table, threads)),
           powers(table.powers_words()),
           kept(total_image_bytes()),
@@ -204,7 +204,7 @@ struct BuiltTable {
     }
     // The top bits of the first words of a level's image.
     void corrupt(unsigned level) {
-        auto* words = static_cast<c64i*>(const_cast<void*>(table.images[level]));
+        auto* words = reinterpret_cast<c64i*>(const_cast<std::byte*>(table.images[level]));
         for (upL_t i = 1; i < 6; i++) words[i] ^= u64_t{1} << 52;
     }
 
@@ -219,7 +219,7 @@ struct BuiltTable {
 TEST(RadixFaults, AWrongPowerIsAnOverlapError) {
     auto rng = testing::make_rng(441);
     constexpr upL_t n = 4500;
-    for (unsigned level = 0; level < CBR_table(ten19, n).levels; level++) {
+    for (unsigned level = 0; level < CBR_shape(ten19, n).levels; level++) {
         for (const u64_t threads : {u64_t{1}, u64_t{2}}) {
             BuiltTable built(n, threads);
             for (cdi& word : built.fraction) word = rng();
@@ -247,28 +247,9 @@ TEST(RadixFaults, AZeroFractionHasAZeroOverlap) {
     EXPECT_EQ(built.out, CdiArray(1000, 0));
 }
 
-// Twiddle tables of a run whose memory has gone bad: every transform of some length errs.
-class BadTables {
-  public:
-    BadTables() : memory_(table_size(bits) / sizeof(c64i) + 8) {
-        auto at = reinterpret_cast<std::uintptr_t>(memory_.data());
-        auto* const start = reinterpret_cast<std::byte*>(memory_.data()) + (32 - at % 32) % 32;
-        build_tables(holder, bits, start);
-        for (c64i& word : memory_) {
-            const unsigned exponent = word >> 52 & 0x7ff;  // of a root of unity; pointers have none
-            if (exponent > 0x300 && exponent < 0x400) word ^= u64_t{1} << 50;
-        }
-    }
-    TableHolder holder;
-
-  private:
-    static constexpr u64_t bits = 300'000;
-    std::vector<c64i> memory_;
-};
-
 TEST(RadixFaults, WrongTransformsFailThePowersHash) {
     const CdiArray F(1000, 0x123456789abcdef);
-    BadTables bad;
+    testing::BadTables bad;
     testing::Work work(std::max(cbr_table_size(ten19, 1000, 1), power_check_size(10, 19'000, 1)));
     BasicParameters bp = work.bp();
     bp.holder = &bad.holder;
@@ -289,7 +270,7 @@ TEST(RadixFaults, WrongTransformsFailThePowersHash) {
 TEST(RadixFaults, AWrongTransformFailsTheProductsHash) {
     constexpr u64_t e = 1060;
     const CdiArray F(100, 0x123456789abcdef);
-    BadTables bad;
+    testing::BadTables bad;
     testing::Work work(power_check_size(10, e, 1));
     BasicParameters bp = work.bp();
     bp.holder = &bad.holder;
@@ -336,9 +317,9 @@ TEST(RadixConversion, SquareRootOfTwo) {
 TEST(PowerCheck, SharesNoTransformLengthWithTheConversion) {
     for (const u64_t digits :
          {u64_t{5000}, u64_t{20'000}, u64_t{50'000}, u64_t{1'000'000}, u64_t{100'000'000}}) {
-        const CBR_table table(ten19, digits / 19 + 3);
+        const CBR_shape shape(ten19, digits / 19 + 3);
         std::vector<upL_t> lengths;
-        for (unsigned i = 0; i < table.levels; i++) lengths.push_back(table.lengths[i]);
+        for (unsigned i = 0; i < shape.levels; i++) lengths.push_back(shape.lengths[i]);
         for (u64_t e = digits / 2; e > 500; e /= 2) {
             const radix::PowerSize size = radix::power_size(10, e);
             for (upL_t L = size.least_stripped(); L <= size.most_stripped() + 1; L++) {

@@ -14,8 +14,6 @@ using testing::BigIn;
 using testing::caught;
 using testing::console_output;
 using testing::FaultyTransform;
-using testing::Float;
-using testing::FloatR;
 using testing::hard_error_bound;
 using testing::hard_operands;
 using testing::Integer;
@@ -28,29 +26,29 @@ using testing::Work;
 
 const std::vector<c64i> one_word{1};
 
-Float one() {
+BigFloat one() {
     return big(one_word, 0);
 }
 
 // The reciprocal in buffers of exactly the promised sizes.
 class Reciprocal {
   public:
-    Reciprocal(const Float& x, upL_t p) : y_(p + 3), y(y_.x) {
+    Reciprocal(const BigFloat& x, upL_t p) : y_(p + 3), y(y_.x) {
         ScratchWords scratch(rcp_scratch_words(p));
         Work work(rcp_work_bytes(p, 1));
         zlp_rcp_B(work.bp(), y, x, p, scratch.get());
     }
 
   private:
-    BigIn<c64i> y_;
+    BigIn y_;
 
   public:
-    FloatR& y;
+    BigFloatR& y;
 };
 
 void check(const Operand& operand, s64_t exp, upL_t p, bool positive = true) {
     const std::vector<c64i>& words = operand.words;
-    const Float x = big(words, exp, positive);
+    const BigFloat x = big(words, exp, positive);
     const Reciprocal r(x, p);
     EXPECT_EQ(r.y.raw_sign(), positive);
     EXPECT_LE(r.y.get_L(), p + 3);
@@ -107,7 +105,7 @@ TEST(Reciprocals, OnlyTheTopWordsAreRead) {
         for (upL_t i = 0; i < p + 2; i++) words[page_words + i] = rng();
         words[page_words + p + 1] |= 1;
         ASSERT_EQ(mprotect(pages, 4096, PROT_NONE), 0);
-        const Float x(words, page_words + p + 2, -7);
+        const BigFloat x(words, page_words + p + 2, -7);
         const Reciprocal of_all(x, p), of_top(x.top_words(p), p);
         EXPECT_EQ(Integer(of_all.y.get_T(), of_all.y.get_L()), Integer(of_top.y.get_T(), of_top.y.get_L()));
         EXPECT_EQ(of_all.y.get_exp(), of_top.y.get_exp());
@@ -117,7 +115,7 @@ TEST(Reciprocals, OnlyTheTopWordsAreRead) {
 
 TEST(Reciprocals, ZeroAndUnnormalisedOperands) {
     for (const upL_t p : Lengths{0, 1, 9, 10, 40}) {
-        const auto e = caught<zn_exception>([&] { Reciprocal r(Float(), p); });
+        const auto e = caught<zn_exception>([&] { Reciprocal r(BigFloat(), p); });
         EXPECT_EQ(e.code, error_code::divide_by_zero);
         EXPECT_STREQ(e.message, "zlb_rcp_E(): Divide-by-Zero");
         const std::vector<c64i> x{1, 0};
@@ -132,7 +130,7 @@ TEST(Reciprocals, ScratchOneWordShort) {
         const upL_t need = rcp_scratch_words(p);
         ScratchWords scratch(need - 1);
         Work work(rcp_work_bytes(p, 1));
-        BigIn<c64i> y(p + 3);
+        BigIn y(p + 3);
         zn_exception e(0);
         const std::string text = console_output([&] {
             e = caught<zn_exception>([&] { zlp_rcp_B(work.bp(), y.x, big(x, 0), p, scratch.get()); });
@@ -152,7 +150,7 @@ TEST(Reciprocals, ScratchOneWordShort) {
 TEST(Reciprocals, TenGoesThroughTheBigRoutineAndNineThroughTheSmall) {
     const std::vector<c64i> x{3};
     const auto message = [&](upL_t p) {
-        BigIn<c64i> y(p + 3);
+        BigIn y(p + 3);
         ScratchWords none(0);
         return std::string(caught<zn_exception>([&] {
                                zlp_rcp_B(BasicParameters{}, y.x, big(x, 0), p, none.get());
@@ -171,7 +169,7 @@ TEST(Reciprocals, WorkBufferAByteShort) {
         const upL_t need = make_transform<c64i>(work.bp(), slot, p + 8).product_bytes();
         EXPECT_LE(need, rcp_work_bytes(p, 1));
         Work less(need - 1);
-        BigIn<c64i> y(p + 3), y0(newton::half_precision(p) + 3);
+        BigIn y(p + 3), y0(newton::half_precision(p) + 3);
         ScratchWords scratch(rcp_scratch_words(p));
         zlp_rcp_B(work.bp(), y0.x, big(x, 0), newton::half_precision(p), scratch.get());
         testing::expect_too_small("TransformHelper::TransformHelper()", need, need - 1, [&] {
@@ -186,7 +184,7 @@ class ReciprocalSteps : public ::testing::Test {
   protected:
     // y0 to half of p words, and the step from it by the transform that `wrap` makes of the usual one.
     struct Step {
-        Step(const Float& x, upL_t p_)
+        Step(const BigFloat& x, upL_t p_)
             : p(p_),
               h(newton::half_precision(p)),
               work(rcp_work_bytes(p, 1)),
@@ -197,13 +195,13 @@ class ReciprocalSteps : public ::testing::Test {
             zlp_rcp_B(bp, y0_words.x, x, h, scratch.get());
             y0 = y0_words.x.top_words(h);
         }
-        void run(const Float& x) { rcp_step(bp, algorithm, y.x, x, y0, p, scratch.get()); }
+        void run(const BigFloat& x) { rcp_step(bp, algorithm, y.x, x, y0, p, scratch.get()); }
 
         upL_t p, h;
         Work work;
         BasicParameters bp;
-        BigIn<c64i> y0_words, y;
-        Float y0;
+        BigIn y0_words, y;
+        BigFloat y0;
         ScratchWords scratch;
         TransformSlot slot;
         FaultyTransform algorithm;
@@ -215,8 +213,8 @@ TEST_F(ReciprocalSteps, OverAndUnderEstimatesBothHappen) {
     for (const upL_t p : Lengths{10, 16, 40, 51, 100, 180}) {
         int over = 0, under = 0;
         for (int i = 0; i < 60; i++) {
-            const auto words = random_mantissa<c64i>(p + 3, rng);
-            const Float x = big(words, -static_cast<s64_t>(p + 3));
+            const auto words = random_mantissa(p + 3, rng);
+            const BigFloat x = big(words, -static_cast<s64_t>(p + 3));
             Step step(x, p);
             if (i % 2 == 0) {  // what the moved low word lifted, down again by more
                 auto* low = const_cast<c64i*>(step.y0.get_T());
@@ -224,7 +222,7 @@ TEST_F(ReciprocalSteps, OverAndUnderEstimatesBothHappen) {
             }
             step.run(x);
             EXPECT_LT(quotient_error(step.y.x, one(), x, p), hard_error_bound);
-            const int order = ucmp<c64i>(step.y.x, step.y0);
+            const int order = ucmp(step.y.x, step.y0);
             if (order != 0) (order < 0 ? over : under)++;  // an estimate can be exact: 1/2 of 2 - 2^-640
         }
         EXPECT_GT(over, 0) << p;
@@ -234,7 +232,7 @@ TEST_F(ReciprocalSteps, OverAndUnderEstimatesBothHappen) {
 
 TEST_F(ReciprocalSteps, ThreeForwardsAndTwoInverses) {
     for (const upL_t p : Lengths{20, 120}) {
-        const auto words = random_mantissa<c64i>(p + 3, rng);
+        const auto words = random_mantissa(p + 3, rng);
         Step step(big(words, 0), p);
         step.run(big(words, 0));
         EXPECT_EQ(step.algorithm.forwards, 3);
@@ -247,7 +245,7 @@ TEST_F(ReciprocalSteps, NothingToCorrect) {
         const std::vector<c64i> words{c64i{1} << 40};
         Step step(big(words, 0), p);
         step.run(big(words, 0));
-        EXPECT_EQ(ucmp<c64i>(step.y.x, step.y0), 0);
+        EXPECT_EQ(ucmp(step.y.x, step.y0), 0);
         EXPECT_LT(step.algorithm.forwards, 3) << "no correction";
     }
 }
@@ -288,8 +286,8 @@ TEST_F(ReciprocalSteps, TheTopWordIsPrintedInHexadecimal) {
 TEST_F(ReciprocalSteps, AWrongProductFailsItsResidue) {
     using Fault = FaultyTransform::Fault;
     for (const upL_t p : Lengths{20, 120}) {
-        const auto words = random_mantissa<c64i>(p, rng);
-        const Float x = big(words, 0);
+        const auto words = random_mantissa(p, rng);
+        const BigFloat x = big(words, 0);
         for (const auto& [fault, number] :
              {std::pair{Fault::after_forward, 2}, std::pair{Fault::before_inverse, 1}}) {
             Step step(x, p);

@@ -89,7 +89,7 @@ TEST(Series, SectionsEndWhereTheTailNeedsNoMoreThanTheirOwnSize) {
 
 TEST(Series, PrecisionAtAnIndexIsRequiredToUseTruncatedProducts) {
     const Pi_Chudnovsky series;
-    EXPECT_FALSE(series.has_PrecisionAtIndex());
+    EXPECT_FALSE(series.can_be_truncated());
     const std::string printed = testing::console_output([&] {
         const auto e = testing::caught<zn_exception>([&] { series.PrecisionAtIndex(1, 10); });
         EXPECT_STREQ(e.message, "zl_BSS::PrecisionAtIndex() is required to use ASR.");

@@ -158,7 +158,7 @@ double ln(const Integer& x) {
 struct Term {
     Term(const zl_BSS_P2B3_Type0& series, u64_t b) {
         cdi words[3][14];
-        BasicIntR<cdi> P(words[0], 14), Q(words[1], 14), R(words[2], 14), t0, t1;
+        BasicIntR P(words[0], 14), Q(words[1], 14), R(words[2], 14), t0, t1;
         series.BSR_End(P, Q, R, t0, t1, b - 1, b);
         p = ln(Integer(P));
         q = ln(Integer(Q));
@@ -223,7 +223,7 @@ TEST(SeriesSizes, Huvent) {
     double Q = 0;
     for (u64_t k = 1; k < 1000; k++) {
         GuardedWords<cdi> P_words(18), Q_words(18);
-        ExactFloatR<cdi> P(P_words.data(), 18), q(Q_words.data(), 18);
+        ExactFloatR P(P_words.data(), 18), q(Q_words.data(), 18);
         series.BSR_End(P, q, k);
         Q += ln(Integer(q.get_T(), q.get_L()));
         const double P_nats = Q + static_cast<double>(k) * std::log(64);
@@ -291,7 +291,7 @@ TEST(SeriesPrecisionAtIndex, OfSeriesC) {
 
 TEST(SeriesPrecisionAtIndex, OthersHaveNone) {
     for (const Case& c : cases()) {
-        EXPECT_EQ(c.series->has_PrecisionAtIndex(), c.name == "C");
+        EXPECT_EQ(c.series->can_be_truncated(), c.name == "C");
         if (c.name == "C") continue;
         testing::StdoutCapture report;
         try {

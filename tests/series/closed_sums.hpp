@@ -32,12 +32,12 @@ struct Quotient {
     Integer p, q;
 };
 
-inline Integer scaled(const BigFloat<cdi>& x, s64_t low) {
+inline Integer scaled(const BigFloat& x, s64_t low) {
     Integer r = Integer(x.get_T(), x.get_L()) << (static_cast<u64_t>(x.get_exp() - low) * 64);
     return x.raw_sign() ? r : 0 - r;
 }
 
-inline Quotient as_integers(const BigFloat<cdi>& P, const BigFloat<cdi>& Q) {
+inline Quotient as_integers(const BigFloat& P, const BigFloat& Q) {
     const s64_t low = std::min(P.get_exp(), Q.get_exp());
     return {scaled(P, low), scaled(Q, low)};
 }
@@ -112,7 +112,7 @@ struct ABSum {
         const Series_EulerGamma_BM_AB series(m);
         const PSRPlan plan = make_ab_plan(series, p, ratio);
         const ABSumSizes sizes = ab_sum_sizes(series, plan, threads);
-        BigIn<cdi> T_(sizes.results), Q_(sizes.results), R_(sizes.results);
+        BigIn T_(sizes.results), Q_(sizes.results), R_(sizes.results);
         GuardedWords<cdi> nodes(sizes.nodes);
         Work work(sizes.work_bytes);
         BasicParameters bp = work.bp();

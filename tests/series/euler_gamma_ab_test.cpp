@@ -10,7 +10,7 @@
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
 #include "numbers/float_test_support.hpp"
-#include "series/euler_gamma_ab_rules.hpp"
+#include "series/classes/euler_gamma_ab.hpp"
 #include "series/exact_numbers.hpp"
 #include "test_seed.hpp"
 
@@ -44,9 +44,11 @@ Naive naive(u32_t m, u64_t a, u64_t b) {
 // The ten objects of a node, each in a buffer of its own.
 struct Node {
     explicit Node(std::vector<upL_t> words) {
-        for (upL_t i = 0; i < node.size(); i++) {
+        upL_t i = 0;
+        for (ExactFloatR* x : ABRules::Node::all(node)) {
             buffers.push_back(std::make_unique<GuardedWords<cdi>>(words[i]));
-            node[i].set_base(buffers.back()->data(), words[i]);
+            x->set_base(buffers.back()->data(), words[i]);
+            i++;
         }
     }
     static Node leaf() { return Node({1, 2, 3, 4, 0, 0, 0, 0, 0, 0}); }
@@ -61,11 +63,11 @@ struct Node {
 void expect_exact(const ABRules::Node& node, u32_t m, u64_t a, u64_t b) {
     SCOPED_TRACE("m = " + std::to_string(m) + ", " + std::to_string(a) + " - " + std::to_string(b));
     const Naive exact = naive(m, a, b);
-    for (int i = 0; i < 4; i++) EXPECT_TRUE(consistent(node[static_cast<upL_t>(i)])) << i;
-    EXPECT_EQ(Rational(node[0]), Rational(exact.U));
-    EXPECT_EQ(Rational(node[1]), Rational(exact.V));
-    EXPECT_EQ(Rational(node[2]), Rational(exact.W));
-    EXPECT_EQ(Rational(node[3]), Rational(exact.X));
+    for (const ExactFloatR* x : {&node.U, &node.V, &node.W, &node.X}) EXPECT_TRUE(consistent(*x));
+    EXPECT_EQ(Rational(node.U), Rational(exact.U));
+    EXPECT_EQ(Rational(node.V), Rational(exact.V));
+    EXPECT_EQ(Rational(node.W), Rational(exact.W));
+    EXPECT_EQ(Rational(node.X), Rational(exact.X));
 }
 
 const u32_t parameters[] = {0, 1, 2, 5, 16, 31, 32, 45};
@@ -100,7 +102,7 @@ TEST(EulerGammaAB, TwoTermsAtLargeIndices) {
         for (const u64_t k : {u64_t{1} << 31, (u64_t{1} << 40) + 7, (u64_t{1} << 50) - 1}) {
             Node leaf = Node::leaf();
             ABRules{Series_EulerGamma_BM_AB(m)}.end(leaf.node, k - 2, k);
-            const auto& [U, V, W, X, t4, t5, t6, t7, t8, t9] = leaf.node;
+            const ExactFloat &U = leaf.node.U, &V = leaf.node.V, &W = leaf.node.W, &X = leaf.node.X;
             const Integer K = Integer::of(k), N = Integer(1) << (2 * m);
             const u64_t shift = 2 * m * (k - 1);
             EXPECT_EQ(Rational(U), Rational(2 * K - 1));
@@ -151,9 +153,10 @@ TEST(EulerGammaAB, TwoTermsAreTheMergeOfTwoOneTermNodes) {
             rules.merge(parameters_of(work, 1), node.node, left, right, false);
             Node direct = Node::leaf();
             rules.end(direct.node, a, a + 2);
+            const auto merged = ABRules::Node::all(node.node), expected = ABRules::Node::all(direct.node);
             for (upL_t i = 0; i < 4; i++) {
-                EXPECT_EQ(Rational(node.node[i]), Rational(direct.node[i]));
-                EXPECT_EQ(node.node[i].get_hash(), direct.node[i].get_hash());
+                EXPECT_EQ(Rational(*merged[i]), Rational(*expected[i]));
+                EXPECT_EQ(merged[i]->get_hash(), expected[i]->get_hash());
             }
             expect_exact(node.node, m, a, a + 2);
         }
@@ -208,7 +211,7 @@ struct Sum {
         B_PSR(parameters_of(work, threads), series, plan, T.x, Q.x, R.x, nodes.data(), log, status);
     }
     const ABSumSizes sizes;
-    BigIn<cdi> T, Q, R;
+    BigIn T, Q, R;
     GuardedWords<cdi> nodes;
 };
 
@@ -313,10 +316,10 @@ TEST(EulerGammaABSum, ManySectionsToThePrecisionOfTheFirst) {
 class FaultySeries : public Series_EulerGamma_BM_AB {
   public:
     FaultySeries(u32_t m_, u64_t at, int number) : Series_EulerGamma_BM_AB(m_), at_(at), number_(number) {}
-    void BSR_End(ExactFloatR<cdi>& U, ExactFloatR<cdi>& V, ExactFloatR<cdi>& W, ExactFloatR<cdi>& X, u64_t a,
+    void BSR_End(ExactFloatR& U, ExactFloatR& V, ExactFloatR& W, ExactFloatR& X, u64_t a,
                  u64_t b) const override {
         Series_EulerGamma_BM_AB::BSR_End(U, V, W, X, a, b);
-        ExactFloatR<cdi>* const numbers[] = {&U, &V, &W, &X};
+        ExactFloatR* const numbers[] = {&U, &V, &W, &X};
         if (a <= at_ && at_ < b) *numbers[number_]->word_ptr(0) ^= 2;
     }
 

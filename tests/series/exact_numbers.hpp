@@ -19,8 +19,8 @@ class Rational {
         mpq_canonicalize(q);
     }
     // mantissa * 2^(64 exp), and the sign of a BigFloat.
-    explicit Rational(const ExactFloat<cdi>& x) : Rational(x.get_T(), x.get_L(), x.get_exp()) {}
-    explicit Rational(const BigFloat<cdi>& x) : Rational(x.get_T(), x.get_L(), x.get_exp()) {
+    explicit Rational(const ExactFloat& x) : Rational(x.get_T(), x.get_L(), x.get_exp()) {}
+    explicit Rational(const BigFloat& x) : Rational(x.get_T(), x.get_L(), x.get_exp()) {
         if (!x.raw_sign()) mpq_neg(q, q);
     }
     Rational(const cdi* T, upL_t L, s64_t exp) : Rational() {
@@ -62,7 +62,7 @@ class Rational {
 };
 
 // The object is in normal form, and its residue is that of its words.
-inline ::testing::AssertionResult consistent(const BasicInt<cdi>& x) {
+inline ::testing::AssertionResult consistent(const BasicInt& x) {
     if (x.get_L() == 0 || *x.word_ptr(x.get_L() - 1) == 0) {
         return ::testing::AssertionFailure() << "top word is zero";
     }

@@ -100,7 +100,7 @@ TEST(ModularCheck, FailureGoesToTheEventLog) {
 TEST(ModularCheck, OneFlippedBitOfABasicIntFails) {
     std::vector<c64i> words(20);
     for (upL_t i = 0; i < 20; i++) words[i] = 0x9E3779B97F4A7C15u * (i + 1);
-    BasicIntR<c64i> x(words.data(), 20);
+    BasicIntR x(words.data(), 20);
     x.set_L(20);
     EXPECT_EQ(failure([&] { check2(nullptr, 1, 2, x, x); }), "nothing was thrown");
     for (unsigned bit = 0; bit < 64; bit += 7) {

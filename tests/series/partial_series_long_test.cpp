@@ -15,7 +15,7 @@ constexpr upL_t p = upL_t{3} << 17;
 constexpr u64_t table_bits = 64 * 4 * p;
 
 // Number by number to words words; the guard words of a truncated sum may differ.
-bool same(const BigFloat<cdi>& x, const BigFloat<cdi>& y, upL_t words) {
+bool same(const BigFloat& x, const BigFloat& y, upL_t words) {
     if (x.get_mag() != y.get_mag()) return false;
     for (upL_t i = 1; i <= words; i++) {
         const s64_t position = x.get_mag() - static_cast<s64_t>(i);

@@ -1,12 +1,16 @@
 // Plans of sections and sums by them, against exact sums.
 #include "series/partial_series.hpp"
 
+#include <algorithm>
 #include <cctype>
 #include <memory>
+#include <new>
 
 #include "console_capture.hpp"
 #include "foundation/event_log.hpp"
 #include "foundation/exceptions.hpp"
+#include "foundation/fail.hpp"
+#include "series/euler_gamma_ab.hpp"
 #include "series/series_test_support.hpp"
 
 namespace znp {
@@ -246,7 +250,7 @@ TEST(PartialSeries, TruncatedProductsKeepThePrecisionThatIsAskedFor) {
 class TruncatedSeries final : public SmallSeries {
   public:
     explicit TruncatedSeries(bool alternating_) : SmallSeries(alternating_) {}
-    bool has_PrecisionAtIndex() const override { return true; }
+    bool can_be_truncated() const override { return true; }
     upL_t PrecisionAtIndex(u64_t a, u64_t b) const override {
         return static_cast<upL_t>(precision_of(a, b) * words_per_nat + 2);
     }
@@ -269,19 +273,11 @@ TEST(PartialSeries, TruncatedSectionsForkAndAlternate) {
     }
 }
 
-class Stranger final : public zl_BSS {
-  public:
-    Stranger() : zl_BSS(false, 6, 16) {}
-    u64_t terms(upL_t) const override { return 2; }
-    double size_at(double x) const override { return x; }
-    double precision_of(u64_t a, u64_t b) const override { return static_cast<double>(b - a); }
-};
-
-TEST(PartialSeries, AClassWithASumOfItsOwnIsRefused) {
+TEST(PartialSeries, AClassWithThreeResultsIsRefused) {
     testing::console_output([] {
-        const Stranger series;
-        const PSRPlan plan = make_psr_plan(series, 1, 1.0);
-        testing::caught<zn_exception>([&] { sum_sizes(series, plan, 1); });
+        const Series_EulerGamma_BM_AB series(6);
+        const PSRPlan plan = make_ab_plan(series, 5, 1.0);
+        testing::caught<zn_exception>([&] { GuardedSum(series, plan, 1); });
     });
 }
 
@@ -291,14 +287,64 @@ TEST(PartialSeries, AWorkBufferThatIsTooShortThrows) {
     const Pi_Chudnovsky series;
     const PSRPlan plan = make_psr_plan(series, 500, 1.0);
     const SumSizes sizes = sum_sizes(series, plan, 1);
-    testing::BigIn<cdi> P(sizes.P), Q(sizes.Q);
+    testing::BigIn P(sizes.P), Q(sizes.Q);
     testing::GuardedWords<cdi> nodes(sizes.nodes);
     testing::Work work(2000);
+    EventLog log;
     testing::console_output([&] {
         const auto e = testing::caught<BufferTooSmallException>(
-            [&] { B_PSR(work.bp(), series, plan, P.x, Q.x, nodes.data(), nullptr, nullptr); });
+            [&] { B_PSR(work.bp(), series, plan, P.x, Q.x, nodes.data(), &log, nullptr); });
         EXPECT_STREQ(e.location, "TransformHelper::TransformHelper()");
     });
+    EXPECT_NE(log.text().find("\tBSR Merge Failure: "), std::string::npos);
+}
+
+// ---- Failures inside a section
+
+// Its end routine throws at an index: an exception of the family, or another one.
+class FailingSeries final : public SmallSeries {
+  public:
+    enum class Throws { in_the_family, outside };
+    FailingSeries(u64_t at, Throws how) : SmallSeries(true), at_(at), how_(how) {}
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override {
+        if (b == at_ && how_ == Throws::outside) throw std::bad_alloc();
+        if (b == at_) fail(zn_exception(77, nullptr, {}, {}, action::throw_silently));
+        SmallSeries::BSR_End(P, Q, R, t0, t1, a, b);
+    }
+
+  private:
+    u64_t at_;
+    Throws how_;
+};
+
+std::string failure_line(const SectionRow& row) {
+    return "\tBSR Merge Failure: " + std::to_string(row.a) + " : " + std::to_string(row.b) + "\r\n";
+}
+
+TEST(PartialSeries, AFailureInsideASectionLeavesTheRangeOfTheSectionInTheLog) {
+    const PSRPlan plan = make_psr_plan(SmallSeries(true), 400, 1.0);
+    ASSERT_GT(plan.size(), 2u);
+    for (const SectionRow& row : {plan.front(), plan[1], plan.back()}) {
+        for (const u64_t at : {row.a + 1, row.b}) {
+            for (const u64_t threads : {1u, 3u}) {
+                EventLog log;
+                testing::console_output([&] {
+                    const FailingSeries series(at, FailingSeries::Throws::in_the_family);
+                    const auto e = testing::caught<zn_exception>(
+                        [&] { GuardedSum(series, make_psr_plan(series, 400, 1.0), threads, &log); });
+                    EXPECT_EQ(e.code, 77);
+                });
+                EXPECT_TRUE(log.text().ends_with(failure_line(row))) << log.text();
+                EXPECT_EQ(std::ranges::count(log.text(), '\n'), 1);
+            }
+        }
+        EventLog log;
+        const FailingSeries series(row.b, FailingSeries::Throws::outside);
+        EXPECT_THROW(GuardedSum(series, plan, 1, &log), std::bad_alloc);
+        EXPECT_NE(log.text().find(failure_line(row)), std::string::npos);
+        EXPECT_THROW(GuardedSum(series, plan, 1), std::bad_alloc);  // no log is kept
+    }
 }
 
 // ---- Checks
@@ -344,6 +390,7 @@ TEST(PartialSeries, AWordFlippedInASectionRaisesTheCheckWithItsText) {
                     EXPECT_NE(failure.log.find("Modular Redundancy Check Failed: " + std::to_string(row.a) +
                                                " - " + std::to_string(row.b)),
                               std::string::npos);
+                    EXPECT_EQ(failure.log.find("BSR Merge Failure"), std::string::npos);
                     EXPECT_EQ(failure.text.find("\nhashC = ") == std::string::npos, last);
                     EXPECT_EQ(zero_line(failure.text, "hashB"), object != 1);
                     if (!last) {
@@ -361,7 +408,7 @@ class FlippedBBP final : public zl_BSS_P2B2_BBP {
     u64_t terms(upL_t words) const override { return huvent_.terms(words); }
     double size_at(double x) const override { return huvent_.size_at(x); }
     double precision_of(u64_t a, u64_t b) const override { return huvent_.precision_of(a, b); }
-    void BSR_End(ExactFloatR<cdi>& P, ExactFloatR<cdi>& Q, u64_t k) const override {
+    void BSR_End(ExactFloatR& P, ExactFloatR& Q, u64_t k) const override {
         huvent_.BSR_End(P, Q, k);
         if (k == index_) *Q.word_ptr(1) ^= 4;
     }

@@ -4,7 +4,7 @@
 #include "console_capture.hpp"
 #include "foundation/fail.hpp"
 #include "foundation/thread_counter.hpp"
-#include "series/recursion_rules.hpp"
+#include "series/classes/type0.hpp"
 #include "series/series_test_support.hpp"
 #include "test_seed.hpp"
 
@@ -27,14 +27,15 @@ class RangeSum {
              const MemoryPlan& plan)
         : buffers_{GuardedWords<cdi>(plan.words), GuardedWords<cdi>(plan.words),
                    GuardedWords<cdi>(plan.words), GuardedWords<cdi>(plan.words)} {
-        for (upL_t i = 0; i < node.size(); i++) node[i].set_base(buffers_[i].data(), plan.words);
+        upL_t i = 0;
+        for (ExactFloatR* x : Type0Rules::Node::all(node)) x->set_base(buffers_[i++].data(), plan.words);
         Work work(plan.bytes);
         BasicParameters bp = work.bp();
         bp.tds = threads;
         sum_range(bp, Type0Rules{series, true}, node, a, b, level, RecursionProgress());
     }
     bool is(const ExactSum& sum) const {
-        return value(node[0], 0) == sum.P && value(node[1], 0) == sum.Q && value(node[2], 0) == sum.R;
+        return value(node.P, 0) == sum.P && value(node.Q, 0) == sum.Q && value(node.R, 0) == sum.R;
     }
 
     Type0Rules::Node node;
@@ -45,9 +46,9 @@ class RangeSum {
 
 RangeSum sum_of(const zl_BSS_P2B3_Type0& series, u64_t a, u64_t b, u64_t level, u64_t threads) {
     const upL_t L = series.words_of(a, b);
-    const MemoryPlan plan = level > 0 ? level_memory_plan(L, series.memory_overhead, level, threads)
-                                      : parallel_memory_plan(L, series.memory_overhead,
-                                                             threads < 2 ? threads : 2 * threads, threads);
+    const MemoryPlan plan =
+        level > 0 ? level_memory_plan(L, series.memory_overhead, level, threads)
+                  : parallel_memory_plan(L, series.memory_overhead, range_tasks(threads), threads);
     return RangeSum(series, a, b, level, threads, plan);
 }
 
@@ -77,11 +78,11 @@ TEST(Recursion, TwiceTheThreadsAreForked) {
 
 TEST(Recursion, EqualParitiesAddAndDifferentOnesSubtract) {
     const SmallSeries plain(false), alternating(true);
-    EXPECT_FALSE(subtracts(plain, 3, 8));
-    EXPECT_FALSE(subtracts(alternating, 3, 7));
-    EXPECT_FALSE(subtracts(alternating, 4, 8));
-    EXPECT_TRUE(subtracts(alternating, 3, 8));
-    EXPECT_TRUE(subtracts(alternating, 4, 7));
+    EXPECT_FALSE(plain.subtracts(3, 8));
+    EXPECT_FALSE(alternating.subtracts(3, 7));
+    EXPECT_FALSE(alternating.subtracts(4, 8));
+    EXPECT_TRUE(alternating.subtracts(3, 8));
+    EXPECT_TRUE(alternating.subtracts(4, 7));
 }
 
 TEST(Recursion, SumsAreExactForEveryLengthUpToAFewLevels) {
@@ -116,7 +117,8 @@ class FlatSeries final : public zl_BSS_P2B3_Type0 {
     u64_t terms(upL_t) const override { return terms_; }
     double size_at(double x) const override { return x * nats_per_word; }
     double precision_of(u64_t, u64_t) const override { return 0; }
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override {
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override {
         if (b - a != 1) return terms::end_recursion(*this, P, Q, R, t0, t1, a, b);
         P.set_uW(~cdi{0} / terms_ * 2);
         Q.set_uW(~cdi{0});
@@ -146,11 +148,15 @@ TEST(Recursion, LastRangesLeaveOutTheirR) {
         const MemoryPlan plan = serial_memory_plan(series.words_of(0, b), series.memory_overhead);
         std::vector<cdi> words(4 * plan.words);
         Type0Rules::Node node;
-        for (upL_t i = 0; i < 4; i++) node[i].set_base(words.data() + i * plan.words, plan.words);
+        cdi* at = words.data();
+        for (ExactFloatR* x : Type0Rules::Node::all(node)) {
+            x->set_base(at, plan.words);
+            at += plan.words;
+        }
         Work work(plan.bytes);
         sum_range(work.bp(), Type0Rules{series, false}, node, 0, b, 0, RecursionProgress());
-        EXPECT_TRUE(value(node[0], 0) == sum.P);
-        EXPECT_TRUE(value(node[1], 0) == sum.Q);
+        EXPECT_TRUE(value(node.P, 0) == sum.P);
+        EXPECT_TRUE(value(node.Q, 0) == sum.Q);
     }
 }
 
@@ -158,7 +164,8 @@ TEST(Recursion, LastRangesLeaveOutTheirR) {
 class FailingSeries final : public SmallSeries {
   public:
     explicit FailingSeries(u64_t at) : SmallSeries(false), at_(at) {}
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override {
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override {
         if (b == at_) fail(zn_exception(77, nullptr, {}, {}, action::throw_silently));
         SmallSeries::BSR_End(P, Q, R, t0, t1, a, b);
     }

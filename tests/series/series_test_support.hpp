@@ -39,8 +39,8 @@ inline ExactSum exact_sum(const zl_BSS_P2B3_Type0& series, u64_t a, u64_t b) {
     cdi words[5][term_words];
     ExactSum sum;
     for (u64_t k = a; k < b; k++) {
-        BasicIntR<cdi> P(words[0], term_words), Q(words[1], term_words), R(words[2], term_words);
-        BasicIntR<cdi> t0(words[3], term_words), t1(words[4], term_words);
+        BasicIntR P(words[0], term_words), Q(words[1], term_words), R(words[2], term_words);
+        BasicIntR t0(words[3], term_words), t1(words[4], term_words);
         series.BSR_End(P, Q, R, t0, t1, k, k + 1);
         const Integer q(Q.get_T(), Q.get_L());
         const Integer t = sum.R * Integer(P.get_T(), P.get_L());
@@ -58,7 +58,7 @@ inline Fraction exact_sum(const zl_BSS_P2B2_BBP& series, u64_t a, u64_t b) {
     cdi words[2][term_words];
     Integer P(0), Q(1);
     for (u64_t k = a; k < b; k++) {
-        ExactFloatR<cdi> p(words[0], term_words), q(words[1], term_words);
+        ExactFloatR p(words[0], term_words), q(words[1], term_words);
         series.BSR_End(p, q, k + 1);
         const Integer t = Q * value(p, -scale);
         const Integer factor = value(q, 0);
@@ -99,7 +99,8 @@ class SmallSeries : public zl_BSS_P2B3_Type0 {
     double precision_of(u64_t a, u64_t b) const override {
         return static_cast<double>(b - a) * std::log(2.5);
     }
-    void BSR_End(IntR& P, IntR& Q, IntR& R, IntR& t0, IntR& t1, u64_t a, u64_t b) const override {
+    void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                 u64_t b) const override {
         if (b - a != 1) return terms::end_recursion(*this, P, Q, R, t0, t1, a, b);
         const u128_t p = static_cast<u128_t>(2 * b - 1) * (b + 3);
         P.get_T()[0] = static_cast<u64_t>(p);
@@ -141,8 +142,8 @@ class GuardedSum {
         B_PSR(bp, series, plan, P_.x, Q_.x, nodes_.data(), log, status);
     }
 
-    const BigFloat<cdi>& P() const { return P_.x; }
-    const BigFloat<cdi>& Q() const { return Q_.x; }
+    const BigFloat& P() const { return P_.x; }
+    const BigFloat& Q() const { return Q_.x; }
     Fraction fraction() const {
         const s64_t low = std::min(P().get_exp(), Q().get_exp());
         return {value(P(), low), value(Q(), low)};
@@ -151,7 +152,7 @@ class GuardedSum {
     const SumSizes sizes;
 
   private:
-    BigIn<cdi> P_, Q_;
+    BigIn P_, Q_;
     GuardedWords<cdi> nodes_;
 };
 

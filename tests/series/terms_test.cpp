@@ -20,8 +20,6 @@ using testing::GuardedWords;
 using testing::Integer;
 using testing::Rational;
 
-using IntR = BasicIntR<cdi>;
-
 Integer n(u64_t x) {
     return Integer::of(x);
 }
@@ -44,7 +42,7 @@ struct Node {
     void fill(const zl_BSS_P2B3_Type0& series, u64_t a, u64_t b) { series.BSR_End(P, Q, R, t0, t1, a, b); }
 
     GuardedWords<cdi> buffers[5];
-    IntR P, Q, R, t0, t1;
+    BasicIntR P, Q, R, t0, t1;
 };
 
 // One series of the kind P, Q, R with the formulas of its term.
@@ -313,9 +311,9 @@ TEST(SeriesRanges, ObjectsTooSmallForARangeThrow) {
     for (const Case& c : cases()) {
         for (int which = 0; which < 5; which++) {
             Node node(end_words(c.term_words, 7));
-            IntR* const objects[] = {&node.P, &node.Q, &node.R, &node.t0, &node.t1};
+            BasicIntR* const objects[] = {&node.P, &node.Q, &node.R, &node.t0, &node.t1};
             for (upL_t words = 0; words < 7; words++) {
-                *objects[which] = IntR(objects[which]->get_T(), words);
+                *objects[which] = BasicIntR(objects[which]->get_T(), words);
                 EXPECT_THROW(node.fill(*c.series, 1000000, 1000007), BufferTooSmallException);
             }
         }
@@ -394,7 +392,7 @@ struct Pair {
           P(buffers[0].data(), words),
           Q(buffers[1].data(), words) {}
     GuardedWords<cdi> buffers[2];
-    IntR P, Q;
+    BasicIntR P, Q;
 };
 
 upL_t taylor_words(u64_t k) {
@@ -441,7 +439,7 @@ TEST(SeriesETaylor, BuffersTooSmall) {
         const char* location = alternating ? "E_Taylor2_BSR_End_PQ1()" : "E_Taylor1_BSR_End_PQ1()";
         for (u64_t k = 1; k < 8; k++) {
             GuardedWords<cdi> buffer(2 * k);
-            IntR whole(buffer.data(), k), shorter(buffer.data() + k, k - 1);
+            BasicIntR whole(buffer.data(), k), shorter(buffer.data() + k, k - 1);
             expect_too_small(location, [&] { series.BSR_End(shorter, whole, 0, k); });
             expect_too_small(location, [&] { series.BSR_End(whole, shorter, 0, k); });
         }
@@ -456,7 +454,7 @@ struct HuventTerm {
           P(buffers[0].data(), p),
           Q(buffers[1].data(), q) {}
     GuardedWords<cdi> buffers[2];
-    ExactFloatR<cdi> P, Q;
+    ExactFloatR P, Q;
 };
 
 Integer huvent_P(const Integer& k) {

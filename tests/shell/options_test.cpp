@@ -64,8 +64,8 @@ TEST(ConstantKeyword, EveryKeywordNamesItsConstant) {
         std::string printed;
         EXPECT_EQ(choose(settings, row.word, printed), 0) << row.word;
         EXPECT_EQ(printed, "") << row.word;
-        EXPECT_EQ(settings.id, row.id) << row.word;
-        EXPECT_EQ(settings.param, row.parameter) << row.word;
+        EXPECT_EQ(settings.id(), row.id) << row.word;
+        EXPECT_EQ(settings.param(), row.parameter) << row.word;
     }
 }
 
@@ -97,7 +97,7 @@ TEST(ConstantKeyword, RefusalsPrintTheirReason) {
         std::string printed;
         EXPECT_EQ(choose(settings, row.word, printed), 1) << row.word;
         EXPECT_EQ(printed, row.printed) << row.word;
-        EXPECT_EQ(settings.id, 3u) << row.word;
+        EXPECT_EQ(settings.id(), 3u) << row.word;
     }
 }
 
@@ -108,24 +108,24 @@ TEST(CustomOptions, EveryOptionReachesItsSetting) {
                           {"-algorithm:1", "-dec:1b", "-T:8", "-o", folder.path(), "-C:100m", "-mode:swap",
                            "-M:2.5G", "-minIO:1M", "-swap:raid0", folder.path(), folder.path()}),
               "");
-    EXPECT_EQ(settings.algorithm, 1);
-    EXPECT_EQ(settings.dec, 1'000'000'000u);
-    EXPECT_EQ(settings.tds, 8u);
-    EXPECT_EQ(settings.path, folder.wide_path());
-    EXPECT_EQ(settings.digits_per_file, 100'000'000u);
-    EXPECT_EQ(settings.mode, ComputeMode::swap);
-    EXPECT_EQ(settings.memory_limit, 2'684'354'560u);
-    EXPECT_EQ(settings.minIO, 1u << 20);
-    EXPECT_EQ(settings.swap.raid.groups.size(), 2u);
-    EXPECT_EQ(settings.swap.minIO_logical, 2u << 20);
+    EXPECT_EQ(settings.algorithm(), 1);
+    EXPECT_EQ(settings.dec(), 1'000'000'000u);
+    EXPECT_EQ(settings.tds(), 8u);
+    EXPECT_EQ(settings.path(), folder.wide_path());
+    EXPECT_EQ(settings.digits_per_file(), 100'000'000u);
+    EXPECT_EQ(settings.mode(), ComputeMode::swap);
+    EXPECT_EQ(settings.memory_limit(), 2'684'354'560u);
+    EXPECT_EQ(settings.minIO(), 1u << 20);
+    EXPECT_EQ(settings.swap().raid.groups.size(), 2u);
+    EXPECT_EQ(settings.swap().minIO_logical, 2u << 20);
     EXPECT_TRUE(folder.is_empty());
 }
 
 TEST(CustomOptions, UnknownOptionsAreSkippedAndThreadsClipped) {
     ComputeParameters settings;
     EXPECT_EQ(apply_words(settings, {"-dec:1b", "-zzz", "-T:0"}), skip_line("-zzz") + clip_line("1"));
-    EXPECT_EQ(settings.dec, 1'000'000'000u);
-    EXPECT_EQ(settings.tds, 1u);
+    EXPECT_EQ(settings.dec(), 1'000'000'000u);
+    EXPECT_EQ(settings.tds(), 1u);
     EXPECT_EQ(apply_words(settings, {"-zzz:1:2", "-t:4", "-DEC:5"}),
               skip_line("-zzz:1:2") + skip_line("-t:4") + skip_line("-DEC:5"));
 }
@@ -135,10 +135,10 @@ TEST(CustomOptions, ThreadsAreClippedWithAWarning) {
     EXPECT_EQ(apply_words(settings, {"-T:x"}), clip_line("1"));
     EXPECT_EQ(apply_words(settings, {"-T"}), clip_line("1"));
     EXPECT_EQ(apply_words(settings, {"-T:257"}), clip_line("256"));
-    EXPECT_EQ(settings.tds, 256u);
+    EXPECT_EQ(settings.tds(), 256u);
     EXPECT_EQ(apply_words(settings, {"-T:256"}), "");
     EXPECT_EQ(apply_words(settings, {"-T:1"}), "");
-    EXPECT_EQ(settings.tds, 1u);
+    EXPECT_EQ(settings.tds(), 1u);
 }
 
 TEST(CustomOptions, ARefusedOptionKeepsTheOldSettingAndTheLoopGoesOn) {
@@ -146,9 +146,9 @@ TEST(CustomOptions, ARefusedOptionKeepsTheOldSettingAndTheLoopGoesOn) {
     const std::string range = error_line("# of digits is out of range");
     EXPECT_EQ(apply_words(settings, {"-algorithm:2", "-dec:99", "-hex:1", "-T:3"}),
               error_line("Invalid Algorithm") + range + range);
-    EXPECT_EQ(settings.algorithm, 0);
-    EXPECT_EQ(settings.dec, 50'000'000u);
-    EXPECT_EQ(settings.tds, 3u);
+    EXPECT_EQ(settings.algorithm(), 0);
+    EXPECT_EQ(settings.dec(), 50'000'000u);
+    EXPECT_EQ(settings.tds(), 3u);
 }
 
 // From the smallest run to the largest of every constant: each option finds estimates or says why there are
@@ -163,10 +163,11 @@ TEST(CustomOptions, EveryConstantTakesEveryOption) {
              {"-dec:100", "-hex:1k", "-dec:1m", "-dec:50m", "-dec:1t", "-dec:90000000000050"}) {
             for (const char* option : {"-T:256", "-T:1", "-algorithm:0", "-M:1G", "-minIO:1", "-mode:ram"}) {
                 EXPECT_EQ(apply_words(settings, {digits, option}), "") << constant << digits << option;
-                EXPECT_EQ(settings.Osize, settings.memTW + settings.memIO);
-                const bool estimated = settings.estimate_refusal.empty() && settings.id != constant_id::log;
-                EXPECT_EQ(settings.ML != 0, estimated) << constant << digits << option;
-                EXPECT_EQ(settings.ML, settings.Msize);
+                EXPECT_EQ(settings.Osize(), settings.memTW() + settings.memIO());
+                const bool estimated =
+                    settings.estimate_refusal().empty() && settings.id() != constant_id::log;
+                EXPECT_EQ(settings.ML() != 0, estimated) << constant << digits << option;
+                EXPECT_EQ(settings.ML(), settings.Msize());
             }
         }
     }
@@ -175,17 +176,17 @@ TEST(CustomOptions, EveryConstantTakesEveryOption) {
 TEST(CustomOptions, DecHasNoFractionAndMemoryHas) {
     ComputeParameters settings;
     EXPECT_EQ(apply_words(settings, {"-dec:2.5b", "-M:2.5G"}), error_line("# of digits is out of range"));
-    EXPECT_EQ(settings.memory_limit, 2'684'354'560u);
+    EXPECT_EQ(settings.memory_limit(), 2'684'354'560u);
 }
 
 TEST(CustomOptions, Hex) {
     ComputeParameters settings;
     EXPECT_EQ(apply_words(settings, {"-hex:1m"}), "");
-    EXPECT_EQ(settings.hex, 1'000'000u);
-    EXPECT_EQ(settings.dec, 1'204'119u);
+    EXPECT_EQ(settings.hex(), 1'000'000u);
+    EXPECT_EQ(settings.dec(), 1'204'119u);
     EXPECT_EQ(apply_words(settings, {"-hex:0"}), "");
-    EXPECT_EQ(settings.hex, 0u);
-    EXPECT_EQ(settings.dec, 1'204'119u);
+    EXPECT_EQ(settings.hex(), 0u);
+    EXPECT_EQ(settings.dec(), 1'204'119u);
 }
 
 TEST(CustomOptions, Compression) {
@@ -194,9 +195,9 @@ TEST(CustomOptions, Compression) {
     EXPECT_EQ(apply_words(settings, {"-dec:1048575", "-C:1m"}), error_line("Too few digits to compress."));
     EXPECT_EQ(apply_words(settings, {"-C:0"}), "");
     EXPECT_EQ(apply_words(settings, {"-dec:10m", "-C:1m"}), "");
-    EXPECT_EQ(settings.digits_per_file, 1'000'000u);
+    EXPECT_EQ(settings.digits_per_file(), 1'000'000u);
     EXPECT_EQ(apply_words(settings, {"-C:0"}), "");
-    EXPECT_EQ(settings.digits_per_file, 0u);
+    EXPECT_EQ(settings.digits_per_file(), 0u);
 }
 
 TEST(CustomOptions, Mode) {
@@ -205,11 +206,11 @@ TEST(CustomOptions, Mode) {
               skip_line("disk") + skip_line("") + skip_line("Swap"));
     EXPECT_EQ(apply_words(settings, {"-dec:999999", "-mode:swap"}),
               error_line("Too few digits for swap mode."));
-    EXPECT_EQ(settings.mode, ComputeMode::ram_only);
+    EXPECT_EQ(settings.mode(), ComputeMode::ram_only);
     EXPECT_EQ(apply_words(settings, {"-dec:10m", "-mode:swap"}), "");
-    EXPECT_EQ(settings.mode, ComputeMode::swap);
+    EXPECT_EQ(settings.mode(), ComputeMode::swap);
     EXPECT_EQ(apply_words(settings, {"-mode:ram"}), "");
-    EXPECT_EQ(settings.mode, ComputeMode::ram_only);
+    EXPECT_EQ(settings.mode(), ComputeMode::ram_only);
 }
 
 TEST(CustomOptions, OutputPathIsTheWholeNextWord) {
@@ -217,10 +218,10 @@ TEST(CustomOptions, OutputPathIsTheWholeNextWord) {
     ComputeParameters settings;
     std::filesystem::create_directory(folder.path() + "/-dec:5");
     EXPECT_EQ(apply_words(settings, {"-o", folder.path() + "/-dec:5"}), "");
-    EXPECT_EQ(settings.path, folder.wide_path() + L"/-dec:5");
+    EXPECT_EQ(settings.path(), folder.wide_path() + L"/-dec:5");
     EXPECT_EQ(apply_words(settings, {"-o", folder.path() + "/missing"}),
               error_line("Unable to write to path."));
-    EXPECT_EQ(settings.path, folder.wide_path() + L"/-dec:5");
+    EXPECT_EQ(settings.path(), folder.wide_path() + L"/-dec:5");
     EXPECT_THROW(apply_words(settings, {"-o"}), CommandLine::CommandLineException);
 }
 
@@ -228,14 +229,14 @@ TEST(CustomOptions, SwapTakesTheRestOfTheLine) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder.path() + "/-T:5");
     ComputeParameters settings;
-    const u32_t threads = settings.tds;
+    const u32_t threads = settings.tds();
     EXPECT_EQ(
         apply_words(settings, {"-swap:raid3", folder.path(), folder.path() + "/-T:5", folder.path() + "/"}),
         "");
-    ASSERT_EQ(settings.swap.raid.groups.size(), 1u);
-    EXPECT_EQ(settings.swap.raid.groups[0].paths.size(), 3u);
-    EXPECT_EQ(settings.swap.raid.groups[0].paths[1].path, folder.wide_path() + L"/-T:5");
-    EXPECT_EQ(settings.tds, threads);
+    ASSERT_EQ(settings.swap().raid.groups.size(), 1u);
+    EXPECT_EQ(settings.swap().raid.groups[0].paths.size(), 3u);
+    EXPECT_EQ(settings.swap().raid.groups[0].paths[1].path, folder.wide_path() + L"/-T:5");
+    EXPECT_EQ(settings.tds(), threads);
 }
 
 TEST(CustomOptions, SwapWithoutAPathThrows) {
@@ -257,7 +258,7 @@ TEST(CustomOptions, SwapRefusals) {
     words.resize(1 + 9);
     words[0] = "-swap:raid3";
     EXPECT_EQ(apply_words(settings, words), error_line("There is a limit of 8 paths for RAID3."));
-    EXPECT_TRUE(settings.swap.raid.groups.empty());
+    EXPECT_TRUE(settings.swap().raid.groups.empty());
 }
 
 TEST(BenchmarkOptions, EverySizeLabelAndThreads) {
@@ -319,13 +320,13 @@ TEST(BenchmarkSettings, ArePiByChudnovskyWithoutHexadecimalDigits) {
     std::string printed;
     printed = testing::console_output([&] {
         const ComputeParameters settings = benchmark_settings(parameters);
-        EXPECT_EQ(settings.id, 3u);
-        EXPECT_EQ(settings.param, 0u);
-        EXPECT_EQ(settings.algorithm, 0);
-        EXPECT_EQ(settings.dec, 1'048'576u);
-        EXPECT_EQ(settings.hex, 0u);
-        EXPECT_EQ(settings.tds, 3u);
-        EXPECT_EQ(settings.mode, ComputeMode::ram_only);
+        EXPECT_EQ(settings.id(), 3u);
+        EXPECT_EQ(settings.param(), 0u);
+        EXPECT_EQ(settings.algorithm(), 0);
+        EXPECT_EQ(settings.dec(), 1'048'576u);
+        EXPECT_EQ(settings.hex(), 0u);
+        EXPECT_EQ(settings.tds(), 3u);
+        EXPECT_EQ(settings.mode(), ComputeMode::ram_only);
     });
     EXPECT_EQ(printed, "");
 }
@@ -336,7 +337,7 @@ TEST(BenchmarkSettings, ThreadsAreClippedWithAWarning) {
     for (const auto& [threads, clipped] : {std::pair<u64_t, u32_t>{0, 1}, {999, 256}}) {
         parameters.threads = threads;
         u32_t tds = 0;
-        EXPECT_EQ(testing::console_output([&] { tds = benchmark_settings(parameters).tds; }),
+        EXPECT_EQ(testing::console_output([&] { tds = benchmark_settings(parameters).tds(); }),
                   clip_line(std::to_string(clipped)));
         EXPECT_EQ(tds, clipped);
     }

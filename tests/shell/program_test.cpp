@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "compute/run.hpp"
+#include "compute/run/run.hpp"
 #include "expected_text.hpp"
 #include "shell/build_targets.hpp"
 #include "temporary_folder.hpp"

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "compute/computed_run.hpp"
+#include "compute/run/computed_run.hpp"
 #include "shell/program.hpp"
 #include "temporary_folder.hpp"
 
@@ -32,7 +32,7 @@ inline void expect_peak_below_promise(const ConstantRow& constant, u64_t dec, u6
         run_program({"custom", constant.name, "-dec:" + std::to_string(dec), "-T:" + std::to_string(threads)},
                     "", folder.path(), std::chrono::seconds(300));
     ASSERT_EQ(result.exit_code, 0) << result.output;
-    const u64_t promise = settings.ML + settings.Osize;
+    const u64_t promise = settings.ML() + settings.Osize();
     const u64_t peak = static_cast<u64_t>(result.peak_resident_kib) * 1024;
     EXPECT_LT(peak, promise + resident_allowance);
     EXPECT_GE(peak, promise);  // all of it is touched

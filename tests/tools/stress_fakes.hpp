@@ -62,11 +62,11 @@ class FakeComponent : public multiplier<c64i> {
     }
     transform* make_transform(const BasicParameters&, void*, upL_t) const override { return nullptr; }
 
-    void mul(const BasicParameters& bp, c64i* T, const c64i* A, upL_t La, const c64i* B,
-             upL_t Lb) const override {
+    void mul(const BasicParameters& bp, c64i* T, WordSpan<c64i> A, WordSpan<c64i> B) const override {
+        const upL_t L = A.size() + B.size();
         const u64_t call = ++calls_;
         if (!tables_are_intact()) throw std::logic_error("tables overwritten");
-        if (bp.ML < work_bytes(La + Lb, bp.tds)) throw std::logic_error("work buffer too small");
+        if (bp.ML < work_bytes(L, bp.tds)) throw std::logic_error("work buffer too small");
         if (reinterpret_cast<std::uintptr_t>(bp.M) % 32 != 0) throw std::logic_error("work buffer misplaced");
         {
             const std::lock_guard lock(mutex_);
@@ -74,14 +74,15 @@ class FakeComponent : public multiplier<c64i> {
         }
         std::memset(bp.M, static_cast<int>(call), bp.ML);
         static_assert(sizeof(mp_limb_t) == sizeof(c64i));
-        std::vector<mp_limb_t> product(La + Lb);
-        mpn_mul(product.data(), reinterpret_cast<const mp_limb_t*>(A), static_cast<mp_size_t>(La),
-                reinterpret_cast<const mp_limb_t*>(B), static_cast<mp_size_t>(Lb));
+        std::vector<mp_limb_t> product(L);
+        mpn_mul(product.data(), reinterpret_cast<const mp_limb_t*>(A.data()),
+                static_cast<mp_size_t>(A.size()), reinterpret_cast<const mp_limb_t*>(B.data()),
+                static_cast<mp_size_t>(B.size()));
         std::memcpy(T, product.data(), product.size() * sizeof(c64i));
         FakeClock::tick();
         if (call == wrong_call) {
             note_faulty_thread();
-            T[call % (La + Lb)] ^= u64_t{1} << (call % 64);
+            T[call % L] ^= u64_t{1} << (call % 64);
         }
         on_call(call);
     }

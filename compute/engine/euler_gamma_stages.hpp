@@ -1,0 +1,19 @@
+// The stages that only the Brent-McMillan formula has, with n = 2^m: the series A and B to the quotient A/B,
+// and the asymptotic series C to the correction C/B^2. Precisions in words.
+#pragma once
+
+#include "compute/engine/stage_memory.hpp"
+
+namespace znp {
+
+// A/B = T/D, and B = R/S. In the heap in this order; S and R only where w is not 0.
+struct EulerGammaSums {
+    HeapFloat S, R;  // to w words
+    HeapFloat T, D;
+};
+EulerGammaSums euler_gamma_ab_B(StageMemory& memory, u32_t m, upL_t w);
+
+// C/B^2 to w words, w at least 1.
+HeapFloat euler_gamma_c_B(StageMemory& memory, u32_t m, upL_t w, const BigFloat& S, const BigFloat& R);
+
+}  // namespace znp

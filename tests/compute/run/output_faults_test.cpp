@@ -1,0 +1,199 @@
+// Output stages on hardware that errs: repeated conversions and verifications, flipped bits, and the rounding
+// that is no error.
+#include <gtest/gtest.h>
+
+#include "compute/run/digit_output.hpp"
+#include "compute/run/output_test_support.hpp"
+#include "foundation/strings.hpp"
+#include "test_seed.hpp"
+
+namespace znp {
+namespace {
+
+using testing::dying;
+using testing::exact_conversion;
+using testing::exact_verification;
+using testing::expect_digits;
+using testing::Number;
+using testing::output;
+using testing::OutputRun;
+using testing::residue_of;
+using testing::root;
+using testing::UseCalls;
+using namespace testing::sent;
+using ::testing::ExitedWithCode;
+
+// With an exact conversion and verification behind the stages.
+class OutputFaultsTest : public ::testing::Test {
+    const UseCalls calls_{exact_conversion, exact_verification};
+};
+
+using OutputFaultsDeathTest = OutputFaultsTest;
+
+// Stand-ins that fail as often as `failures` says, and change what comes out by what `fault` says.
+int failures = 0;
+enum class Fault { none, overlap, power, word_beyond_radix };
+Fault fault = Fault::none;
+
+int failing_conversion(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
+                       StatusLine* status) {
+    const int result = exact_conversion(bp, radix, out, n, fraction, L, status);
+    if (failures == 0) return result;
+    --failures;
+    if (fault == Fault::word_beyond_radix) {
+        out[n / 2] |= cdi{3} << 62;
+        return 0;
+    }
+    std::fill(out, out + n, ~cdi{0});
+    return fault == Fault::overlap ? overlap_error : 1;
+}
+
+int failing_verification(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, const cdi* fraction,
+                         upL_t L, u64_t& residue, StatusLine* status) {
+    exact_verification(bp, radix, e, integer, fraction, L, residue, status);
+    if (failures == 0) return 0;
+    --failures;
+    residue = 12345;
+    return 1;
+}
+
+upL_t occurrences(const std::string& text, const std::string& piece) {
+    upL_t n = 0;
+    for (upL_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
+    return n;
+}
+
+TEST_F(OutputFaultsTest, AFailedConversionIsRepeated) {
+    const UseCalls calls(failing_conversion, exact_verification);
+    for (const Fault kind : {Fault::overlap, Fault::power, Fault::word_beyond_radix}) {
+        for (const int times : {1, 3}) {
+            fault = kind;
+            failures = times;
+            OutputRun state(500);
+            const Number number = root(state, 2);
+            const std::string printed = output(state, number);
+            expect_digits(state, number);
+            const upL_t n = static_cast<upL_t>(times);
+            EXPECT_EQ(occurrences(printed, R + "Radix Conversion Failed - Reattempting...\n" + W), n);
+            EXPECT_EQ(occurrences(state.run.events.text(), "\tRadix Conversion Failed - Reattempting...\r\n"),
+                      n);
+        }
+    }
+}
+
+TEST_F(OutputFaultsTest, AFailedVerificationIsRepeated) {
+    const UseCalls calls(exact_conversion, failing_verification);
+    for (const int times : {1, 3}) {
+        failures = times;
+        OutputRun state(500);
+        const Number number = root(state, 2);
+        const std::string printed = output(state, number);
+        expect_digits(state, number);
+        const upL_t n = static_cast<upL_t>(times);
+        EXPECT_EQ(occurrences(printed, R + "Verification Failed - Reattempting...\n" + W), n);
+        EXPECT_EQ(occurrences(state.run.events.text(), "\tVerification Failed - Reattempting...\r\n"), n);
+    }
+}
+
+// A bit of the result, counted from its lowest one, that comes out wrong without anybody noticing.
+u64_t flipped_bit = 0;
+
+int flipping_conversion(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
+                        StatusLine* status) {
+    const int result = exact_conversion(bp, radix, out, n, fraction, L, status);
+    out[flipped_bit / 64] ^= cdi{1} << flipped_bit % 64;
+    return result;
+}
+
+TEST_F(OutputFaultsDeathTest, AFlippedBitIsFatal) {
+    const UseCalls calls(flipping_conversion, exact_verification);
+    auto rng = testing::make_rng(4);
+    for (int round = 0; round < 10; ++round) {
+        OutputRun state(500);
+        const Number number = root(state, 2);
+        // Words from 3 on hold wanted digits only; a low bit leaves a word below the radix.
+        flipped_bit = 64 * (3 + rng() % (decimal_words(500) - 3)) + rng() % 40;
+        EXPECT_EXIT(dying([&] { convert_and_write_B(state.memory, number.view()); }), ExitedWithCode(1),
+                    "R = [0-9]+\nB = " + to_string_u64(residue_of(number, 500)) +
+                        "\n.*Base Conversion Failed: Checksum Mismatch");
+    }
+}
+
+// The words that hold no wanted digit may be anything.
+TEST_F(OutputFaultsTest, DigitsThatAreNotWrittenDoNotMatter) {
+    const UseCalls calls(flipping_conversion, exact_verification);
+    for (const u64_t bit : {u64_t{0}, u64_t{39}, u64_t{64}, u64_t{64 + 39}}) {
+        flipped_bit = bit;
+        OutputRun state(500);
+        const Number number = root(state, 2);
+        output(state, number);
+        expect_digits(state, number);
+    }
+}
+
+// ---- Rounding: the residues of the digits and of the number -----------------------------------------------
+
+// Added to the number that the digits form without the point.
+s64_t rounding = 0;
+
+int rounded_conversion(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
+                       StatusLine* status) {
+    const int result = exact_conversion(bp, radix, out, n, fraction, L, status);
+    constexpr u64_t dec = 494;  // 26 words and no digit more: words 3 and up are the wanted ones
+    static_assert(dec % 19 == 0 && decimal_words(dec) == dec / 19 + 3);
+    out[3] += static_cast<cdi>(rounding);
+    return result;
+}
+
+int rounded_verification(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, const cdi* fraction,
+                         upL_t L, u64_t& residue, StatusLine* status) {
+    const int result = exact_verification(bp, radix, e, integer, fraction, L, residue, status);
+    const u64_t size = static_cast<u64_t>(rounding < 0 ? -rounding : rounding);
+    residue = rounding < 0 ? residue::sub(residue, size) : residue::add(residue, size);
+    return result;
+}
+
+TEST_F(OutputFaultsTest, OneUnitOfRoundingPasses) {
+    for (const s64_t by : {-1, 0, 1}) {
+        rounding = by;
+        OutputRun state(494);
+        const UseCalls calls(rounded_conversion, exact_verification);
+        output(state, root(state, 2));
+        EXPECT_EQ(state.run.binary_hash, residue_of(root(state, 2), 494) + static_cast<u64_t>(by));
+        EXPECT_TRUE(state.clean());
+    }
+}
+
+TEST_F(OutputFaultsDeathTest, TwoUnitsOfRoundingAreFatal) {
+    for (const s64_t by : {-2, 2}) {
+        rounding = by;
+        OutputRun state(494);
+        const Number number = root(state, 2);
+        const UseCalls calls(rounded_conversion, exact_verification);
+        EXPECT_EXIT(dying([&] { convert_and_write_B(state.memory, number.view()); }), ExitedWithCode(1),
+                    "Base Conversion Failed: Checksum Mismatch");
+    }
+}
+
+// The number without its point is one below a multiple of the modulus, or such a multiple.
+TEST_F(OutputFaultsTest, OneUnitOfRoundingAcrossTheModulus) {
+    const u64_t dec = 494;
+    testing::Mpz N;
+    mpz_ui_pow_ui(N.z, 10, dec);
+    mpz_add_ui(N.z, N.z, residue::p - mpz_fdiv_ui(N.z, residue::p));
+    for (const s64_t by : {1, -1}) {
+        rounding = by;
+        if (by == 1) mpz_sub_ui(N.z, N.z, 1);
+        if (by == -1) mpz_add_ui(N.z, N.z, 1);
+        const std::unique_ptr<char, void (*)(void*)> text(mpz_get_str(nullptr, 10, N.z), std::free);
+        OutputRun state(dec);
+        const Number number = testing::decimal_number(text.get(), 1, 2, dec, state.run.settings.p + 1);
+        ASSERT_EQ(residue_of(number, dec), by == 1 ? residue::p - 1 : 0);
+        const UseCalls calls(exact_conversion, rounded_verification);
+        output(state, number);
+        expect_digits(state, number);
+    }
+}
+
+}  // namespace
+}  // namespace znp
