@@ -79,11 +79,11 @@ void transform::product(Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B, cons
     product_by_steps(*this, R, A, B, work);
 }
 
-u64_t transform::checked_fsqr(Window<c64i>, Image*, TransformScratch*) const {
+CheckedResult transform::checked_fsqr(Window<c64i>, Image*, TransformScratch*) const {
     unchecked(*this);
 }
 
-u64_t transform::checked_fmul(Window<c64i>, Image*, const Image*, TransformScratch*) const {
+CheckedResult transform::checked_fmul(Window<c64i>, Image*, const Image*, TransformScratch*) const {
     unchecked(*this);
 }
 

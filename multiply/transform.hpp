@@ -40,6 +40,13 @@ struct WorkAreas {
     TransformScratch* scratch;
 };
 
+// Guard residues (multiply/kernels/guard_residue.hpp) of a result: of all its words, of which those in the
+// window are read where they were delivered, and of the window's alone, as a number from its first word on.
+struct CheckedResult {
+    u64_t whole;
+    u64_t window;
+};
+
 class transform {
   public:
     const TableHolder* holder;
@@ -85,13 +92,14 @@ class transform {
     virtual void product(Window<c32i> R, WordSpan<c32i> A, WordSpan<c32i> B, const WorkAreas& work) const;
     virtual void product(Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B, const WorkAreas& work) const;
 
-    // Inverses that can be verified: the same with the residue (multiply/kernels/residue.hpp) of the whole
-    // result R, of which the window is a part. The operands' product is R + q M, where M is the modulus of a
-    // cyclic algorithm and q the words above max_bits, less one if they are more than the words below. A
-    // modulus of 0: nothing wraps, R is the product. An algorithm without these forms throws.
-    virtual u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const;
-    virtual u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const;
-    virtual u64_t modulus() const;  // its residue
+    // Inverses that can be verified: the same with guard residues. The operands' product is R + q M, where R
+    // is the whole result, M the modulus of a cyclic algorithm and q the words above max_bits, less one if
+    // they are more than the words below. A modulus of 0: nothing wraps, R is the product. An algorithm
+    // without these forms throws.
+    virtual CheckedResult checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const;
+    virtual CheckedResult checked_fmul(Window<c64i> R, Image* T1, const Image* T2,
+                                       TransformScratch* scratch) const;
+    virtual u64_t modulus() const;  // its guard residue
 
     // Same algorithm and same parameters, so that images made by either can be combined.
     virtual bool equals(const transform& other) const = 0;

@@ -6,7 +6,7 @@
 #include "foundation/fail.hpp"
 #include "multiply/bkt/karatsuba.hpp"
 #include "multiply/bkt/window.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/guard_hash.hpp"
 
 namespace znp {
 
@@ -90,12 +90,12 @@ void BKTTransform::inverse_fmul(Window<c64i> R, Image* T1, const Image* T2, Tran
     }
 }
 
-u64_t BKTTransform::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
+CheckedResult BKTTransform::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
     return checked_fmul(R, T, T, scratch);
 }
 
-u64_t BKTTransform::checked_fmul(Window<c64i> R, Image* T1, const Image* T2,
-                                 TransformScratch* scratch) const {
+CheckedResult BKTTransform::checked_fmul(Window<c64i> R, Image* T1, const Image* T2,
+                                         TransformScratch* scratch) const {
     check_length(R.e);
     const WordSpan<c64i> A = operand(T1), B = operand(T2);
     check_length(std::max(A.size(), B.size()));
@@ -104,9 +104,7 @@ u64_t BKTTransform::checked_fmul(Window<c64i> R, Image* T1, const Image* T2,
     if (n != 0) bkt::mul(A.data(), A.size(), B.data(), B.size(), product, product + n);
     R = clear_above(R, n);
     std::copy_n(product + R.s, R.size(), R.T);
-    u64_t hash = residue::hash_words(product + R.e, n - R.e);
-    hash = residue::hash_words(R.T, R.size(), hash);  // the words as they arrived
-    return residue::hash_words(product, R.s, hash);
+    return checked_result(product, n, R, 1);
 }
 
 void BKTTransform::forward(Image*, WordSpan<c32i>, TransformScratch*) const {

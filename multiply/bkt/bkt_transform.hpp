@@ -26,8 +26,8 @@ class BKTTransform final : public transform {
     void inverse_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
 
     // The whole product in the scratch, so that the window's words are the true ones.
-    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
-    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
+    CheckedResult checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
+    CheckedResult checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
     u64_t modulus() const override { return 0; }
 
     bool equals(const transform& other) const override;

@@ -6,7 +6,7 @@
 #include "foundation/fatal.hpp"
 #include "multiply/fft/fft_carry.hpp"
 #include "multiply/fft/fft_kernels.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/guard_hash.hpp"
 #include "multiply/table_holder.hpp"
 
 namespace znp {
@@ -113,18 +113,19 @@ void FFT::inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScra
     inverse_window(R, T1, T2, scratch);
 }
 
-u64_t FFT::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
+CheckedResult FFT::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
     return checked_fmul(R, T, T, scratch);
 }
 
-u64_t FFT::checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
+CheckedResult FFT::checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
     const u32_t top = inverse_window(as_c32i(R), T1, T2, scratch);
-    return top != 0 ? residue::sub(modulus(), 1)
-                    : residue::hash_words(reinterpret_cast<c64i*>(scratch), bits / 64);
+    CheckedResult result = checked_result(reinterpret_cast<const c64i*>(scratch), bits / 64, R, 1);
+    if (top != 0) result.whole = guard::add(result.whole, guard::sub(modulus(), 1));
+    return result;
 }
 
 u64_t FFT::modulus() const {
-    return residue::add(residue::mul_power_of_2(1, static_cast<unsigned>(bits % 61)), 1);
+    return guard::add(guard::word_power(static_cast<s64_t>(bits / 64)), 1);
 }
 
 void FFT::inverse_from(Window<c32i> R, Image* T, TransformScratch* scratch) const {

@@ -38,8 +38,8 @@ class FFT final : public transform {
     void inverse_fsqr(Window<c32i> R, Image* T, TransformScratch* scratch) const override;
     void inverse_fmul(Window<c32i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
 
-    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
-    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
+    CheckedResult checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
+    CheckedResult checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
     u64_t modulus() const override;
 
     // Undoes forward, with no pointwise step.

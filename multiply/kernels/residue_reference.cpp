@@ -1,5 +1,6 @@
 #include "multiply/kernels/residue_reference.hpp"
 
+#include "multiply/kernels/guard_residue.hpp"
 #include "multiply/kernels/residue.hpp"
 
 namespace znp::residue {
@@ -31,3 +32,13 @@ u64_t hash_words64_reference(const c64i* T, upL_t L, u64_t seed) {
 }
 
 }  // namespace znp::residue
+
+namespace znp::guard {
+
+u64_t hash_words_reference(const c64i* T, upL_t L, u64_t seed) {
+    u64_t h = seed % q;
+    while (L-- != 0) h = static_cast<u64_t>(((static_cast<u128_t>(h) << 64) | T[L]) % q);
+    return h;
+}
+
+}  // namespace znp::guard

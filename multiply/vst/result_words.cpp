@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "multiply/guard_hash.hpp"
 #include "multiply/kernels/carry_loop.hpp"
-#include "multiply/kernels/residue.hpp"
 
 namespace znp::vst {
 
@@ -79,11 +79,30 @@ void ResultWords::copy_rest() const {
     }
 }
 
-u64_t ResultWords::hash() const {
+// Of the 64-bit words [low, high) that stand in the image.
+u64_t ResultWords::hash_image(upL_t low, upL_t high) const {
     u64_t h = 0;
-    for (u64_t block = geometry_.blocks(); block-- > 0;)
-        h = residue::hash_words64(reinterpret_cast<const c64i*>(at(block)), words64(), h);
+    while (high > low) {
+        const u64_t block = (high - 1) / words64();
+        const upL_t first = block * words64();
+        const upL_t from = std::max(low, first);
+        const std::byte* const words = image_ + geometry_.block_offset(block) * sizeof(double);
+        h = guard::hash_words(reinterpret_cast<const c64i*>(words) + (from - first), high - from, h);
+        high = from;
+    }
     return h;
+}
+
+CheckedResult ResultWords::checked(u64_t threads) const {
+    const upL_t s = result_.s / 2, e = result_.e / 2, all = geometry_.blocks() * words64();
+    const auto image_part = [&](upL_t from, upL_t to) {
+        return guard::hash_by_threads(
+            to - from, threads, [&](upL_t low, upL_t high) { return hash_image(from + low, from + high); });
+    };
+    const u64_t window = guard::hash_words(reinterpret_cast<const c64i*>(result_.R), e - s, 0, threads);
+    u64_t whole = guard::shift_words(image_part(e, all), static_cast<s64_t>(e - s));
+    whole = guard::shift_words(guard::add(whole, window), static_cast<s64_t>(s));
+    return {guard::add(whole, image_part(0, s)), window};
 }
 
 }  // namespace znp::vst

@@ -1,6 +1,7 @@
 // The words of a result as one number, wherever they stand.
 #pragma once
 
+#include "multiply/transform.hpp"
 #include "multiply/vst/vst_frame.hpp"
 
 namespace znp::vst {
@@ -34,12 +35,13 @@ class ResultWords {
     // The parts of the window that lie in blocks which are not wholly in it.
     void copy_rest() const;
 
-    // The residue of all words, modulo 2^61 - 1.
-    u64_t hash() const;
+    // The guard residues, by threads; the window begins and ends between words of 64 bits.
+    CheckedResult checked(u64_t threads) const;
 
   private:
     void wrap(const u64_t* number, upL_t length, bool subtract);
     bool is_zero() const;
+    u64_t hash_image(upL_t low, upL_t high) const;
 
     Geometry geometry_;
     Ring ring_;

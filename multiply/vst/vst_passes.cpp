@@ -388,9 +388,9 @@ Outcome product_passes(const Frame& frame, double* T1, double* T2, const Operand
     return finish_inverse(frame, T1, result);
 }
 
-u64_t hash_result(const Frame& frame, const double* image, const Result& result) {
+CheckedResult checked_result(const Frame& frame, const double* image, const Result& result) {
     // Only looks at the words.
-    return ResultWords(frame, const_cast<double*>(image), result).hash();
+    return ResultWords(frame, const_cast<double*>(image), result).checked(frame.threads);
 }
 
 }  // namespace znp::vst

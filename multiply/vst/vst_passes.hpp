@@ -25,7 +25,7 @@ Outcome inverse_passes(const Frame& frame, double* image, const double* other, c
 Outcome product_passes(const Frame& frame, double* T1, double* T2, const Operand& A, const Operand* B,
                        const Result& result);
 
-// The residue of all words of the result, modulo 2^61 - 1.
-u64_t hash_result(const Frame& frame, const double* image, const Result& result);
+// The guard residues of a result (multiply/transform.hpp); the window lies between words of 64 bits.
+CheckedResult checked_result(const Frame& frame, const double* image, const Result& result);
 
 }  // namespace znp::vst

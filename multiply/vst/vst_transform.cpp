@@ -5,7 +5,7 @@
 #include "foundation/fail.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/range_fork.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/kernels/guard_residue.hpp"
 #include "multiply/table_holder.hpp"
 #include "multiply/vst/redundancy.hpp"
 
@@ -122,18 +122,19 @@ void VST::product(Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B, const Work
     product(as_c32i(R), as_c32i(A), as_c32i(B), work);
 }
 
-u64_t VST::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
+CheckedResult VST::checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const {
     return checked_fmul(R, T, T, scratch);
 }
 
-u64_t VST::checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
+CheckedResult VST::checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const {
     const vst::Result result = as_bytes(as_c32i(R));
     inverse_in(vst::Ring::cyclic, result, T1, T2, scratch);
-    return vst::hash_result(frame(vst::Ring::cyclic, scratch), points(T1), result);
+    return vst::checked_result(frame(vst::Ring::cyclic, scratch), points(T1), result);
 }
 
 u64_t VST::modulus() const {
-    return residue::sub(residue::mul_power_of_2(1, static_cast<unsigned>(capacity % 61)), 1);
+    const u64_t bits = u64_t{1} << capacity % 64;
+    return guard::sub(guard::shift_words(bits, static_cast<s64_t>(capacity / 64)), 1);
 }
 
 }  // namespace znp

@@ -41,8 +41,8 @@ class VST final : public transform {
     void product(Window<c32i> R, WordSpan<c32i> A, WordSpan<c32i> B, const WorkAreas& work) const override;
     void product(Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B, const WorkAreas& work) const override;
 
-    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
-    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
+    CheckedResult checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override;
+    CheckedResult checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override;
     u64_t modulus() const override;
 
     // The steps in either ring: cyclic, as above, modulo 2^capacity - 1 (all ones may stand for zero), or
