@@ -81,8 +81,13 @@ void UnsupportedValueException::raise() const {
 }
 
 // The check that fails prints its text itself: the record goes out silently.
+void ArithmeticFailure::raise() const {
+    throw *this;
+}
+
 zl_BSRModularCheckFailed::zl_BSRModularCheckFailed(std::string text_)
-    : zn_exception(error_code::numerical_result, nullptr, std::move(text_), {}, action::throw_silently) {}
+    : ArithmeticFailure(error_code::numerical_result, nullptr, std::move(text_), {}, action::throw_silently) {
+}
 
 void zl_BSRModularCheckFailed::raise() const {
     throw *this;

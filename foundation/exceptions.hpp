@@ -109,8 +109,16 @@ class UnsupportedValueException : public zn_exception {
     UnsupportedValueException(const char* message, const char* location);
 };
 
+// A check found a result wrong: memory or processor have failed. Where the operands are whole the operation
+// can be repeated (foundation/repeat_once.hpp).
+class ArithmeticFailure : public zn_exception {
+  public:
+    using zn_exception::zn_exception;
+    [[noreturn]] void raise() const override;
+};
+
 // A residue check of a series term failed. Caught by the series' bottom level, which repeats the block.
-class zl_BSRModularCheckFailed : public zn_exception {
+class zl_BSRModularCheckFailed : public ArithmeticFailure {
   public:
     explicit zl_BSRModularCheckFailed(std::string text);
     [[noreturn]] void raise() const override;

@@ -36,6 +36,14 @@ void mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<
         .mulp(bp, {R.T, w.s, w.e}, A.subspan(w.A_offset, w.La), B.subspan(w.B_offset, w.Lb));
 }
 
+CheckedResult checked_mul(const BasicParameters& bp, Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B) {
+    return select(memory_table<c64i>(), A.size() + B.size()).checked_mul(bp, R, A, B);
+}
+
+CheckedResult checked_mulp(const BasicParameters& bp, Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B) {
+    return select(memory_table<c64i>(), A.size() + B.size()).checked_mulp(bp, R, A, B);
+}
+
 template <class word>
 transform& make_transform(const BasicParameters& bp, TransformSlot& slot, upL_t L) {
     const multiplier<word>& algorithm = select(memory_table<word>(), L);

@@ -35,6 +35,11 @@ void mul_window(const BasicParameters& bp, Window<word> R, WordSpan<word> A, Wor
 template <class word>
 void mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B);
 
+// A window of the whole product, of operands that are not narrowed, with its guard residues; checked_mulp by
+// the route of mulp. B may be A.
+CheckedResult checked_mul(const BasicParameters& bp, Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B);
+CheckedResult checked_mulp(const BasicParameters& bp, Window<c64i> R, WordSpan<c64i> A, WordSpan<c64i> B);
+
 // The transform for a product of L words, in the slot, in place of the one that was there.
 template <class word>
 transform& make_transform(const BasicParameters& bp, TransformSlot& slot, upL_t L);

@@ -57,6 +57,15 @@ class multiplier {
         mul_window(bp, R, A, B);
     }
 
+    // A window of the whole product with its guard residues, by either route. 64-bit words only; 32-bit ones
+    // throw. B may be A.
+    CheckedResult checked_mul(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                              WordSpan<word> B) const;
+    virtual CheckedResult checked_mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                                       WordSpan<word> B) const {
+        return checked_mul(bp, R, A, B);
+    }
+
   protected:
     constexpr multiplier(u64_t max_bits_, const char* name_, const char* long_name_)
         : max_bits(max_bits_),

@@ -59,6 +59,16 @@ void transform::mul_window(const BasicParameters& bp, Window<word> R, WordSpan<w
     product(R, A, B, work_areas(bp.M));
 }
 
+CheckedResult transform::checked_mul(const BasicParameters& bp, Window<c64i> R, WordSpan<c64i> A,
+                                     WordSpan<c64i> B) const {
+    check_product("transform::checked_mul()", bp, (A.size() + B.size()) * WordTraits<c64i>::bits);
+    const WorkAreas work = work_areas(bp.M);
+    forward(work.T1, A, work.scratch);
+    if (A.data() == B.data() && A.size() == B.size()) return checked_fsqr(R, work.T1, work.scratch);
+    forward(work.T2, B, work.scratch);
+    return checked_fmul(R, work.T1, work.T2, work.scratch);
+}
+
 void transform::forward(Image* image, WordSpan<c64i> A, TransformScratch* scratch) const {
     forward(image, as_c32i(A), scratch);
 }

@@ -101,6 +101,10 @@ class transform {
                                        TransformScratch* scratch) const;
     virtual u64_t modulus() const;  // its guard residue
 
+    // A window of the whole product with its residues, by these; B may be A.
+    CheckedResult checked_mul(const BasicParameters& bp, Window<c64i> R, WordSpan<c64i> A,
+                              WordSpan<c64i> B) const;
+
     // Same algorithm and same parameters, so that images made by either can be combined.
     virtual bool equals(const transform& other) const = 0;
 

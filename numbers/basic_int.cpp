@@ -64,10 +64,12 @@ BasicIntR& BasicIntR::operator+=(const BasicInt& b) {
     check_size("BasicIntR::operator+=()", L);
     if (Lb > L) assert_failure(fatal_category::invalid_parameters, L"BasicIntR::operator+=()", L"");
 
-    T[L] = 0;
-    const bool carry = add_words(T, T, b.get_T(), Lb);
-    copy_add_carry(T + Lb, T + Lb, L + 1 - Lb, carry);
-    if (T[L] != 0) ++L;
+    bool carry = add_words(T, T, b.get_T(), Lb);
+    carry = copy_add_carry(T + Lb, T + Lb, L - Lb, carry);
+    if (carry) {
+        check_size("BasicIntR::operator+=()", L + 1);
+        T[L++] = 1;
+    }
     hash = residue::add(hash, b.get_hash());
     return *this;
 }
@@ -78,10 +80,8 @@ BasicIntR& BasicIntR::operator-=(const BasicInt& b) {
     check_size(location, L);
     if (Lb > L) fail(UnsupportedValueException::negative(location));
 
-    T[L] = 1;
     const bool borrow = sub_words(T, T, b.get_T(), Lb);
-    copy_sub_borrow(T + Lb, T + Lb, L + 1 - Lb, borrow);
-    if (T[L] == 0) fail(UnsupportedValueException::negative(location));
+    if (copy_sub_borrow(T + Lb, T + Lb, L - Lb, borrow)) fail(UnsupportedValueException::negative(location));
     L = normalised_length(T, L);
     if (L == 0) fail(UnsupportedValueException::zero(location));
     hash = residue::sub(hash, b.get_hash());

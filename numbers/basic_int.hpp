@@ -70,8 +70,7 @@ class BasicIntR : public BasicInt {
     // this = a b. The words overlap neither operand. a.L + b.L words are written.
     void set_mulB(const BasicInt& a, const BasicInt& b);
 
-    // In place, b no longer than this; b may be this. Both write the word T[L] above the value, where the
-    // carry chain ends: the buffer needs one word more than L.
+    // In place, b no longer than this; b may be this. A sum takes a word more only where it carries into one.
     BasicIntR& operator+=(const BasicInt& b);  // longer b: fatal error, invalid parameters
     BasicIntR& operator-=(const BasicInt& b);  // longer b: negative, before anything is written
 

@@ -8,6 +8,7 @@
 
 #include "foundation/exceptions.hpp"
 #include "foundation/fatal.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "multiply/kernels/word_multiply.hpp"
 
@@ -18,6 +19,28 @@ namespace {
 constexpr cdi all_ones = ~cdi{0};
 
 }  // namespace
+
+// ---- Residues
+
+u64_t BigFloat::words_residue(u64_t threads) const {
+    return guard::shift_words(guard::hash_words_by_threads(T_, L_, threads), exp_);
+}
+
+u64_t BigFloat::hash_error(u64_t threads) const {
+    return guard::sub(residue_, words_residue(threads));
+}
+
+u64_t BigFloat::residue_between(s64_t low, s64_t high) const {
+    const s64_t from = std::clamp(low, exp_, get_mag());
+    const s64_t to = std::clamp(high, from, get_mag());
+    if (from == to) return 0;
+    if (from == exp_ && to == get_mag()) return residue_;
+    return guard::shift_words(guard::hash_words(T_ + (from - exp_), static_cast<upL_t>(to - from)), from);
+}
+
+u64_t BigFloat::residue_below(s64_t position) const {
+    return residue_between(exp_, position);
+}
 
 // ---- The view
 
@@ -45,32 +68,51 @@ void BigFloat::check_normalization() const {
     }
 }
 
-void BigFloat::normalise_top() {
-    L_ = normalised_length(T_, L_);
+// Less words; the residue stays.
+void BigFloat::set_length(upL_t L) {
+    L_ = L;
     if (L_ == 0) {
         exp_ = 0;
         sign_ = true;
     }
 }
 
+void BigFloat::normalise_top() {
+    set_length(normalised_length(T_, L_));
+}
+
+void BigFloat::shift_exp(s64_t n) {
+    if (L_ == 0) return;
+    exp_ += n;
+    residue_ = guard::shift_words(residue_, n);
+}
+
 void BigFloat::truncate_top(s64_t position) {
     if (position >= get_mag()) return;
+    residue_ = guard::sub(residue_, residue_between(position, get_mag()));
     L_ = position <= exp_ ? 0 : static_cast<upL_t>(position - exp_);
     normalise_top();
 }
 
 void BigFloat::strip_l1s() {
     if (L_ == 0 || T_[L_ - 1] < all_ones - 1) return;
+    upL_t L = L_;
     do {
-        L_--;
-    } while (L_ != 0 && T_[L_ - 1] == all_ones);
-    normalise_top();
+        L--;
+    } while (L != 0 && T_[L - 1] == all_ones);
+    truncate_top(exp_ + s64(L));
 }
 
 BigFloat BigFloat::top_words(upL_t p) const {
-    const upL_t kept = std::min(p + extra_precision, L_);
-    const upL_t dropped = L_ - kept;
-    return BigFloat(T_ + dropped, kept, exp_ + s64(dropped), sign_);
+    const upL_t dropped = L_ - std::min(p + extra_precision, L_);
+    if (dropped == 0) return *this;
+    const s64_t exp = exp_ + s64(dropped);
+    return BigFloat(T_ + dropped, L_ - dropped, exp, sign_, guard::sub(residue_, residue_below(exp)));
+}
+
+BigFloat BigFloat::unproven_top_words(upL_t p) const {
+    const upL_t dropped = L_ - std::min(p + extra_precision, L_);
+    return BigFloat(T_ + dropped, L_ - dropped, exp_ + s64(dropped), sign_);
 }
 
 int ucmp(const BigFloat& a, const BigFloat& b) {
@@ -90,30 +132,36 @@ int ucmp(const BigFloat& a, const BigFloat& b) {
 void BigFloatR::set_base(cdi* buffer, upL_t size) {
     base_ = buffer;
     size_ = size;
-    reset(0, 0, true);
+    set_zero();
 }
 
-void BigFloatR::reset(upL_t L, s64_t exp, bool positive) {
+void BigFloatR::reset(upL_t L, s64_t exp, bool positive, u64_t residue) {
     T_ = base_;
     L_ = L;
     exp_ = exp;
     sign_ = positive;
+    residue_ = residue;
 }
 
 // ---- Values
 
 void BigFloatR::set_zero() {
-    reset(0, 0, true);
+    reset(0, 0, true, 0);
 }
 
-void BigFloatR::set_words(upL_t L, s64_t exp, bool positive) {
-    reset(L, exp, positive);
+void BigFloatR::set_words(upL_t L, s64_t exp, bool positive, u64_t residue) {
+    reset(L, exp, positive, residue);
     normalise_top();
 }
 
-void BigFloatR::set_view(const cdi* T, upL_t L, s64_t exp, bool positive) {
-    reset(L, exp, positive);
-    T_ = T;
+void BigFloatR::set_words(upL_t L, s64_t exp, bool positive) {
+    reset(L, exp, positive, 0);
+    residue_ = words_residue(1);
+    normalise_top();
+}
+
+void BigFloatR::set_view(const BigFloat& view) {
+    static_cast<BigFloat&>(*this) = view;
     normalise_top();
 }
 
@@ -158,17 +206,18 @@ void BigFloatR::set_bui(const BasicInt& source) {
 
 void BigFloatR::set_efp(const ExactFloat& source) {
     copy_words(source.get_T(), source.get_L(), "BigFloat::set_efp()");
-    set_words(source.get_L(), source.get_exp(), true);
+    set_words(source.get_L(), source.get_exp(), true, source.get_guard());
 }
 
 void BigFloatR::set_gfp(const BigFloat& source, upL_t p) {
     const BigFloat top = source.top_words(p);
     copy_words(top.get_T(), top.get_L(), "BigFloat::set_gfp()");
-    reset(top.get_L(), top.get_exp(), top.raw_sign());
+    reset(top.get_L(), top.get_exp(), top.raw_sign(), top.get_residue());
 }
 
 void BigFloatR::negate_twos_complement() {
     cdi* T = writable_T();
+    if (L_ != 0) residue_ = guard::sub(guard::word_power(get_mag()), residue_);
     negate_words(T, T, L_);
     normalise_top();
 }
@@ -182,13 +231,14 @@ void BigFloatR::mul_uW(cdi x) {
     cdi* T = writable_T();
     T[L] = MulW(T, L, x);
     if (T[L] != 0) L_++;
+    residue_ = guard::mul(residue_, guard::reduce(x));
 }
 
 void BigFloatR::set_mul_uW(const BigFloat& a, cdi x) {
     if (x == 0 || a.is_zero()) return set_zero();
     renew(a.get_L() + 1, "BigFloat::set_mul_uW()");
     Mul1(base_, a.get_T(), a.get_L(), x);
-    set_words(a.get_L() + 1, a.get_exp(), a.raw_sign());
+    set_words(a.get_L() + 1, a.get_exp(), a.raw_sign(), guard::mul(a.get_residue(), guard::reduce(x)));
 }
 
 }  // namespace znp

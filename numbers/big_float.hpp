@@ -1,8 +1,14 @@
 // BigFloat: signed, truncated numbers for the Newton routines and the final stages of a constant.
 //
 // The value is +- mantissa * B^exp, B the word base. An operation takes a precision p in words and may drop
-// what lies below: p + 2 words are kept. There is no residue; products are checked by the multipliers. Zero
-// has L = 0, sign 1 and (normalised) exp 0.
+// what lies below: p + 2 words are kept. Zero has L = 0, sign 1 and (normalised) exp 0.
+//
+// Every number carries the guard residue (multiply/kernels/guard_residue.hpp) of its magnitude, exponent
+// included. Operations take it from their operands' residues: words that are dropped take their residue with
+// them, and the words of the result are not looked at. So a comparison with the words at any later time
+// checks all operations since the last one. Products of more than a few words are compared at once: what the
+// words dropped and kept make together must be the product of the operands' residues. A mismatch is an
+// ArithmeticFailure with "Checksum Mismatch. Multiplication Failed.".
 //
 // Positions: a number's magnitude is exp + L, one past the position of its top word; the word at position i
 // is T[i - exp], and zero outside.
@@ -34,8 +40,12 @@ class BigFloat {
     class Transform;
 
     BigFloat() = default;
-    BigFloat(const cdi* T, upL_t L, s64_t exp, bool positive = true)
-        : T_(T), L_(L), exp_(exp), sign_(positive) {}
+    // The residue as given, or that of the words.
+    BigFloat(const cdi* T, upL_t L, s64_t exp, bool positive, u64_t residue)
+        : T_(T), L_(L), exp_(exp), residue_(residue), sign_(positive) {}
+    BigFloat(const cdi* T, upL_t L, s64_t exp, bool positive = true) : BigFloat(T, L, exp, positive, 0) {
+        residue_ = words_residue(1);
+    }
 
     const cdi* get_T() const { return T_; }
     upL_t get_L() const { return L_; }
@@ -44,6 +54,14 @@ class BigFloat {
     int get_sign() const { return L_ == 0 ? 0 : (sign_ ? 1 : -1); }
     bool raw_sign() const { return sign_; }  // true: positive
     bool is_zero() const { return L_ == 0; }
+
+    u64_t get_residue() const { return residue_; }
+    // The stored residue minus that of the words, by threads; 0: they agree.
+    u64_t hash_error(u64_t threads = 1) const;
+    // The residue of the words below a position; from position low up to position high. All words have the
+    // stored one.
+    u64_t residue_below(s64_t position) const;
+    u64_t residue_between(s64_t low, s64_t high) const;
 
     cdi word_at(s64_t position) const {
         return position >= exp_ && position < get_mag() ? T_[position - exp_] : 0;
@@ -61,16 +79,22 @@ class BigFloat {
     // These change how the view reads its words, not the words.
     void negate() { sign_ = L_ == 0 || !sign_; }
     void normalise_top();
-    void shift_exp(s64_t n) { exp_ += L_ == 0 ? 0 : n; }  // times B^n
-    void truncate_top(s64_t position);                    // keeps only what lies below position
+    void shift_exp(s64_t n);            // times B^n
+    void truncate_top(s64_t position);  // keeps only what lies below position
     void strip_l1s();  // an all-ones top (its first word may be one short) is removed word by word
     // The top min(p + 2, L) words of the number.
     BigFloat top_words(upL_t p) const;
+    // The same with the residue of these words as they stand: where so much is dropped that its residue would
+    // cost more, and the words are proven otherwise.
+    BigFloat unproven_top_words(upL_t p) const;
 
   protected:
+    u64_t words_residue(u64_t threads) const;
+    void set_length(upL_t L);
     const cdi* T_ = nullptr;
     upL_t L_ = 0;
     s64_t exp_ = 0;
+    u64_t residue_ = 0;
     bool sign_ = true;
 };
 
@@ -90,6 +114,7 @@ class BigFloat::Transform {
     upL_t L;
     bool sign;
     s64_t mag;
+    u64_t residue;
 };
 
 class BigFloatR : public FloatR<BigFloat> {
@@ -107,10 +132,12 @@ class BigFloatR : public FloatR<BigFloat> {
     void set_efp(const ExactFloat& source);
     void set_gfp(const BigFloat& source, upL_t p);  // the top min(p + 2, L) words
 
-    // Words, length and exponent that the caller has written into the buffer; the second form says where in
-    // it they lie.
+    // Words, length and exponent that the caller has written into the buffer, with the residue that the words
+    // must have, or whichever they have.
+    void set_words(upL_t L, s64_t exp, bool positive, u64_t residue);
     void set_words(upL_t L, s64_t exp, bool positive);
-    void set_view(const cdi* T, upL_t L, s64_t exp, bool positive);
+    // A number whose words lie in the buffer.
+    void set_view(const BigFloat& view);
 
     // Complement and increment of the mantissa: the value becomes B^mag minus its former value.
     void negate_twos_complement();
@@ -130,14 +157,19 @@ class BigFloatR : public FloatR<BigFloat> {
 
     void set_sqr(const BasicParameters& params, const BigFloat& a, upL_t p);
     void set_mul(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p);
+    // The same by two convolutions of half the length (the dispatcher's checked_mulp).
+    void set_mulp(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p);
+    // The same from no more of the operands' words than reach the result: the residue is that of the words
+    // that come out. For an estimate, of which a later step tells how far it is from right.
+    void set_estimate(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p);
 
     // The product of transformed operands, of which only p + 2 words below position te are wanted; the
     // transform may be shorter than the product as long as te excludes what wraps. A is consumed. scratch has
-    // work_bytes bytes.
+    // work_bytes bytes. A product that does not wrap is compared.
     void set_inverse_fsqr(TransformScratch* scratch, Transform& A, s64_t te, upL_t p);
     void set_inverse_fmul(TransformScratch* scratch, Transform& A, const Transform& B, s64_t te, upL_t p);
 
-    // The same, with the residue of the transform's whole result
+    // The same, left to the caller to compare: the guard residue of the transform's whole result
     // (transform::checked_fmul); nothing where no word is wanted and no transform ran.
     std::optional<u64_t> set_checked_fsqr(TransformScratch* scratch, Transform& A, s64_t te, upL_t p);
     std::optional<u64_t> set_checked_fmul(TransformScratch* scratch, Transform& A, const Transform& B,
@@ -145,11 +177,12 @@ class BigFloatR : public FloatR<BigFloat> {
 
   private:
     struct Product;
-    void reset(upL_t L, s64_t exp, bool positive);
-    template <class Whole, class Part>
-    void product(upL_t n, s64_t exp, bool positive, upL_t p, const char* location, Whole whole, Part part);
+    void reset(upL_t L, s64_t exp, bool positive, u64_t residue);
+    template <class Checked>
+    void product(const BigFloat& a, const BigFloat& b, upL_t p, const char* location, Checked checked);
+    void short_product(const BigFloat& a, const BigFloat& b, upL_t kept);
     template <class Inverse>
-    void take_product(Transform& A, const Product& whole, s64_t te, upL_t p, Inverse inverse);
+    std::optional<u64_t> take_product(Transform& A, const Product& whole, s64_t te, upL_t p, Inverse inverse);
     void signed_sum(const BigFloat& a, const BigFloat& b, bool b_positive, upL_t p);
 };
 

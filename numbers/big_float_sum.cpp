@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "foundation/exceptions.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "numbers/big_float.hpp"
 #include "numbers/float_sum.hpp"
@@ -31,7 +32,9 @@ void BigFloatR::set_uadd(const BigFloat& a, const BigFloat& b, upL_t p) {
     renew(range.L + 1, "BigFloat::set_uadd()");
     const bool carry = combine_in_memory(base_, a, b, range.bottom, range.L, add_chain);
     base_[range.L] = carry ? 1 : 0;
-    reset(range.L + (carry ? 1 : 0), range.bottom, true);
+    reset(range.L + (carry ? 1 : 0), range.bottom, true,
+          guard::add(guard::sub(a.get_residue(), a.residue_below(range.bottom)),
+                     guard::sub(b.get_residue(), b.residue_below(range.bottom))));
 }
 
 void BigFloatR::set_usub(const BigFloat& a, const BigFloat& b, upL_t p) {
@@ -44,7 +47,9 @@ void BigFloatR::set_usub(const BigFloat& a, const BigFloat& b, upL_t p) {
     const SumRange range(a, b, p);
     renew(range.L, "BigFloat::set_usub()");
     combine_in_memory(base_, a, b, range.bottom, range.L, sub_chain);
-    set_words(range.L, range.bottom, true);
+    set_words(range.L, range.bottom, true,
+              guard::sub(guard::sub(a.get_residue(), a.residue_below(range.bottom)),
+                         guard::sub(b.get_residue(), b.residue_below(range.bottom))));
 }
 
 void BigFloatR::signed_sum(const BigFloat& a, const BigFloat& b, bool b_positive, upL_t p) {
@@ -78,8 +83,13 @@ void BigFloatR::set_rsub(const BigFloat& a, const BigFloat& b, s64_t mag, upL_t 
     const upL_t L = p + 1;
     renew(L, "BigFloat::set_rsub()");
     const s64_t bottom = mag - static_cast<s64_t>(L);
-    combine_in_memory(base_, a, b, bottom, L, sub_chain);
-    set_words(L, bottom, positive);
+    const u64_t borrow = combine_in_memory(base_, a, b, bottom, L, sub_chain) ? guard::word_power(mag) : 0;
+    // What lies outside of the window takes its residue with it.
+    const auto window = [&](const BigFloat& x) {
+        const u64_t outside = guard::add(x.residue_below(bottom), x.residue_between(mag, x.get_mag()));
+        return guard::sub(x.get_residue(), outside);
+    };
+    set_words(L, bottom, positive, guard::add(guard::sub(window(a), window(b)), borrow));
 }
 
 void BigFloatR::add_ip(u128_t x, s64_t position) {
@@ -98,6 +108,9 @@ void BigFloatR::add_ip(u128_t x, s64_t position) {
     std::fill(T + L_, T + L + 1, cdi{0});  // the word above the top absorbs the carry
     const bool carry = add_words(T + at, T + at, parts, count);
     copy_add_carry(T + at + count, T + at + count, L + 1 - at - count, carry);
+    const u64_t added =
+        guard::add(guard::reduce(parts[0]), guard::mul(guard::reduce(parts[1]), guard::word_base));
+    residue_ = guard::add(residue_, guard::shift_words(added, position));
     L_ = L + 1;
     normalise_top();
 }

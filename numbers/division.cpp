@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "multiply/dispatch.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/kernels/guard_residue.hpp"
 #include "numbers/reciprocal.hpp"
 
 namespace znp {
@@ -29,12 +29,9 @@ constexpr upL_t transform_words(upL_t p) {
     return p + 9;
 }
 
-// Residue of the words of A from a position on.
+// Guard residue of the words of A from a position on, as a number.
 u64_t residue_from(const BigFloat& A, s64_t position) {
-    const s64_t low = std::clamp(position, A.get_exp(), A.get_mag());
-    const u64_t words =
-        residue::hash_words(A.get_T() + (low - A.get_exp()), static_cast<upL_t>(A.get_mag() - low));
-    return residue::mul(words, residue::word_power64(low - position));
+    return guard::shift_words(guard::sub(A.get_residue(), A.residue_below(position)), -position);
 }
 
 // d = A - y0 B from the words below te of A, whose sign is given, and of the product. The two agree above but
@@ -77,7 +74,7 @@ void zlp_div_t9_B(const BasicParameters& bp, const transform& algorithm, BigFloa
     BigFloatR c = scratch.take(correction_words(h));
 
     show_step(status, " - 0M - ", h);
-    y0.set_mul(bp, A.top_words(p), r, h);
+    y0.set_estimate(bp, A.unproven_top_words(p), r, h);
 
     show_step(status, " - 1M - ", h);
     const s64_t te = std::min(A.get_mag() - static_cast<s64_t>(h) + 3, A.get_mag());

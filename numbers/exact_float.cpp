@@ -7,7 +7,7 @@
 #include "foundation/fatal.hpp"
 #include "multiply/bkt/basecase.hpp"
 #include "multiply/dispatch.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "multiply/kernels/word_multiply.hpp"
 
@@ -59,18 +59,28 @@ struct Overlay {
 
 // ---- The view
 
-u64_t ExactFloat::words_hash() const {
-    const u64_t h = residue::hash_words(T_, L_);
+u64_t ExactFloat::words_hash(u64_t threads) const {
+    const u64_t h = residue::hash_words_by_threads(T_, L_, threads);
     return exp_ == 0 ? h : residue::mul(h, residue::word_power64(exp_));
 }
 
-u64_t ExactFloat::hash_error() const {
-    return residue::sub(hash_, words_hash());
+u64_t ExactFloat::words_guard(u64_t threads) const {
+    return guard::shift_words(guard::hash_words_by_threads(T_, L_, threads), exp_);
+}
+
+u64_t ExactFloat::hash_error(u64_t threads) const {
+    const u64_t error = residue::sub(hash_, words_hash(threads));
+    return error != 0 ? error : guard::sub(guard_, words_guard(threads));
 }
 
 ExactFloat::Transform::Transform(const ExactFloat& source, const transform& algorithm_, Image* image_,
                                  TransformScratch* scratch)
-    : algorithm(&algorithm_), image(image_), exp(source.exp_), L(source.L_), hash(source.hash_) {
+    : algorithm(&algorithm_),
+      image(image_),
+      exp(source.exp_),
+      L(source.L_),
+      hash(source.hash_),
+      guard(source.guard_) {
     algorithm->forward(image, {source.T_, L}, scratch);
 }
 
@@ -106,6 +116,18 @@ void ExactFloatR::set_LN(upL_t L, s64_t exp, u64_t hash) {
     L_ = normalised_length(T_, L);
     exp_ = exp;
     hash_ = hash;
+    guard_ = words_guard(1);
+}
+
+void ExactFloatR::set_sum(upL_t L, const ExactFloat& b) {
+    L_ = normalised_length(T_, L);
+    hash_ = residue::add(hash_, b.get_hash());
+    guard_ = guard::add(guard_, b.get_guard());
+}
+
+void ExactFloatR::rehash() {
+    hash_ = words_hash(1);
+    guard_ = words_guard(1);
 }
 
 void ExactFloatR::set_uW(cdi x, s64_t exp) {
@@ -122,9 +144,7 @@ void ExactFloatR::set_u64(u64_t x) {
 
 void ExactFloatR::set_bui(const BasicInt& source) {
     copy_words(source.get_T(), source.get_L(), "ExactFloat::set_bui()");
-    L_ = source.get_L();
-    exp_ = 0;
-    hash_ = source.get_hash();
+    set_LN(source.get_L(), 0, source.get_hash());
 }
 
 void ExactFloatR::set_efp(const ExactFloat& source) {
@@ -132,11 +152,13 @@ void ExactFloatR::set_efp(const ExactFloat& source) {
     L_ = source.get_L();
     exp_ = source.get_exp();
     hash_ = source.get_hash();
+    guard_ = source.get_guard();
 }
 
 void ExactFloatR::mul_pow_word(s64_t n, u64_t factor) {
     exp_ += n;
     hash_ = residue::mul(hash_, factor);
+    guard_ = guard::shift_words(guard_, n);
 }
 
 void ExactFloatR::mp2(s64_t n) {
@@ -148,6 +170,7 @@ void ExactFloatR::mp2(s64_t n) {
         T[L_] = MulW(T, L_, cdi{1} << shift);
         if (T[L_] != 0) L_++;
         hash_ = residue::mul(hash_, residue::pow(2, shift));
+        guard_ = guard::mul(guard_, guard::reduce(cdi{1} << shift));
     }
     if (words != 0) mul_pow_word(words, residue::word_power64(words));
 }
@@ -165,19 +188,22 @@ void ExactFloatR::set_mul(const BasicParameters& params, const ExactFloat& a, co
     L_ = product_length(base_, n);
     exp_ = a.get_exp() + b.get_exp();
     hash_ = residue::mul(a.get_hash(), b.get_hash());
+    guard_ = guard::mul(a.get_guard(), b.get_guard());
 }
 
 template <class Inverse>
-void ExactFloatR::take_product(Transform& A, upL_t n, s64_t exp, u64_t hash, upL_t zeros,
-                               const InverseTexts& texts, Inverse inverse) {
+void ExactFloatR::take_product(Transform& A, const Transform& B, upL_t zeros, const InverseTexts& texts,
+                               Inverse inverse) {
+    const upL_t n = A.L + B.L;
     renew(zeros + n, texts.location);
     if (n * WordTraits<cdi>::bits > A.algorithm->max_bits) transform_misuse(texts.truncated);
     std::fill_n(base_, zeros, cdi{0});
     inverse(Window{base_ + zeros, 0, n});
     A.image = nullptr;
     L_ = zeros + product_length(base_ + zeros, n);
-    exp_ = exp - s64(zeros);
-    hash_ = hash;
+    exp_ = A.exp + B.exp - s64(zeros);
+    hash_ = residue::mul(A.hash, B.hash);
+    guard_ = guard::mul(A.guard, B.guard);
 }
 
 void ExactFloatR::inverse_fmul(TransformScratch* scratch, Transform& A, const Transform& B, s64_t e,
@@ -185,7 +211,7 @@ void ExactFloatR::inverse_fmul(TransformScratch* scratch, Transform& A, const Tr
     require_matching(A, B, texts.mismatch);
     const s64_t exp = A.exp + B.exp;
     const upL_t zeros = exp > e ? distance(e, exp) : 0;
-    take_product(A, A.L + B.L, exp, residue::mul(A.hash, B.hash), zeros, texts,
+    take_product(A, B, zeros, texts,
                  [&](Window<cdi> R) { A.algorithm->inverse_fmul(R, A.image, B.image, scratch); });
 }
 
@@ -205,7 +231,7 @@ void ExactFloatR::set_inverse_fmul(TransformScratch* scratch, Transform& A, cons
 
 void ExactFloatR::set_inverse_fsqr(TransformScratch* scratch, Transform& A) {
     take_product(
-        A, 2 * A.L, 2 * A.exp, residue::mul(A.hash, A.hash), 0,
+        A, A, 0,
         {"ExactFloat::set_inverse_fsqr()", nullptr, "ExactFloat::set_inverse_fsqr(): Truncated Range\n\n"},
         [&](Window<cdi> R) { A.algorithm->inverse_fsqr(R, A.image, scratch); });
 }
@@ -228,6 +254,7 @@ void ExactFloatR::set_add(const ExactFloat& x, const ExactFloat& y) {
     L_ = L + (carry ? 1 : 0);
     exp_ = exp;
     hash_ = residue::add(a.get_hash(), b.get_hash());
+    guard_ = guard::add(a.get_guard(), b.get_guard());
 }
 
 void ExactFloatR::set_sub(const ExactFloat& a, const ExactFloat& b) {
@@ -246,6 +273,7 @@ void ExactFloatR::set_sub(const ExactFloat& a, const ExactFloat& b) {
     if (L_ == 0) fail(UnsupportedValueException::zero(location));
     exp_ = exp;
     hash_ = residue::sub(a.get_hash(), b.get_hash());
+    guard_ = guard::sub(a.get_guard(), b.get_guard());
 }
 
 ExactFloatR& ExactFloatR::operator+=(const ExactFloat& b) {
@@ -259,6 +287,7 @@ ExactFloatR& ExactFloatR::operator+=(const ExactFloat& b) {
     *top = copy_add_carry(above, above, static_cast<upL_t>(top - above), carry) ? 1 : 0;
     if (*top != 0) L_++;
     hash_ = residue::add(hash_, b.get_hash());
+    guard_ = guard::add(guard_, b.get_guard());
     return *this;
 }
 
@@ -277,6 +306,7 @@ ExactFloatR& ExactFloatR::operator-=(const ExactFloat& b) {
     L_ = normalised_length(T_, L_);
     if (L_ == 0) fail(UnsupportedValueException::zero(location));
     hash_ = residue::sub(hash_, b.get_hash());
+    guard_ = guard::sub(guard_, b.get_guard());
     return *this;
 }
 

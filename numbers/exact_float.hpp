@@ -1,9 +1,9 @@
 // ExactFloat: exact positive numbers with a residue.
 //
 // The value is mantissa * B^exp, B the word base. Nothing is ever rounded. The exponent lets low zero words
-// drop out of products; the residue modulo 2^61 - 1 of the whole value, exponent included, is carried through
-// every operation from the operands' residues, so that a comparison with the words at any later time checks
-// all of them.
+// drop out of products; the residue modulo 2^61 - 1 of the whole value, exponent included, and its guard
+// residue (multiply/kernels/guard_residue.hpp) are carried through every operation from the operands'
+// residues, so that a comparison with the words at any later time checks all of them.
 //
 //   ExactFloat    a view of words that somebody else owns
 //   ExactFloatR   a number in a caller's buffer of `size` words from `base`; T may lie above base
@@ -31,24 +31,30 @@ class ExactFloat {
     class Transform;
 
     ExactFloat() = default;
-    ExactFloat(const cdi* T, upL_t L, s64_t exp, u64_t hash) : T_(T), L_(L), exp_(exp), hash_(hash) {}
+    // The guard residue is that of the words.
+    ExactFloat(const cdi* T, upL_t L, s64_t exp, u64_t hash)
+        : T_(T), L_(L), exp_(exp), hash_(hash), guard_(words_guard(1)) {}
 
     const cdi* get_T() const { return T_; }
     upL_t get_L() const { return L_; }
     s64_t get_exp() const { return exp_; }
     u64_t get_hash() const { return hash_; }
+    u64_t get_guard() const { return guard_; }
     s64_t get_mag() const { return exp_ + static_cast<s64_t>(L_); }  // one past the top word's position
 
-    // The stored residue minus the one recomputed from the words; 0: they agree.
-    u64_t hash_error() const;
+    // The stored residue minus the one recomputed from the words, by threads; that of the guard residues
+    // where only they differ. 0: both agree.
+    u64_t hash_error(u64_t threads = 1) const;
 
   protected:
-    u64_t words_hash() const;
+    u64_t words_hash(u64_t threads) const;
+    u64_t words_guard(u64_t threads) const;
 
     const cdi* T_ = nullptr;
     upL_t L_ = 0;
     s64_t exp_ = 0;
     u64_t hash_ = 0;
+    u64_t guard_ = 0;
 };
 
 // An operand transformed for several products: refers into a work buffer, owns nothing. An inverse that
@@ -63,6 +69,7 @@ class ExactFloat::Transform {
     s64_t exp;
     upL_t L;
     u64_t hash;
+    u64_t guard;
 };
 
 class ExactFloatR : public FloatR<ExactFloat> {
@@ -79,8 +86,10 @@ class ExactFloatR : public FloatR<ExactFloat> {
     // Length and exponent of words that the caller has written; the N forms strip zero top words first.
     void set_L(upL_t L, s64_t exp);
     void set_LN(upL_t L, s64_t exp);
-    void set_LN(upL_t L, s64_t exp, u64_t hash);
-    void rehash() { hash_ = words_hash(); }
+    void set_LN(upL_t L, s64_t exp, u64_t hash);  // the guard residue is that of the words
+    void rehash();
+    // The caller has added b to the words, which are L now.
+    void set_sum(upL_t L, const ExactFloat& b);
 
     void set_uW(cdi x, s64_t exp = 0);
     void set_u64(u64_t x);
@@ -114,7 +123,7 @@ class ExactFloatR : public FloatR<ExactFloat> {
                       const InverseTexts& texts);
     // inverse(R) writes the n words of the product, above so many zeros.
     template <class Inverse>
-    void take_product(Transform& A, upL_t n, s64_t exp, u64_t hash, upL_t zeros, const InverseTexts& texts,
+    void take_product(Transform& A, const Transform& B, upL_t zeros, const InverseTexts& texts,
                       Inverse inverse);
 };
 

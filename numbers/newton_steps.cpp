@@ -6,7 +6,7 @@
 #include "foundation/fail.hpp"
 #include "foundation/strings.hpp"
 #include "multiply/dispatch.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/kernels/guard_residue.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "shell/console.hpp"
 
@@ -77,10 +77,9 @@ void Routine::fail(const char* what, std::initializer_list<ShownWord> words) con
 // ---- Verified products
 
 ProductCheck::ProductCheck(const BigFloat& a, const BigFloat& b)
-    : product_(
-          residue::mul(residue::hash_words(a.get_T(), a.get_L()), residue::hash_words(b.get_T(), b.get_L()))),
-      exp_(a.get_exp() + b.get_exp()),
-      L_(a.get_L() + b.get_L()) {}
+    : exp_(a.get_exp() + b.get_exp()),
+      L_(a.get_L() + b.get_L()),
+      product_(guard::shift_words(guard::mul(a.get_residue(), b.get_residue()), -exp_)) {}
 
 s64_t ProductCheck::wrap_position(const transform& algorithm) const {
     return whole ? exp_ + static_cast<s64_t>(algorithm.max_bits / WordTraits<cdi>::bits) : exp_;
@@ -89,22 +88,22 @@ s64_t ProductCheck::wrap_position(const transform& algorithm) const {
 // With R the whole result and M the modulus the product is R + q M, q being the wrapped words or one less.
 bool ProductCheck::holds(const transform& algorithm, u64_t known, unsigned slack) const {
     const u64_t modulus = whole ? algorithm.modulus() : 1;
-    u64_t rest = residue::sub(product_, whole.value_or(0));
+    u64_t rest = guard::sub(product_, whole.value_or(0));
     const bool wrapped = L_ * WordTraits<cdi>::bits > algorithm.max_bits;
     if (whole && (modulus == 0 || !wrapped)) return rest == 0;
-    rest = residue::sub(rest, residue::mul(known, modulus));
+    rest = guard::sub(rest, guard::mul(known, modulus));
     const unsigned less = slack + (whole ? 1 : 0);
-    for (unsigned i = 0; i < less; i++) rest = residue::add(rest, modulus);
+    for (unsigned i = 0; i < less; i++) rest = guard::add(rest, modulus);
     for (unsigned i = 0; i <= less + slack; i++) {
         if (rest == 0) return true;
-        rest = residue::sub(rest, modulus);
+        rest = guard::sub(rest, modulus);
     }
     return false;
 }
 
 u64_t near_one_residue(s64_t position, bool under) {
     if (position > 0) return 0;
-    return residue::sub(residue::word_power64(-position), under ? 1 : 0);
+    return guard::sub(guard::word_power(-position), under ? 1 : 0);
 }
 
 ProductCheck checked_mul(BigFloatR& out, const TransformHelper& helper, Operand& a, const Operand& b,
@@ -136,10 +135,11 @@ void perturb(BigFloatR& y, upL_t p) {
     const upL_t L = y.get_L();
     if (L <= p) return;
     cdi* const T = y.word_ptr(0);
-    if (!copy_add_carry(T, T, L, true)) return;
+    const u64_t residue = guard::add(y.get_residue(), guard::word_power(y.get_exp()));
+    if (!copy_add_carry(T, T, L, true)) return y.set_view({T, L, y.get_exp(), y.raw_sign(), residue});
     // All words were ones and are zeros now: the value is the next power of the word base.
     T[L - 1] = 1;
-    y.set_view(T, L, y.get_exp() + 1, y.raw_sign());
+    y.set_view({T, L, y.get_exp() + 1, y.raw_sign(), residue});
 }
 
 void show_step(StatusLine* status, const char* label, upL_t h) {

@@ -69,9 +69,9 @@ upL_t chain_work_bytes(upL_t transform_words, u64_t threads);
 // ---- Failures
 
 // A product that does not look as it should. What decided it is on the console by then.
-class ConvergenceFailure : public zn_exception {
+class ConvergenceFailure : public ArithmeticFailure {
   public:
-    using zn_exception::zn_exception;
+    using ArithmeticFailure::ArithmeticFailure;
     [[noreturn]] void raise() const override { throw *this; }
 };
 
@@ -109,26 +109,28 @@ struct Routine {
 // show. The words of a cyclic product that wrapped are known to the caller of a step beforehand.
 class ProductCheck {
   public:
-    // The operands' words as they go into the transforms.
+    // The operands as they go into the transforms.
     ProductCheck(const BigFloat& a, const BigFloat& b);
 
-    // The residue of the transform's whole result, if it ran.
+    // The guard residue of the transform's whole result, if it ran.
     std::optional<u64_t> whole;
 
     // The product's position from which the words wrap, or its lowest position where no transform ran.
     s64_t wrap_position(const transform& algorithm) const;
-    // known: residue of the words from wrap_position on, as a number, which may be off by up to `slack`.
+    // known: guard residue of the words from wrap_position on, as a number, which may be off by up to
+    // `slack`.
     bool holds(const transform& algorithm, u64_t known, unsigned slack = 0) const;
     // For a product that does not wrap.
     bool holds(const transform& algorithm) const { return holds(algorithm, 0); }
 
   private:
-    u64_t product_;
     s64_t exp_;
     upL_t L_;
+    u64_t product_;  // residue of the mantissas' product
 };
 
-// The residue of the words from `position` on of a product next to 1: of 1 followed by zeros, or of all ones.
+// The guard residue of the words from `position` on of a product next to 1: of 1 followed by zeros, or of all
+// ones.
 u64_t near_one_residue(s64_t position, bool under);
 
 // The top p + 2 words of a number and their transform.

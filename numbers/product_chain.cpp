@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "foundation/fail.hpp"
+#include "foundation/repeat_once.hpp"
 #include "multiply/dispatch.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "multiply/kernels/word_arrays.hpp"
@@ -42,7 +43,7 @@ void add_longer(ExactFloatR& x, const ExactFloat& t) {
     std::fill(T + x.get_L(), T + L + 1, cdi{0});
     cdi* at = T + (t.get_exp() - x.get_exp());
     T[L] = add_words(at, at, t.get_T(), t.get_L()) ? 1 : 0;
-    x.set_LN(L + 1, x.get_exp(), residue::add(x.get_hash(), t.get_hash()));
+    x.set_sum(L + 1, t);
 }
 
 // x +- t in place; x reaches at least as low as t.
@@ -139,8 +140,18 @@ class Images {
     Images(const BasicParameters& bp, const transform& algorithm)
         : helper_(bp, algorithm), images_{{{helper_.T1}, {helper_.T2}}} {}
 
-    // Product i of the chain. Of its images the one that the next product needs stays.
+    // Product i of the chain. One that fails its check is made once more from new images.
     void multiply(Chain chain, upL_t i) {
+        repeat_once([&] { try_product(chain, i); },
+                    [&] {
+                        for (Kept& image : images_) image.operand = nullptr;
+                        return chain[i].a.hash_error() == 0 && chain[i].b.hash_error() == 0;
+                    });
+    }
+
+  private:
+    // Of its images the one that the next product needs stays.
+    void try_product(Chain chain, upL_t i) {
         const Product& x = chain[i];
         const Product* const next = i + 1 < chain.size() ? &chain[i + 1] : nullptr;
         if (is_square(x)) {
@@ -159,7 +170,6 @@ class Images {
         if (next == nullptr || !enters(stays, *next)) B.operand = nullptr;
     }
 
-  private:
     struct Kept {
         Image* place;
         const Number* operand = nullptr;

@@ -5,7 +5,7 @@
 
 #include "foundation/exceptions.hpp"
 #include "multiply/dispatch.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "multiply/kernels/word_multiply.hpp"
 #include "numbers/newton_steps.hpp"
@@ -96,8 +96,8 @@ int power_check(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, cons
     newton::show_step(status, "Multiplying...    ", P.L);
     auto* const F = reinterpret_cast<cdi*>(bp.M + layout.fraction);
     radix::load_fraction(F, layout.fraction_words, fraction, L);
-    const u64_t expected =
-        residue::mul(residue::hash_words(F, layout.fraction_words), residue::hash_words(P.T, P.L));
+    const u64_t expected = guard::mul(guard::hash_words_by_threads(F, layout.fraction_words, bp.tds),
+                                      guard::hash_words_by_threads(P.T, P.L, bp.tds));
     // The point lies below the words [point, end) of the product.
     const upL_t point = layout.fraction_words - P.zero_words;
     const upL_t end = layout.fraction_words + P.L;
@@ -106,13 +106,13 @@ int power_check(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, cons
     const auto [T1, T2, scratch] = algorithm.work_areas(work.M);
     algorithm.forward(T1, {F, layout.fraction_words}, scratch);
     algorithm.forward(T2, {P.T, P.L}, scratch);
-    const u64_t actual = algorithm.checked_fmul({P.T, point, end}, T1, T2, scratch);
-    if (actual != expected) {
-        radix::report_mismatch("Radix Conversion: Product Hash Mismatch", expected, actual);
+    const CheckedResult actual = algorithm.checked_fmul({P.T, point, end}, T1, T2, scratch);
+    if (actual.whole != expected) {
+        radix::report_mismatch("Radix Conversion: Product Hash Mismatch", expected, actual.whole);
         return 1;
     }
     const u64_t scaled_integer = residue::mul(residue::reduce(integer), residue::pow(radix, e));
-    residue = residue::add(residue::hash_words(P.T, end - point), scaled_integer);
+    residue = residue::add(residue::hash_words_by_threads(P.T, end - point, bp.tds), scaled_integer);
     return 0;
 }
 

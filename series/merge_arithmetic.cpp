@@ -16,7 +16,8 @@ void TruncatedArithmetic::strip(BigFloatR& x) const {
     upL_t zeros = 0;
     while (zeros < x.get_L() && T[zeros] == 0) zeros++;
     zeros &= ~upL_t{3};
-    x.set_view(T + zeros, x.get_L() - zeros, x.get_exp() + static_cast<s64_t>(zeros), x.raw_sign());
+    x.set_view({T + zeros, x.get_L() - zeros, x.get_exp() + static_cast<s64_t>(zeros), x.raw_sign(),
+                x.get_residue()});
 }
 
 upL_t truncated_merge_words(upL_t left, upL_t right, upL_t p) {

@@ -8,7 +8,7 @@
 //     levels(section)       see sum_range
 //     layout(section, n)    Objects<ObjectPlace>: where they lie and their words; n for the sum, and what
 //                           those need that serve again when the section joins
-//     check                 the residues of the section's results
+//     check                 the residues of the section's results; a section that fails is summed once more
 //     keep                  the results of the last section become the sum
 //     join                  those of another one are merged with the sum
 //     join_words(section)   the longest product of that
@@ -19,11 +19,15 @@
 
 #include <string>
 
+#include "foundation/event_log.hpp"
 #include "foundation/exceptions.hpp"
+#include "foundation/repeat_once.hpp"
 #include "foundation/strings.hpp"
 #include "multiply/dispatch.hpp"
+#include "series/modular_check.hpp"
 #include "series/recursion.hpp"
 #include "series/section.hpp"
+#include "shell/console.hpp"
 
 namespace znp {
 
@@ -76,14 +80,31 @@ class PartialSums {
     static void sum_section(const SumTask& task, const Section& section, const Rules& rules,
                             const RecursionProgress& progress) {
         const SectionRow& row = section.row;
-        typename Rules::Node node = SectionLayout(rules, section, rules.memory(section).words).node(task);
-        sum_range(task.bp, rules, node, row.a, row.b, rules.levels(section), progress);
-        rules.check(task.log, row, node);
+        const SectionLayout layout(rules, section, rules.memory(section).words);
+        typename Rules::Node node;
+        repeat_once(
+            [&] {
+                node = layout.node(task);
+                sum_range(task.bp, rules, node, row.a, row.b, rules.levels(section), progress);
+                rules.check(task, row, node);
+            },
+            [] { return true; },
+            [&] {
+                Console::print_error("Multiplication Failure Re-attempting current block...");
+                if (task.log != nullptr) task.log->add("Multiplication Failure");
+            });
         if (section.is_last()) {
             rules.keep(task, row, node);
         } else {
             rules.join(task, section, node);
+            check_sum(task, section);
         }
+    }
+
+    static void check_sum(const SumTask& task, const Section& section) {
+        const u64_t a = section.row.a, b = section.terms, threads = task.bp.tds;
+        if (task.R == nullptr) return check2(task.log, a, b, task.P, task.Q, threads);
+        check3(task.log, a, b, task.P, task.Q, *task.R, threads);
     }
 
     // A failed check has its own line in the log.

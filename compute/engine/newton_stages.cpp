@@ -5,6 +5,7 @@
 #include "compute/engine/stage_lines.hpp"
 #include "compute/settings/precision.hpp"
 #include "foundation/fatal.hpp"
+#include "foundation/repeat_once.hpp"
 #include "multiply/bkt/basecase.hpp"
 #include "multiply/dispatch.hpp"
 #include "numbers/division.hpp"
@@ -21,14 +22,9 @@ upL_t inv_sqrt_work(upL_t p, u64_t threads) {
     return std::max(invsqrt_work_bytes(p, threads), work_bytes_for<cdi>(p + 8, threads));
 }
 
-// The same by the dispatcher mulp, not verified.
-void set_mulp(BigFloatR& out, const BasicParameters& bp, const BigFloat& a, const BigFloat& b, upL_t p) {
-    const upL_t n = a.get_L() + b.get_L();
-    const upL_t kept = std::min(n, p + extra_precision);
-    if (kept == n && n < basecase_clen) return out.set_mul(bp, a, b, p);
-    mulp(bp, Window{out.get_base(), n - kept, n}, {a.get_T(), a.get_L()}, {b.get_T(), b.get_L()});
-    out.set_words(kept, a.get_exp() + b.get_exp() + static_cast<s64_t>(n - kept),
-                  a.raw_sign() == b.raw_sign());
+// Whether both still are what they were.
+bool are_whole(const BigFloat& a, const BigFloat& b, u64_t threads) {
+    return a.hash_error(threads) == 0 && b.hash_error(threads) == 0;
 }
 
 }  // namespace
@@ -41,9 +37,17 @@ HeapFloat inv_sqrt_B(StageMemory& memory, u64_t n, upL_t p, upL_t extra) {
     const auto scratch = memory.array<cdi>(invsqrt_scratch_words(room));
     const auto work = memory.work(inv_sqrt_work(room, memory.threads()));
     memory.carry_out([&](RunTimeParameters& run) {
-        const int failure = zlp_invsqrt_udw_B(run.arithmetic(work.get(), work.size), out, n, p,
-                                              newton::Scratch(scratch.get(), scratch.size), lines.status());
-        if (failure != 0) fatal_exit("Computation Failed");
+        const auto iterate = [&] {
+            const int failure =
+                zlp_invsqrt_udw_B(run.arithmetic(work.get(), work.size), out, n, p,
+                                  newton::Scratch(scratch.get(), scratch.size), lines.status());
+            if (failure != 0) throw newton::ConvergenceFailure(failure);
+        };
+        try {
+            repeat_once(iterate, [] { return true; });
+        } catch (const newton::ConvergenceFailure&) {
+            fatal_exit("Computation Failed");
+        }
     });
     lines.finish();
     return out;
@@ -57,8 +61,12 @@ HeapFloat divide_B(StageMemory& memory, const BigFloat& numerator, const BigFloa
     const auto scratch = memory.array<cdi>(div_scratch_words(room));
     const auto work = memory.work(div_work_bytes(room, memory.threads()));
     memory.carry_out([&](RunTimeParameters& run) {
-        zlm_div_t9_B(run.arithmetic(work.get(), work.size), out, numerator, denominator, p,
-                     newton::Scratch(scratch.get(), scratch.size), lines.status());
+        repeat_once(
+            [&] {
+                zlm_div_t9_B(run.arithmetic(work.get(), work.size), out, numerator, denominator, p,
+                             newton::Scratch(scratch.get(), scratch.size), lines.status());
+            },
+            [&] { return are_whole(numerator, denominator, memory.threads()); });
     });
     lines.finish();
     return out;
@@ -74,11 +82,15 @@ HeapFloat final_multiply_B(StageMemory& memory, const BigFloat& a, const BigFloa
         memory.work(work_bytes_for<cdi>(2 * room + final_product_margin, memory.threads(), half_length));
     memory.carry_out([&](RunTimeParameters& run) {
         const BasicParameters bp = run.arithmetic(work.get(), work.size);
-        if (half_length) {
-            set_mulp(out, bp, a, b, p);
-        } else {
-            VerifiedFactor(bp, b, a.get_L()).multiply(out, a, p);
-        }
+        repeat_once(
+            [&] {
+                if (half_length) {
+                    out.set_mulp(bp, a, b, p);
+                } else {
+                    VerifiedFactor(bp, b, a.get_L()).multiply(out, a, p);
+                }
+            },
+            [&] { return are_whole(a, b, memory.threads()); });
     });
     lines.finish();
     return out;
@@ -91,10 +103,8 @@ VerifiedFactor::VerifiedFactor(const BasicParameters& bp, const BigFloat& factor
       image_(factor, algorithm_, helper_.T2, helper_.scratch, factor.get_L()) {}
 
 void VerifiedFactor::multiply(BigFloatR& out, const BigFloat& a, upL_t p) const {
-    newton::ProductCheck product(a, factor_);
     BigFloat::Transform A(a, algorithm_, helper_.T1, helper_.scratch, a.get_L());
-    product.whole = out.set_checked_fmul(helper_.scratch, A, image_, A.mag + image_.mag, p);
-    if (!product.holds(algorithm_)) fatal_exit("Checksum Mismatch. Multiplication Failed.");
+    out.set_inverse_fmul(helper_.scratch, A, image_, A.mag + image_.mag, p);
 }
 
 }  // namespace znp

@@ -1,5 +1,6 @@
 // The stages between the series and the digits: inverse square roots, divisions, products. Each prints its
-// lines and gives its result, which lies behind what the caller holds. Precisions p in words.
+// lines and gives its result, which lies behind what the caller holds. Precisions p in words. A stage that
+// fails a check is repeated once, if its operands are whole.
 #pragma once
 
 #include "compute/engine/stage_memory.hpp"
@@ -18,9 +19,7 @@ constexpr upL_t divide_words(upL_t p) {
     return p + 5;
 }
 
-// The top p + 2 words of a * b. The whole product is verified by its residue; a mismatch is fatal. With
-// half_length the product goes by the route of two half-length convolutions, which is not verified here: no
-// whole product is ever made.
+// The top p + 2 words of a * b, with half_length by the route of two half-length convolutions.
 HeapFloat final_multiply_B(StageMemory& memory, const BigFloat& a, const BigFloat& b, upL_t p,
                            bool half_length);
 
@@ -31,8 +30,7 @@ class VerifiedFactor {
     // The others have up to `others` words.
     VerifiedFactor(const BasicParameters& bp, const BigFloat& factor, upL_t others);
 
-    // The top p + 2 words of the product. A whole product with a wrong residue is the fatal error "Checksum
-    // Mismatch. Multiplication Failed."
+    // The top p + 2 words of the product, verified.
     void multiply(BigFloatR& out, const BigFloat& a, upL_t p) const;
 
   private:

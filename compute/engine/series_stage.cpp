@@ -43,8 +43,7 @@ void close_sum(StageMemory& memory, SeriesSum& sum, const SeriesQuotient& formul
     }
     if (formula.dQ != 1) {
         memory.carry_out([&](RunTimeParameters&) {
-            const BigFloat top = sum.Q.top_words(p);
-            sum.Q.set_view(top.get_T(), top.get_L(), top.get_exp(), top.raw_sign());
+            sum.Q.set_view(sum.Q.top_words(p));
             sum.Q.mul_uW(formula.dQ);
         });
     }

@@ -42,7 +42,7 @@ void HeapFloat::settle() {
     const BigFloat value = *this;
     words_.memory.reset(static_cast<cdi*>(heap_shift_down(words_.memory.release(), array_alignment)));
     set_base(words_.get(), get_size());
-    set_view(words_.get() + offset, value.get_L(), value.get_exp(), value.raw_sign());
+    set_view({words_.get() + offset, value.get_L(), value.get_exp(), value.raw_sign(), value.get_residue()});
 }
 
 HeapFloat StageMemory::number(upL_t words) {

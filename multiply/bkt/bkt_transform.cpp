@@ -6,7 +6,7 @@
 #include "foundation/fail.hpp"
 #include "multiply/bkt/karatsuba.hpp"
 #include "multiply/bkt/window.hpp"
-#include "multiply/guard_hash.hpp"
+#include "multiply/hash_by_threads.hpp"
 
 namespace znp {
 

@@ -6,7 +6,7 @@
 #include "foundation/fatal.hpp"
 #include "multiply/fft/fft_carry.hpp"
 #include "multiply/fft/fft_kernels.hpp"
-#include "multiply/guard_hash.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/table_holder.hpp"
 
 namespace znp {

@@ -6,7 +6,7 @@
 // floats both.
 //
 // All residues are canonical, 0 to q - 1. Serial; the hash costs one pass over the words, some 6 bytes a
-// cycle. Reference in residue_reference.hpp; by threads: multiply/guard_hash.hpp.
+// cycle. Reference in residue_reference.hpp; by threads: multiply/hash_by_threads.hpp.
 #pragma once
 
 #include <array>

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/fail.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/kernels/word_arrays.hpp"
 #include "multiply/vst/crt_streams.hpp"
 
@@ -80,8 +81,8 @@ upL_t crt_mulp_bytes(const VST& transform) {
 // The work area: two images, the words of a result, and the transform's scratch. A folded operand lies in the
 // place of the second image until that is made, and so does the second convolution's result afterwards.
 template <class word>
-void CRT_mulp(const VST& transform, const BasicParameters& bp, Window<word> R, WordSpan<word> A,
-              WordSpan<word> B) {
+CRTHalves<word> CRT_mulp(const VST& transform, const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                         WordSpan<word> B) {
     constexpr unsigned word_bits = WordTraits<word>::bits;
     if (transform.capacity % word_bits != 0) {
         refuse("CRT_mulp(): Convolution length is not divisible by the word-size.");
@@ -92,7 +93,7 @@ void CRT_mulp(const VST& transform, const BasicParameters& bp, Window<word> R, W
     if (A.size() < B.size()) std::swap(A, B);
     if (B.empty()) {
         std::fill_n(R.T, R.size(), word{0});
-        return;
+        return {nullptr, nullptr, 0};
     }
 
     std::byte *const T1 = bp.M, *const T2 = T1 + transform.transform_bytes,
@@ -117,9 +118,34 @@ void CRT_mulp(const VST& transform, const BasicParameters& bp, Window<word> R, W
     }
     join(residues, L);
     copy_window(R, residues, L);
+    return {residues.c, residues.n, L};
 }
 
-template void CRT_mulp(const VST&, const BasicParameters&, Window<c32i>, WordSpan<c32i>, WordSpan<c32i>);
-template void CRT_mulp(const VST&, const BasicParameters&, Window<c64i>, WordSpan<c64i>, WordSpan<c64i>);
+template CRTHalves<c32i> CRT_mulp(const VST&, const BasicParameters&, Window<c32i>, WordSpan<c32i>,
+                                  WordSpan<c32i>);
+template CRTHalves<c64i> CRT_mulp(const VST&, const BasicParameters&, Window<c64i>, WordSpan<c64i>,
+                                  WordSpan<c64i>);
+
+CheckedResult checked_CRT_mulp(const VST& transform, const BasicParameters& bp, Window<c64i> R,
+                               WordSpan<c64i> A, WordSpan<c64i> B) {
+    const CRTHalves<c64i> product = CRT_mulp(transform, bp, R, A, B);
+    const upL_t L = product.L;
+    const auto hash = [&](const c64i* half, upL_t from, upL_t to) {
+        return guard::hash_words_by_threads(half + from, to - from, bp.tds);
+    };
+    // The words [from, to) of the product as a number from the first one on.
+    const auto words = [&](upL_t from, upL_t to) {
+        if (from >= L) return hash(product.upper, from - L, to - L);
+        if (to <= L) return hash(product.lower, from, to);
+        const u64_t upper = hash(product.upper, 0, to - L);
+        return guard::add(hash(product.lower, from, L),
+                          guard::shift_words(upper, static_cast<s64_t>(L - from)));
+    };
+    if (L == 0) return {0, 0};
+    const u64_t window = guard::hash_words_by_threads(R.T, R.size(), bp.tds);
+    const u64_t above = guard::shift_words(words(R.e, 2 * L), static_cast<s64_t>(R.size()));
+    const u64_t from_s = guard::shift_words(guard::add(above, window), static_cast<s64_t>(R.s));
+    return {guard::add(from_s, words(0, R.s)), window};
+}
 
 }  // namespace znp

@@ -17,10 +17,23 @@ namespace znp {
 // bytes a byte of the longest product, where two images of the full length have up to 7.3.
 upL_t crt_mulp_bytes(const VST& transform);
 
-// A window of the product, which ends at most at its length. The operands are in no order of length. More
-// than 2 N bits together is the generic exception with a text as location.
+// Where the whole product lies in the work buffer afterwards: its halves, of N bits each.
 template <class word>
-void CRT_mulp(const VST& transform, const BasicParameters& bp, Window<word> R, WordSpan<word> A,
-              WordSpan<word> B);
+struct CRTHalves {
+    const word* lower;
+    const word* upper;
+    upL_t L;  // words of a half
+};
+
+// A window of the product, which ends at most at its length. The operands are in no order of length. More
+// than 2 N bits together is the generic exception with a text as location. An operand of no words gives
+// zeros, and no halves.
+template <class word>
+CRTHalves<word> CRT_mulp(const VST& transform, const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                         WordSpan<word> B);
+
+// The same with the guard residues of the product.
+CheckedResult checked_CRT_mulp(const VST& transform, const BasicParameters& bp, Window<c64i> R,
+                               WordSpan<c64i> A, WordSpan<c64i> B);
 
 }  // namespace znp

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "multiply/guard_hash.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/kernels/carry_loop.hpp"
 
 namespace znp::vst {
@@ -99,7 +99,8 @@ CheckedResult ResultWords::checked(u64_t threads) const {
         return guard::hash_by_threads(
             to - from, threads, [&](upL_t low, upL_t high) { return hash_image(from + low, from + high); });
     };
-    const u64_t window = guard::hash_words(reinterpret_cast<const c64i*>(result_.R), e - s, 0, threads);
+    const u64_t window =
+        guard::hash_words_by_threads(reinterpret_cast<const c64i*>(result_.R), e - s, threads);
     u64_t whole = guard::shift_words(image_part(e, all), static_cast<s64_t>(e - s));
     whole = guard::shift_words(guard::add(whole, window), static_cast<s64_t>(s));
     return {guard::add(whole, image_part(0, s)), window};

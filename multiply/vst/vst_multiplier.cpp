@@ -44,6 +44,12 @@ vst::Geometry half(const vst::Geometry& g) {
     return {g.a, g.b, g.c - 1};
 }
 
+// For a product of L words.
+template <class word>
+VST half_transform(const BasicParameters& bp, upL_t L) {
+    return VST(bp.holder, half(vst::find_size(bits<word>(L)).geometry()), bp.tds);
+}
+
 }  // namespace
 
 template <class word>
@@ -81,8 +87,17 @@ upL_t VSTMultiplier<word>::mulp_bytes(upL_t L, u64_t threads) const {
 template <class word>
 void VSTMultiplier<word>::mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
                                WordSpan<word> B) const {
-    const vst::Geometry whole = vst::find_size(bits<word>(A.size() + B.size())).geometry();
-    CRT_mulp(VST(bp.holder, half(whole), bp.tds), bp, R, A, B);
+    CRT_mulp(half_transform<word>(bp, A.size() + B.size()), bp, R, A, B);
+}
+
+template <class word>
+CheckedResult VSTMultiplier<word>::checked_mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                                                WordSpan<word> B) const {
+    if constexpr (sizeof(word) == sizeof(c64i)) {
+        return checked_CRT_mulp(half_transform<word>(bp, A.size() + B.size()), bp, R, A, B);
+    } else {
+        return multiplier<word>::checked_mulp(bp, R, A, B);
+    }
 }
 
 template class VSTMultiplier<c32i>;

@@ -20,6 +20,8 @@ class VSTMultiplier final : public multiplier<word> {
     transform* make_transform(const BasicParameters& bp, void* place, upL_t L) const override;
     upL_t mulp_bytes(upL_t L, u64_t threads) const override;
     void mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A, WordSpan<word> B) const override;
+    CheckedResult checked_mulp(const BasicParameters& bp, Window<word> R, WordSpan<word> A,
+                               WordSpan<word> B) const override;
 };
 
 extern template class VSTMultiplier<c32i>;

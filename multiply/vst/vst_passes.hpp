@@ -6,6 +6,7 @@
 #pragma once
 
 #include "foundation/types.hpp"
+#include "multiply/transform.hpp"
 #include "multiply/vst/vst_frame.hpp"
 
 namespace znp::vst {

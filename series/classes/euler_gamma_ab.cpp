@@ -71,8 +71,8 @@ upL_t ABRules::join_words(const Section& section) {
     return kept + std::max(kept + transform_slack, section.row.length + section.series.memory_overhead);
 }
 
-void ABRules::check(EventLog* log, const SectionRow& row, const Node& node) {
-    check4(log, row.a, row.b, node.U, node.V, node.W, node.X);
+void ABRules::check(const SumTask& task, const SectionRow& row, const Node& node) {
+    check4(task.log, row.a, row.b, node.U, node.V, node.W, node.X, task.bp.tds);
 }
 
 void ABRules::keep(const SumTask& task, const SectionRow& row, const Node& node) {

@@ -95,7 +95,7 @@ struct ABRules {
     static Objects<ObjectPlace> layout(const Section& section, upL_t words);
     static upL_t result_words(const Section& section);
     static upL_t join_words(const Section& section);
-    static void check(EventLog* log, const SectionRow& row, const Node& node);
+    static void check(const SumTask& task, const SectionRow& row, const Node& node);
     static void keep(const SumTask& task, const SectionRow& row, const Node& node);
     static void join(const SumTask& task, const Section& section, const Node& node);
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "foundation/fail.hpp"
 #include "numbers/basic_int.hpp"
 #include "numbers/big_float.hpp"
 #include "numbers/exact_float.hpp"
@@ -11,7 +12,7 @@
 namespace znp {
 
 inline BigFloat as_float(const ExactFloat& x) {
-    return BigFloat(x.get_T(), x.get_L(), x.get_exp());
+    return BigFloat(x.get_T(), x.get_L(), x.get_exp(), true, x.get_guard());
 }
 inline BigFloat as_float(const BigFloat& x) {
     return x;
@@ -29,6 +30,12 @@ inline BasicIntR end_object(const auto& x) {
 inline void adopt(ExactFloatR& x, const BasicIntR& value) {
     x.reset_T();
     x.set_LN(value.get_L(), 0, value.get_hash());
+}
+
+// In floats the residue is that of the words, which have to be the integer's.
+inline void adopt(BigFloatR& x, const BasicIntR& value) {
+    x.set_words(value.get_L(), 0, true);
+    if (value.hash_error() != 0) fail(ArithmeticFailure(error_code::numerical_result));
 }
 
 // Words of the longest of the results: behind so many each has room for the right half's.

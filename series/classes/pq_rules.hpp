@@ -67,17 +67,14 @@ struct PQRules {
     }
 
     template <class Node>
-    static void check(EventLog* log, const SectionRow& row, const Node& node) {
-        check2(log, row.a, row.b, node.P, node.Q);
+    static void check(const SumTask& task, const SectionRow& row, const Node& node) {
+        check2(task.log, row.a, row.b, node.P, node.Q, task.bp.tds);
     }
 
     template <class Node>
     static void keep(const SumTask& task, const SectionRow&, const Node& node) {
-        const auto view = [](BigFloatR& out, const BigFloat& x) {
-            out.set_view(x.get_T(), x.get_L(), x.get_exp(), x.raw_sign());
-        };
-        view(task.P, as_float(node.P));
-        view(task.Q, as_float(node.Q));
+        task.P.set_view(as_float(node.P));
+        task.Q.set_view(as_float(node.Q));
     }
 
     template <class Node>

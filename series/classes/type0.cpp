@@ -29,9 +29,9 @@ Type0Rules::Node Type0Rules::behind(const Node& results) const {
             .t = results.t};
 }
 
-void Type0Rules::check(EventLog* log, const SectionRow& row, const Node& node) const {
-    if (!with_R) return check2(log, row.a, row.b, node.P, node.Q);
-    check3(log, row.a, row.b, node.P, node.Q, node.R);
+void Type0Rules::check(const SumTask& task, const SectionRow& row, const Node& node) const {
+    if (!with_R) return check2(task.log, row.a, row.b, node.P, node.Q, task.bp.tds);
+    check3(task.log, row.a, row.b, node.P, node.Q, node.R, task.bp.tds);
 }
 
 // ---- Sections with truncated products
@@ -40,9 +40,9 @@ void TruncatedType0Rules::end(Node& node, u64_t a, u64_t b) const {
     BasicIntR P = end_object(node.P), Q = end_object(node.Q), R = end_object(node.R);
     BasicIntR t0 = end_object(node.product), t1 = end_object(node.t);
     series.BSR_End(P, Q, R, t0, t1, a, b);
-    node.P.set_words(P.get_L(), 0, true);
-    node.Q.set_words(Q.get_L(), 0, true);
-    node.R.set_words(R.get_L(), 0, true);
+    adopt(node.P, P);
+    adopt(node.Q, Q);
+    adopt(node.R, R);
 }
 
 TruncatedType0Rules::Node TruncatedType0Rules::behind(const Node& results) const {

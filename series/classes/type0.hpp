@@ -5,8 +5,7 @@
 // What nobody on the right multiplies with is left out: R of the last range and of the right halves down from
 // it. A section of exact floats, or of floats whose precision falls from left to right (ASR): what stands
 // right of a term is smaller than what stands left of it, and a series that can tell by how much
-// (zl_BSS::PrecisionAtIndex) is summed without the words that no digit of the result depends on. There are no
-// residues then: what is not exact cannot be checked by them.
+// (zl_BSS::PrecisionAtIndex) is summed without the words that no digit of the result depends on.
 #pragma once
 
 #include "series/bss.hpp"
@@ -60,7 +59,7 @@ struct Type0Rules : PQRules<Type0Rules, zl_BSS_P2B3_Type0, Type0Objects> {
         merge_type0(ExactArithmetic(bp), {out.P, out.Q, &out.t, with_R ? &out.R : nullptr}, left, right,
                     subtract);
     }
-    void check(EventLog* log, const SectionRow& row, const Node& node) const;
+    void check(const SumTask& task, const SectionRow& row, const Node& node) const;
 };
 
 // ---- Sections with truncated products
@@ -98,7 +97,9 @@ struct TruncatedType0Rules : PQRules<TruncatedType0Rules, zl_BSS_P2B3_Type0, Tru
         merge_type0(TruncatedArithmetic(bp, p, p, out.product), {out.P, out.Q, &out.t, &out.R}, left, right,
                     subtract);
     }
-    static void check(EventLog*, const SectionRow&, const Node&) {}
+    static void check(const SumTask& task, const SectionRow& row, const Node& node) {
+        check3(task.log, row.a, row.b, node.P, node.Q, node.R, task.bp.tds);
+    }
 };
 
 template <class F>
