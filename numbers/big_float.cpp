@@ -104,14 +104,14 @@ void BigFloat::strip_l1s() {
 }
 
 BigFloat BigFloat::top_words(upL_t p) const {
-    const upL_t dropped = L_ - std::min(p + extra_precision, L_);
+    const upL_t dropped = L_ - kept_words(p);
     if (dropped == 0) return *this;
     const s64_t exp = exp_ + s64(dropped);
     return BigFloat(T_ + dropped, L_ - dropped, exp, sign_, guard::sub(residue_, residue_below(exp)));
 }
 
 BigFloat BigFloat::unproven_top_words(upL_t p) const {
-    const upL_t dropped = L_ - std::min(p + extra_precision, L_);
+    const upL_t dropped = L_ - kept_words(p);
     return BigFloat(T_ + dropped, L_ - dropped, exp_ + s64(dropped), sign_);
 }
 

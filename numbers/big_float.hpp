@@ -21,6 +21,7 @@
 // words on the stack.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 
 #include "foundation/types.hpp"
@@ -82,8 +83,9 @@ class BigFloat {
     void shift_exp(s64_t n);            // times B^n
     void truncate_top(s64_t position);  // keeps only what lies below position
     void strip_l1s();  // an all-ones top (its first word may be one short) is removed word by word
-    // The top min(p + 2, L) words of the number.
+    // The top min(p + 2, L) words of the number, and their count.
     BigFloat top_words(upL_t p) const;
+    upL_t kept_words(upL_t p) const { return std::min(p + extra_precision, L_); }
     // The same with the residue of these words as they stand: where so much is dropped that its residue would
     // cost more, and the words are proven otherwise.
     BigFloat unproven_top_words(upL_t p) const;

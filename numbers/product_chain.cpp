@@ -99,8 +99,7 @@ struct TruncatedKind {
     }
 
     static upL_t length(Chain chain, const Product& x) {
-        return x.a.top_words(words(chain, x.a)).get_L() + x.b.top_words(words(chain, x.b)).get_L() +
-               transform_slack;
+        return x.a.kept_words(words(chain, x.a)) + x.b.kept_words(words(chain, x.b)) + transform_slack;
     }
 
     static void alone(const BasicParameters& bp, const Product& x) {

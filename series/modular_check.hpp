@@ -18,10 +18,19 @@ class EventLog;
 // The differences of stored and recomputed residues: all zero returns, anything else is the failure above.
 void check_residues(EventLog* log, u64_t a, u64_t b, std::span<const u64_t> differences);
 
-// The numbers X, Y, ... are anything with hash_error(threads).
+// The numbers X, Y, ... are anything with hash_error(), by threads where it can go by them.
+template <class Number>
+u64_t hash_error_of(const Number& x, u64_t threads) {
+    if constexpr (requires { x.hash_error(threads); }) {
+        return x.hash_error(threads);
+    } else {
+        return x.hash_error();
+    }
+}
+
 template <class... Numbers>
 void check_numbers(EventLog* log, u64_t a, u64_t b, u64_t threads, const Numbers&... numbers) {
-    check_residues(log, a, b, std::array{numbers.hash_error(threads)...});
+    check_residues(log, a, b, std::array{hash_error_of(numbers, threads)...});
 }
 
 template <class TX, class TY>

@@ -82,15 +82,18 @@ HeapFloat final_multiply_B(StageMemory& memory, const BigFloat& a, const BigFloa
         memory.work(work_bytes_for<cdi>(2 * room + final_product_margin, memory.threads(), half_length));
     memory.carry_out([&](RunTimeParameters& run) {
         const BasicParameters bp = run.arithmetic(work.get(), work.size);
-        repeat_once(
-            [&] {
-                if (half_length) {
-                    out.set_mulp(bp, a, b, p);
-                } else {
-                    VerifiedFactor(bp, b, a.get_L()).multiply(out, a, p);
-                }
-            },
-            [&] { return are_whole(a, b, memory.threads()); });
+        const auto multiply = [&] {
+            if (half_length) {
+                out.set_mulp(bp, a, b, p);
+            } else {
+                VerifiedFactor(bp, b, a.get_L()).multiply(out, a, p);
+            }
+        };
+        try {
+            repeat_once(multiply, [&] { return are_whole(a, b, memory.threads()); });
+        } catch (const ArithmeticFailure&) {
+            fatal_exit("Checksum Mismatch. Multiplication Failed.");
+        }
     });
     lines.finish();
     return out;

@@ -19,7 +19,8 @@ constexpr upL_t divide_words(upL_t p) {
     return p + 5;
 }
 
-// The top p + 2 words of a * b, with half_length by the route of two half-length convolutions.
+// The top p + 2 words of a * b, with half_length by the route of two half-length convolutions. A failure is the
+// fatal error "Checksum Mismatch. Multiplication Failed."
 HeapFloat final_multiply_B(StageMemory& memory, const BigFloat& a, const BigFloat& b, upL_t p,
                            bool half_length);
 

@@ -6,7 +6,7 @@
 
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/kernels/guard_residue.hpp"
 #include "multiply/multiply_test_support.hpp"
 #include "multiply/selection.hpp"
 #include "test_seed.hpp"
@@ -143,13 +143,15 @@ TEST(BKTTransform, CheckedWindowsBelowAcrossAndAboveTheProduct) {
     const Words A{3, 4}, B{5, 7}, none;
     const Words product = exact_product(A, B);
     for (const Words* second : {&B, &none}) {
-        const u64_t whole = second->empty() ? 0 : residue::hash_words(product.data(), product.size());
+        const u64_t whole = second->empty() ? 0 : guard::hash_words(product.data(), product.size());
         for (const auto& [s, e] : {std::pair<upL_t, upL_t>{0, 4}, {1, 3}, {2, 9}, {4, 6}, {11, 20}, {7, 7}}) {
             GuardedWords<c64i> R(e - s);
             t.forward(areas.image1(), A, areas.scratch());
             t.forward(areas.image2(), *second, areas.scratch());
-            EXPECT_EQ(t.checked_fmul({R.data(), s, e}, areas.image1(), areas.image2(), areas.scratch()),
-                      whole);
+            const CheckedResult checked =
+                t.checked_fmul({R.data(), s, e}, areas.image1(), areas.image2(), areas.scratch());
+            EXPECT_EQ(checked.whole, whole);
+            EXPECT_EQ(checked.window, guard::hash_words(R.data(), e - s));
             for (upL_t i = s; i < e; i++)
                 EXPECT_EQ(R.words()[i - s], i < 4 && !second->empty() ? product[i] : 0) << s << " " << e;
         }

@@ -37,8 +37,8 @@ class ExactFloats : public ::testing::Test {
 
 TEST_F(ExactFloats, AreNotVirtual) {
     EXPECT_FALSE(std::is_polymorphic_v<ExactFloatO>);
-    EXPECT_EQ(sizeof(ExactFloat), 4 * sizeof(u64_t));
-    EXPECT_EQ(sizeof(ExactFloatR), 6 * sizeof(u64_t));
+    EXPECT_EQ(sizeof(ExactFloat), 5 * sizeof(u64_t));
+    EXPECT_EQ(sizeof(ExactFloatR), 7 * sizeof(u64_t));
 }
 
 TEST_F(ExactFloats, SettersAndResidue) {

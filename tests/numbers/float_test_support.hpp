@@ -15,7 +15,7 @@
 
 #include "foundation/exceptions.hpp"
 #include "foundation/guarded_alloc.hpp"
-#include "multiply/kernels/residue.hpp"
+#include "multiply/hash_by_threads.hpp"
 #include "multiply/multiply_test_support.hpp"
 #include "multiply/table_holder.hpp"
 #include "numbers/basic_int.hpp"
@@ -84,6 +84,7 @@ class Integer {
         return std::log2(std::fabs(d)) + static_cast<double>(exponent);
     }
     u64_t residue() const { return mpz_get_ui((*this % of(residue::p)).z_); }
+    u64_t guard_residue() const { return mpz_get_ui((*this % of(guard::q)).z_); }
     Integer sqrt() const {
         Integer r;
         mpz_sqrt(r.z_, z_);
@@ -101,8 +102,10 @@ class Integer {
     mpz_t z_;
 };
 
-// The value of a float in units of B^low, which has to be at or below its exponent.
+// The value of a float in units of B^low, which has to be at or below its exponent. Its residue must be that
+// of its words.
 inline Integer value(const BigFloat& x, s64_t low) {
+    EXPECT_EQ(x.hash_error(), 0u) << "residue and words differ";
     const Integer mantissa(x.get_T(), x.get_L());
     const Integer scaled =
         x.is_zero() ? Integer(0) : mantissa << static_cast<u64_t>(x.get_exp() - low) * WordTraits<cdi>::bits;

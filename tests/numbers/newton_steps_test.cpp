@@ -68,8 +68,8 @@ TEST(NewtonSteps, ResiduesOfWordsNextToOne) {
     EXPECT_EQ(newton::near_one_residue(1, true), 0u);
     for (s64_t position = 0; position > -40; position--) {
         const Integer one = Integer(1) << static_cast<u64_t>(-position) * 64;
-        EXPECT_EQ(newton::near_one_residue(position, false), one.residue());
-        EXPECT_EQ(newton::near_one_residue(position, true), (one - 1).residue());
+        EXPECT_EQ(newton::near_one_residue(position, false), one.guard_residue());
+        EXPECT_EQ(newton::near_one_residue(position, true), (one - 1).guard_residue());
     }
 }
 
@@ -161,16 +161,16 @@ TEST(NewtonSteps, ProductsAreVerifiedAgainstTheirOperands) {
             check.whole = out.x.set_checked_fmul(scratch, A, B, static_cast<s64_t>(std::min(n, clen)), n);
             EXPECT_EQ(check.wrap_position(t), static_cast<s64_t>(clen));
             const Integer high = product >> clen * 64;
-            EXPECT_TRUE(check.holds(t, high.residue()));
-            EXPECT_TRUE(check.holds(t, (high + 1).residue(), 1));
-            EXPECT_TRUE(check.holds(t, (high - 1).residue(), 1));
+            EXPECT_TRUE(check.holds(t, high.guard_residue()));
+            EXPECT_TRUE(check.holds(t, (high + 1).guard_residue(), 1));
+            EXPECT_TRUE(check.holds(t, (high - 1).guard_residue(), 1));
             if (n > clen && t.modulus() != 0) {
-                EXPECT_FALSE(check.holds(t, (high + 3).residue(), 1));
-                EXPECT_FALSE(check.holds(t, (high - 3).residue(), 1));
-                EXPECT_FALSE(check.holds(t, (high + 2).residue()));
+                EXPECT_FALSE(check.holds(t, (high + 3).guard_residue(), 1));
+                EXPECT_FALSE(check.holds(t, (high - 3).guard_residue(), 1));
+                EXPECT_FALSE(check.holds(t, (high + 2).guard_residue()));
             }
-            check.whole = residue::add(*check.whole, 1);
-            EXPECT_FALSE(check.holds(t, high.residue()));
+            check.whole = guard::add(*check.whole, 1);
+            EXPECT_FALSE(check.holds(t, high.guard_residue()));
         }
     }
 }

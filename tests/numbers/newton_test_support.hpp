@@ -125,11 +125,12 @@ class FaultyTransform final : public transform {
         strike(Fault::before_inverse, inverses++, const_cast<Image*>(T2));
         target_.inverse_fmul(R, T1, T2, scratch);
     }
-    u64_t checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override {
+    CheckedResult checked_fsqr(Window<c64i> R, Image* T, TransformScratch* scratch) const override {
         strike(Fault::before_inverse, inverses++, T);
         return target_.checked_fsqr(R, T, scratch);
     }
-    u64_t checked_fmul(Window<c64i> R, Image* T1, const Image* T2, TransformScratch* scratch) const override {
+    CheckedResult checked_fmul(Window<c64i> R, Image* T1, const Image* T2,
+                               TransformScratch* scratch) const override {
         strike(Fault::before_inverse, inverses++, const_cast<Image*>(T2));
         return target_.checked_fmul(R, T1, T2, scratch);
     }

@@ -327,7 +327,7 @@ TEST_F(ProductChains, OneProduct) {
     for (const auto& [La, Lb, Lc] : cases) {
         const auto A = random(La), B = random(Lb);
         const auto a = big(A, 0), b = big(B, 0, false);
-        Work work(bytes_for(La + Lb + transform_slack, 1));
+        Work work(work_bytes_for<cdi>(La + Lb + transform_slack, 1));
         for (const upL_t p : {upL_t{3}, La, La + Lb}) {
             BigIn T(std::min(La + Lb, p + 2));
             multiply_chain(work.bp(), std::array{TruncatedProduct{T.x, a, b, p}}, own);
@@ -444,7 +444,7 @@ TEST_F(ProductChains, UnsharedRoundsCheckTheBufferEach) {
 
 TEST_F(ProductChains, ALengthBeyondTheTables) {
     const std::vector<c64i> words{1};
-    const BigFloat endless(words.data(), upL_t{1} << 58, 0), other = endless;
+    const BigFloat endless(words.data(), upL_t{1} << 58, 0, true, 0), other = endless;
     BigIn T(3), U(3);
     const upL_t p = upL_t{1} << 59;
     const auto e = testing::caught<zn_exception>([&] {

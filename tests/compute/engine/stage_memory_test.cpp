@@ -111,7 +111,7 @@ TEST(HeapFloat, SettlingKeepsTheValueAndItsPlaceInTheBuffer) {
     auto below = memory.array<cdi>(20);
     HeapFloat number = memory.number(8);
     for (upL_t i = 0; i < 8; i++) number.get_base()[i] = i + 1;
-    number.set_view(number.get_base() + 2, 5, -3, false);
+    number.set_view(BigFloat(number.get_base() + 2, 5, -3, false));
     const cdi* const before = number.get_base();
     below.memory.reset();
     number.settle();
@@ -121,6 +121,7 @@ TEST(HeapFloat, SettlingKeepsTheValueAndItsPlaceInTheBuffer) {
     EXPECT_EQ(number.get_exp(), -3);
     EXPECT_FALSE(number.raw_sign());
     for (upL_t i = 0; i < 5; i++) EXPECT_EQ(number.get_T()[i], i + 3);
+    EXPECT_EQ(number.hash_error(), 0u);
     HeapFloat().settle();
 }
 
