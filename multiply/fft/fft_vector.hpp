@@ -124,9 +124,4 @@ ZNP_INLINE void transpose(CV& a, CV& b, CV& c, CV& d) {
     transpose(a.i, b.i, c.i, d.i);
 }
 
-// e^(i pi/8), the root of the first step, and its third power e^(3 i pi/8).
-inline constexpr double root_c = 0.9238795325112867;
-inline constexpr double root_s = 0.3826834323650898;
-inline constexpr double root_half = 0.7071067811865476;
-
 }  // namespace znp::fft
