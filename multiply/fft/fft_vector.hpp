@@ -7,6 +7,11 @@
 
 namespace znp::fft {
 
+// Sees the trees at work, and does nothing (fft_forward_steps.hpp, fft_inverse_steps.hpp).
+struct Unwatched {
+    ZNP_INLINE void operator()() const {}
+};
+
 struct CV {
     __m256d r, i;
 };
