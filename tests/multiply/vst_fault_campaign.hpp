@@ -61,14 +61,14 @@ class FaultCampaign {
         EXPECT_EQ(residue::hash_words(R_, 2 * length_), expected_);
     }
 
-    // The bit flips before the product or when the work has come to one to four pages, one after the other;
+    // The bit flips before the product or when the work has come to one to three pages, one after the other;
     // if it has not, behind it.
     void inject(FaultPlace place, FaultOutcomes& outcomes) {
         std::copy(original_.begin(), original_.end(), A_);
         std::fill_n(R_, 2 * length_, 0);
         std::byte* const target = address(place);
         const auto bit = static_cast<std::byte>(1u << (rng_() % 8));
-        std::vector<std::byte*> pages(rng_() % 5);
+        std::vector<std::byte*> pages(rng_() % 4);
         for (std::byte*& page : pages) page = arena_.page_at(rng_() % arena_.pages());
         const bool in_one = rng_() % 2 == 0;
         bool fired = false, sprung = false;
