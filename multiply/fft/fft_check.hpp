@@ -7,7 +7,9 @@
 // a part of them, and a wave that moves a point by one half or more moves others by a fraction. A wrong digit
 // of an operand or of a result moves points by integers: the residues see those.
 //
-// Serial, no allocation. Cost: as much as the last pass, four times over.
+// Serial, no allocation. Cost of the look: 1.7 % of the instructions of the shortest product (128 points),
+// 0.8 % of those of one of 32,768. An examination is scalar and takes the time of two or three products:
+// faults cause one, and extreme operands of the wide rows.
 #pragma once
 
 #include "foundation/types.hpp"

@@ -2,7 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 #include <limits>
+#include <map>
+#include <sstream>
+#include <string>
+#include <tuple>
 
 #include "console_capture.hpp"
 #include "foundation/exceptions.hpp"
@@ -94,6 +99,26 @@ TEST(FftCheck, Limits) {
             const double limit = fft::distance_limit(size.N(), static_cast<unsigned>(size.w));
             EXPECT_GE(limit, 0.125);
             EXPECT_LE(limit, 0.46875);
+        }
+}
+
+// The largest errors that bench/fft_sizes_bench has observed, of products that fill all points.
+TEST(FftCheck, LimitsLeaveRoomForTheErrorsObserved) {
+    std::ifstream file(ZELMAR_TEST_DATA "/../generators/fft_measurements.tsv");
+    std::map<std::tuple<unsigned, unsigned, unsigned>, double> observed;
+    std::string line;
+    while (std::getline(file, line)) {
+        std::istringstream field(line);
+        std::string kind;
+        unsigned k = 0, p = 0, w = 0;
+        double product = 0, ring = 0;
+        if (field >> kind >> k >> p >> w >> product >> ring && kind == "error") observed[{k, p, w}] = ring;
+    }
+    for (const auto plan : {fft::main_plan(), fft::exact_plan()})
+        for (const PlanRow& size : plan) {
+            const auto error = observed.find({size.k, size.p, size.w});
+            ASSERT_NE(error, observed.end());
+            EXPECT_LE(1.4 * error->second, fft::distance_limit(size.N(), static_cast<unsigned>(size.w)));
         }
 }
 
