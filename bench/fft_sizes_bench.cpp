@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "foundation/guarded_alloc.hpp"
+#include "multiply/fft/fft_check.hpp"
 #include "multiply/fft/fft_kernels.hpp"
 #include "multiply/fft/fft_transform.hpp"
 #include "multiply/table_holder.hpp"
@@ -59,7 +60,7 @@ class Size {
         transform_digits(T1_.get(), a);
         transform_digits(T2_.get(), b);
         fft::inverse_tree(T1_.get(), T2_.get(), t_.N, C_, *t_.holder->fft);
-        return last_step_error();
+        return fft::largest_distance(T1_.get(), t_.N, 2.0 * C_ / static_cast<double>(t_.N));
     }
 
     const FFT& fft() const { return t_; }
@@ -76,31 +77,6 @@ class Size {
     }
 
     TransformScratch* scratch() const { return scratch_at(scratch_.get()); }
-
-    static double off(double value) { return std::abs(value - std::nearbyint(value)); }
-
-    // The last pass' step, operation by operation as its kernel does it.
-    double last_step_error() const {
-        constexpr double c = 0.9238795325112867, s = 0.3826834323650898, h = 0.7071067811865476;
-        const double scale = 2.0 * C_ / static_cast<double>(t_.N);
-        const u64_t quarter = t_.N / 4;
-        double worst = 0;
-        for (u64_t i = 0; i < quarter; i += (i & 3) == 3 ? 5 : 1) {
-            const auto re = [&](unsigned q) { return T1_[i + q * quarter]; };
-            const auto im = [&](unsigned q) { return T1_[i + q * quarter + 4]; };
-            const double er = re(0) + re(1), ei = im(0) + im(1), pr = re(0) - re(1), pi = im(0) - im(1);
-            const double dr = re(2) + re(3), di = im(2) + im(3), qr = re(2) - re(3), qi = im(2) - im(3);
-            const auto add = [&](double xr, double xi, double wr, double wi) {
-                worst = std::max(worst, off(scale * std::fma(xr, wr, xi * wi)));
-                worst = std::max(worst, off(scale * std::fma(xi, wr, -(xr * wi))));
-            };
-            worst = std::max({worst, off(scale * (er + dr)), off(scale * (ei + di))});
-            add(er - dr, ei - di, h, h);
-            add(pr + qi, pi - qr, c, s);
-            add(pr - qi, pi + qr, s, c);
-        }
-        return worst;
-    }
 
     FFT t_;
     unsigned C_;

@@ -124,11 +124,16 @@ def proven(row, fill):
                               3 * n * math.log1p(beta))
 
 
+def limit(row):
+    """The distance from an integer at which the transform's check fires (distance_limit of fft_check.cpp)."""
+    return min(max(10 * sigma(row), 1 / 8), 15 / 32)
+
+
 ERRORS_HEAD = """# Rounding errors of the floating-point FFT
 
-Made by `generators/fft_plan.py` from `generators/fft_measurements.tsv`, which `bench/fft_sizes_bench` measured. The
-transform has no check of its rounding: right digits rest on this table, and the residues above it see what
-hardware does wrong.
+Made by `generators/fft_plan.py` from `generators/fft_measurements.tsv`, which `bench/fft_sizes_bench` measured. Right
+digits rest on this table; what goes wrong all the same, by hardware or by operands that nobody tried, is seen by the
+transform's own check and by the residues above it.
 
 A result's point is right if it lies less than 0.5 from its integer before it is rounded. For each row of the plans:
 
@@ -137,6 +142,8 @@ A result's point is right if it lies less than 0.5 from its integer before it is
 - **ring**: the same over products modulo 2^(N w) + 1 whose operands fill all points. The rounding errors scale with
   the norms of both operands, so this is twice the former. Own rows are at most {error} here as well, which leaves
   room for every partly wrapped product.
+- **limit**: a product fails if a point lies farther than this from an integer: 10 sigma, at least 1/8, at most 15/32. No
+  error that was observed comes near: the limit is at least {room:.2f} times the ring's.
 - **operands**: those of the largest error. Tried were random digits (up to 200 pairs for each size, fewer for long
   ones), random maximal or zero digits, nearly maximal digits, all ones, all ones by random, alternating maximal
   digits, alternating pairs, blocks of maximal digits, single spikes, and spikes by all ones and by random.
@@ -156,24 +163,94 @@ Largest error of ordinary products in any row: {product:.4f}, row (k {p[0]}, p {
 {ring:.4f}, row (k {r[0]}, p {r[1]}, w {r[2]}); among own rows {own:.4f}, row (k {o[0]}, p {o[1]}, w {o[2]}). The row
 (3, 7, 20) is fixed and serves short products only.
 
-| k | p | w | capacity | plan | sum | product | ring | operands | sigma | proven |
-| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |
+## What guards a product
+
+Every inverse, of a product, a square, a window or a checked product, ends in the same last pass, and so the check guards
+every use alike (`multiply/fft/fft_check.hpp`). The last pass looks at three of eight points; if one lies more than 1/8
+from an integer or is beyond 2^49, all points are examined and compared with the row's limit. Behind a failed check the
+product is an error, never a result.
+
+| use | rows | rounding | hardware |
+| --- | --- | --- | --- |
+| products of exact numbers (series, powers of the conversion) | main plan, to 655,360 bits | proven where the bound is at most 0.5; else by the estimate, with the check | check; the residue that the number carries |
+| checked products (Newton steps) | the same | the same | check; the residue of the whole result |
+| truncated products (sums of series, closing formulas, conversion) | the same | the same | check; residues where the caller compares them |
+| stress test | the same | the same | check; the residue of each product |
+
+What the check sees: a fault in an image, in the tables or in a step before the last pass adds a wave to all points of the
+result, or to those of a part of them. One that moves a point by 1/2 or more moves others by a fraction. What it does not
+see moves points by integers: a wrong digit of an operand or of the result, and some faults right before the last pass,
+which reach eight points only. Those change the value by a few powers of two: no residue misses them. The other way round,
+a wave that turns into digits of period 61 escapes the residue modulo 2^61 - 1, and the check sees it. Of 100,000,000 single
+flips in images and tables, before and between the steps of all transforms of a product (`FftFaults.AHundredMillionFlips`,
+seed 20261122), the check saw 59,121,288 (1,104,508 of them would have left the right product), residues alone 2,532,710,
+38,346,002 left the right product, and none was wrong and unnoticed; 190 wrong products had the right residue modulo
+2^61 - 1, all of them seen by the check.
+
+### Rows whose proven bound exceeds 0.5
+
+{wide} of the {used} rows of the main plan that serve products in memory (to 655,360 bits). For each the fastest size with
+the same capacity whose bound is at most 0.5 for ordinary products, and its time over the row's, from the measurements.
+Over all lengths from 59 words on (evenly by their logarithms) such a plan would take {mean:.0f} % longer, for products that
+fill the ring {mean_ring:.0f} %. Three are cheap: for (5, 8, 18), (5, 10, 17) and (5, 12, 16), alternating runs on another machine
+gave 0.96, 0.98 and 1.02 (60 pairs each, where the measurements below say 1.04 to 1.06); for (1, 10, 19) and (1, 13, 17)
+they gave 1.75 and 1.34. So the rows stay, under the check.
+
+| k | p | w | proven | safe k | safe p | safe w | time |
+| --- | --- | --- | --- | --- | --- | --- | --- |
+{safe_rows}
+## All rows
+
+| k | p | w | capacity | plan | sum | product | ring | limit | operands | sigma | proven |
+| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |
 """
 
+IN_MEMORY = 655360  # bits: longer products go to the large transform
+SHORTEST = 59 * 64  # shorter ones are done by schoolbook and Karatsuba
 
-def errors_text(main, exact, errors):
+
+def fastest_safe(times, errors, bits, fill):
+    """Of the sizes whose proven bound is at most 0.5 for operands that fill this part of the points."""
+    return min((times[row[:2]], row) for row in errors if capacity(row) >= bits and proven(row, fill) <= 0.5)
+
+
+def safe_plan_cost(times, errors, main, fill):
+    """The mean ratio of times, all rows with a proven bound against the plan, in per cent beyond 100."""
+    steps = 2000
+    ratios = []
+    for i in range(steps):
+        bits = SHORTEST * (IN_MEMORY / SHORTEST)**(i / (steps - 1))
+        planned = next(row for row in main if capacity(row) >= bits)
+        ratios.append(fastest_safe(times, errors, bits, fill)[0] / times[planned[:2]])
+    return 100 * (sum(ratios) / steps - 1)
+
+
+def errors_text(main, exact, times, errors):
     rows = sorted(set(main) | set(exact), key=lambda row: (capacity(row), row))
     own = [row for row in rows if row not in FIRST + LAST]
     product = max(rows, key=lambda row: errors[row][0])
     ring = max(rows, key=lambda row: errors[row][1])
     worst_own = max(own, key=lambda row: errors[row][1])
-    text = ERRORS_HEAD.format(sum=LARGEST_SUM, error=LARGEST_ERROR, margin=min(0.5 / sigma(row) for row in rows),
+    room = min(limit(row) / errors[row][1] for row in rows if errors[row][1] > 0)
+    assert room >= 1.4
+    used = [row for row in main if capacity(row) <= IN_MEMORY]
+    wide = [row for row in used if proven(row, 0.5) > 0.5]
+    safe_rows = ""
+    for row in wide:
+        time, safe = fastest_safe(times, errors, capacity(row), 0.5)
+        safe_rows += "| %d | %d | %d | %.3f | %d | %d | %d | %.2f |\n" % (*row, proven(row, 0.5), *safe,
+                                                                         time / times[row[:2]])
+    text = ERRORS_HEAD.format(room=room, used=len(used), wide=len(wide), safe_rows=safe_rows,
+                              mean=safe_plan_cost(times, errors, main, 0.5),
+                              mean_ring=safe_plan_cost(times, errors, main, 1.0),
+                              sum=LARGEST_SUM, error=LARGEST_ERROR, margin=min(0.5 / sigma(row) for row in rows),
                               product=errors[product][0], p=product, ring=errors[ring][1], r=ring,
                               own=errors[worst_own][1], o=worst_own)
     for row in rows:
         plans = "both" if row in main and row in exact else "main" if row in main else "exact"
-        text += "| %d | %d | %d | %d | %s | %.2f | %.5f | %.5f | %s | %.5f | %.3f |\n" % (
-            *row, capacity(row), plans, width_sum(row), *errors[row], sigma(row), proven(row, 0.5))
+        text += "| %d | %d | %d | %d | %s | %.2f | %.5f | %.5f | %.5f | %s | %.5f | %.3f |\n" % (
+            *row, capacity(row), plans, width_sum(row), *errors[row][:2], limit(row), errors[row][2], sigma(row),
+            proven(row, 0.5))
     return text
 
 
@@ -185,7 +262,7 @@ def main():
     files = {
         "multiply/fft/fft_main_plan.inc": include_text(main_rows, "main"),
         "multiply/fft/fft_exact_plan.inc": include_text(exact_rows, "exact"),
-        "docs/FFT_ERRORS.md": errors_text(main_rows, exact_rows, errors),
+        "docs/FFT_ERRORS.md": errors_text(main_rows, exact_rows, times, errors),
     }
     return write_or_check(files)
 

@@ -80,17 +80,20 @@ class Catalan_Huvent final : public SteadySeries<zl_BSS_P2B2_BBP> {
 class ArcCoth final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 2;
-    explicit ArcCoth(u64_t x);  // 2 to 4294967295
+    explicit ArcCoth(u64_t x);  // 2 to 4294967295, or a fatal error
     const u64_t x2;
     const double log_x2;  // ln(x2)
     void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
                  u64_t b) const override;
 
   private:
-    ArcCoth(u64_t x2_, double log_x2_);
+    struct Square {
+        u64_t x2;
+    };
+    explicit ArcCoth(Square x_squared);
 };
 
-// Of an argument n/d.
+// Of an argument n/d, 0 < n < d, d up to 65535: all else is a fatal error.
 class ArcSinlemn final : public SteadySeries<zl_BSS_P2B3_Type0> {
   public:
     static constexpr upL_t term_words = 3;
@@ -99,13 +102,17 @@ class ArcSinlemn final : public SteadySeries<zl_BSS_P2B3_Type0> {
     const double log_n4, log_d4, log_ratio;  // ln(n^4), ln(d^4), ln(d^4 / n^4)
     void BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR& t0, BasicIntR& t1, u64_t a,
                  u64_t b) const override;
+
+  private:
+    ArcSinlemn(u64_t n_, u64_t d_, u64_t n4_, u64_t d4_);
 };
 
-// The asymptotic series C of the refined Brent-McMillan formula; n = 2^m.
+// The asymptotic series C of the refined Brent-McMillan formula; n = 2^m, m up to 61, or a
+// fatal error.
 class EulerGamma_BM_C final : public zl_BSS_P2B3_Type0 {
   public:
     static constexpr upL_t term_words = 6;
-    explicit EulerGamma_BM_C(u32_t m_) : zl_BSS_P2B3_Type0(false, 17, 8), m(m_) {}
+    explicit EulerGamma_BM_C(u32_t m_);
     const u32_t m;
     u64_t terms(upL_t words) const override;
     double size_at(double x) const override;

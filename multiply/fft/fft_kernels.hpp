@@ -33,7 +33,9 @@ void inverse_tree(double* image, const double* B, upL_t N, unsigned C, const FFT
 
 // Rounds scale times the points to integers, propagates carries within each of the eight streams and packs
 // the digits: stream s to the byte s N/8 w/8 of words, N w bits in all. carry[s] is what leaves the end of
-// stream s. scale is a power of two; the scaled points are below 2^50 in magnitude; w is 9 to 21.
-void last_pass(std::byte* words, s64_t carry[8], const double* image, upL_t N, unsigned w, double scale);
+// stream s. scale is a power of two; the scaled points are below 2^49 in magnitude; w is 9 to 21. Returns
+// whether one of the points that it looked at (three of eight) is farther than 1/8 from an integer or too
+// large: then the image, which stays as it was, is to be examined (fft_check.hpp).
+bool last_pass(std::byte* words, s64_t carry[8], const double* image, upL_t N, unsigned w, double scale);
 
 }  // namespace znp::fft

@@ -7,6 +7,14 @@
 //     t = n + 2^51 + carry,   digit = t mod 2^w,   carry = floor(t / 2^w) - 2^51 / 2^w
 //
 // t is not negative, and all the constants fold into one addition outside the chain.
+//
+// Strays (see fft_check.hpp): x scale + 1.5 2^50 leaves two bits behind the point in the mantissa. The OR of
+// all these numbers has none of them if every point lies within 1/8 of an integer, and the exponent of 2^50
+// if no point is at or above 2^49 (a larger exponent, infinity and NaN all have a bit that this one lacks).
+// Of the eight outputs of a step three are looked at, in turns those two times three whose twiddle factor is
+// not 1. A step's inputs reach each of them with a factor of cos or sin pi/8 or sqrt 1/2, so that no power of
+// two that is added to an input moves all three by an integer; and the points that are looked at are spread
+// over six of the eight streams, so that no wave over the result passes between them.
 #include "multiply/fft/fft_kernels.hpp"
 #include "multiply/fft/fft_vector.hpp"
 
@@ -16,19 +24,46 @@ namespace {
 constexpr double magic = 6755399441055744.0;  // 1.5 2^52
 constexpr u64_t magic_exponent = u64_t{0x433} << 52;
 
+constexpr double stray_magic = 1688849860263936.0;  // 1.5 2^50
+
 ZNP_INLINE __m256i round(__m256d x, __m256d scale) {
     return _mm256_castpd_si256(_mm256_fmadd_pd(x, scale, _mm256_set1_pd(magic)));
 }
+
+// The OR of the points that were looked at, each plus 1.5 2^50 / scale. The scale is a power of two.
+class Strays {
+  public:
+    explicit Strays(double scale) : magic_(_mm256_set1_pd(stray_magic / scale)), bits_(_mm256_setzero_pd()) {}
+
+    ZNP_INLINE void look(__m256d x) { bits_ = _mm256_or_pd(bits_, _mm256_add_pd(x, magic_)); }
+
+    bool any() const {
+        constexpr u64_t exponent = u64_t{0xfff} << 52, fraction = 3;
+        const __m128d two = _mm_or_pd(_mm256_castpd256_pd128(bits_), _mm256_extractf128_pd(bits_, 1));
+        return ((low_lane(_mm_or_pd(two, _mm_unpackhi_pd(two, two))) ^
+                 low_lane(_mm256_castpd256_pd128(magic_))) &
+                (exponent | fraction)) != 0;
+    }
+
+  private:
+    static u64_t low_lane(__m128d x) { return static_cast<u64_t>(_mm_cvtsi128_si64(_mm_castpd_si128(x))); }
+
+    __m256d magic_, bits_;
+};
 
 // Four digits of each stream, [digit], for the streams 0 to 3 (lower) and 4 to 7 (upper).
 struct DigitBlock {
     __m256i lower[4], upper[4];
 };
 
-ZNP_INLINE DigitBlock root_step(const double* x, upL_t quarter, __m256d scale) {
+template <bool odd>
+ZNP_INLINE DigitBlock root_step(const double* x, upL_t quarter, __m256d scale, Strays& strays) {
     CV a = load(x), b = load(x + quarter), c = load(x + 2 * quarter), d = load(x + 3 * quarter);
     const __m256d co = _mm256_set1_pd(root_c), si = _mm256_set1_pd(root_s), h = _mm256_set1_pd(root_half);
     inverse_step(a, b, c, d, {{co, si}, {h, h}, {si, co}});
+    strays.look(odd ? d.r : b.r);
+    strays.look(odd ? d.i : b.i);
+    strays.look(odd ? c.i : c.r);
     transpose(a, b, c, d);
     return {{round(a.r, scale), round(b.r, scale), round(c.r, scale), round(d.r, scale)},
             {round(a.i, scale), round(b.i, scale), round(c.i, scale), round(d.i, scale)}};
@@ -92,17 +127,20 @@ struct Chain {
 };
 
 template <unsigned w>
-void last_pass_of(std::byte* words, s64_t* carry, const double* image, upL_t N, double scale) {
+bool last_pass_of(std::byte* words, s64_t* carry, const double* image, upL_t N, double scale) {
     const upL_t quarter = N / 4;
     const upL_t stream = N / 64 * w;  // bytes
     const __m256d scales = _mm256_set1_pd(scale);
     const __m256i bias = _mm256_set1_epi64x(static_cast<s64_t>((u64_t{1} << 51) >> w));
     Chain<w> lower = {bias, _mm256_setzero_si256(), words};
     Chain<w> upper = {bias, _mm256_setzero_si256(), words + 4 * stream};
+    Strays strays(scale);
     for (upL_t run = 0; run < N / 128; ++run, image += 32, lower.out += 2 * w, upper.out += 2 * w) {
 #pragma GCC unroll 4
         for (unsigned g = 0; g < 4; ++g) {
-            const DigitBlock digits = root_step(image + 8 * g, quarter, scales);
+            const double* const step = image + 8 * g;
+            const DigitBlock digits = g % 2 != 0 ? root_step<true>(step, quarter, scales, strays)
+                                                 : root_step<false>(step, quarter, scales, strays);
 #pragma GCC unroll 4
             for (unsigned i = 0; i < 4; ++i) {
                 lower.digit(digits.lower[i], 4 * g + i, stream);
@@ -112,11 +150,12 @@ void last_pass_of(std::byte* words, s64_t* carry, const double* image, upL_t N, 
     }
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(carry), _mm256_sub_epi64(lower.carry, bias));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(carry + 4), _mm256_sub_epi64(upper.carry, bias));
+    return strays.any();
 }
 
 }  // namespace
 
-void last_pass(std::byte* words, s64_t carry[8], const double* image, upL_t N, unsigned w, double scale) {
+bool last_pass(std::byte* words, s64_t carry[8], const double* image, upL_t N, unsigned w, double scale) {
     switch (w) {
         case 9:
             return last_pass_of<9>(words, carry, image, N, scale);

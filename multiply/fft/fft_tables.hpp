@@ -30,6 +30,11 @@ struct Root {
 // e^(2 pi i num / 2^log2_den), correct to within one unit of the last place of each part.
 Root unit_root(u64_t num, unsigned log2_den);
 
+// e^(i pi/8), the root of the first step, and its third power e^(3 i pi/8).
+inline constexpr double root_c = 0.9238795325112867;
+inline constexpr double root_s = 0.3826834323650898;
+inline constexpr double root_half = 0.7071067811865476;
+
 // What the step at one block needs, with e = e^(ia) of the block and e_l = e^(ia) of its four children:
 // the powers 1, 2, 3 of e_0 .. e_3 as vectors, and those of e to be broadcast.
 struct alignas(32) BlockTwiddles {

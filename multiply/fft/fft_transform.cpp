@@ -5,6 +5,7 @@
 
 #include "foundation/fatal.hpp"
 #include "multiply/fft/fft_carry.hpp"
+#include "multiply/fft/fft_check.hpp"
 #include "multiply/fft/fft_kernels.hpp"
 #include "multiply/hash_by_threads.hpp"
 #include "multiply/table_holder.hpp"
@@ -81,7 +82,8 @@ u32_t FFT::inverse(std::byte* words, Image* T, const Image* B) const {
     auto* const points = reinterpret_cast<double*>(T);
     fft::inverse_tree(points, reinterpret_cast<const double*>(B), N, leaf(), tables());
     s64_t carry[8];
-    fft::last_pass(words, carry, points, N, w, 2.0 * leaf() / static_cast<double>(N));
+    const double scale = 2.0 * leaf() / static_cast<double>(N);
+    if (fft::last_pass(words, carry, points, N, w, scale)) fft::check_distances(points, N, w, scale);
     return fft::resolve_carries(words, carry, bits);
 }
 

@@ -1,8 +1,9 @@
 // FFT: convolution in double precision, the middle of the range of lengths.
 //
 // A product modulo 2^(N w) + 1 for a transform size (k, p, w); an ordinary product is shorter than N w bits.
-// Right digits rest on the choice of w (docs/FFT_ERRORS.md): there is no check of the rounding here; the
-// residues of the number objects see a wrong product.
+// Right digits rest on the choice of w (docs/FFT_ERRORS.md). Every inverse looks at its points' distances
+// from integers (fft_check.hpp); a product that fails this raises the generic exception with code 1 and
+// leaves an undefined result. The residues of the number objects see what moves points by integers.
 //
 // An image has 8 N bytes, the scratch 4 N. Serial. Cost: about 7.5 N log2 N floating-point operations a
 // product.

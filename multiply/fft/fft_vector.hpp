@@ -7,6 +7,11 @@
 
 namespace znp::fft {
 
+// Sees the trees at work, and does nothing (fft_forward_steps.hpp, fft_inverse_steps.hpp).
+struct Unwatched {
+    ZNP_INLINE void operator()() const {}
+};
+
 struct CV {
     __m256d r, i;
 };
@@ -123,10 +128,5 @@ ZNP_INLINE void transpose(CV& a, CV& b, CV& c, CV& d) {
     transpose(a.r, b.r, c.r, d.r);
     transpose(a.i, b.i, c.i, d.i);
 }
-
-// e^(i pi/8), the root of the first step, and its third power e^(3 i pi/8).
-inline constexpr double root_c = 0.9238795325112867;
-inline constexpr double root_s = 0.3826834323650898;
-inline constexpr double root_half = 0.7071067811865476;
 
 }  // namespace znp::fft

@@ -1,17 +1,12 @@
 #include "multiply/vst/redundancy.hpp"
 
-#include <string>
-
-#include "foundation/fail.hpp"
 #include "foundation/strings.hpp"
-#include "shell/console.hpp"
+#include "multiply/redundancy_failure.hpp"
 
 namespace znp::vst {
 
 void check_redundancy(u64_t H, u64_t bound) {
-    if (H < bound) return;
-    Console::println("VST Redundancy Check Failed:  " + to_string_u64(H) + " / " + to_string_u64(bound), 'R');
-    fail(zn_exception(error_code::action_1));
+    if (H >= bound) redundancy_failure("VST", to_string_u64(H), to_string_u64(bound));
 }
 
 }  // namespace znp::vst

@@ -9,6 +9,7 @@
 #include "multiply/kernels/word_multiply.hpp"
 #include "multiply/kernels/word_primitives.hpp"
 #include "series/catalogue.hpp"
+#include "series/terms/parameter_range.hpp"
 #include "series/terms/term_words.hpp"
 
 namespace znp {
@@ -73,6 +74,11 @@ void ArcCoth_BSR_End_large(BasicIntR& P, BasicIntR& Q, BasicIntR& R, u64_t a, u6
     });
 }
 
+u64_t square(u64_t x) {
+    terms::in_range(x, 2, 4294967295, L"ArcCoth", L"The argument is not from 2 to 4294967295.");
+    return x * x;
+}
+
 Growth growth(double log_x2) {
     return {.terms_per_word = nats_per_word / log_x2,
             .size_per_term = std::numbers::ln2 + log_x2,
@@ -83,10 +89,12 @@ Growth growth(double log_x2) {
 
 }  // namespace
 
-ArcCoth::ArcCoth(u64_t x) : ArcCoth(x * x, std::log(static_cast<double>(x * x))) {}
+ArcCoth::ArcCoth(u64_t x) : ArcCoth(Square{square(x)}) {}
 
-ArcCoth::ArcCoth(u64_t x2_, double log_x2_)
-    : SteadySeries(false, 11, 16, growth(log_x2_)), x2(x2_), log_x2(log_x2_) {}
+ArcCoth::ArcCoth(Square x_squared)
+    : SteadySeries(false, 11, 16, growth(std::log(static_cast<double>(x_squared.x2)))),
+      x2(x_squared.x2),
+      log_x2(std::log(static_cast<double>(x2))) {}
 
 void ArcCoth::BSR_End(BasicIntR& P, BasicIntR& Q, BasicIntR& R, BasicIntR&, BasicIntR&, u64_t a,
                       u64_t b) const {

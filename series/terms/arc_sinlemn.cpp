@@ -5,6 +5,7 @@
 
 #include "series/catalogue.hpp"
 #include "series/terms/end_recursion.hpp"
+#include "series/terms/parameter_range.hpp"
 #include "series/terms/term_words.hpp"
 
 namespace znp {
@@ -13,7 +14,9 @@ using namespace terms;
 
 namespace {
 
-constexpr u64_t fourth_power(u64_t x) {
+// Of a part of the argument n/d, 0 < n < d.
+u64_t fourth_power(u64_t x, u64_t low, u64_t high) {
+    in_range(x, low, high, L"ArcSinlemn", L"The argument n/d is not between 0 and 1, with d up to 65535.");
     return x * x * x * x;
 }
 
@@ -36,11 +39,14 @@ Growth growth(u64_t n4, u64_t d4) {
 }  // namespace
 
 ArcSinlemn::ArcSinlemn(u64_t n_, u64_t d_)
-    : SteadySeries(false, 15, 8, growth(fourth_power(n_), fourth_power(d_))),
+    : ArcSinlemn(n_, d_, fourth_power(n_, 1, d_ - 1), fourth_power(d_, 2, 65535)) {}
+
+ArcSinlemn::ArcSinlemn(u64_t n_, u64_t d_, u64_t n4_, u64_t d4_)
+    : SteadySeries(false, 15, 8, growth(n4_, d4_)),
       n(n_),
       d(d_),
-      n4(fourth_power(n)),
-      d4(fourth_power(d)),
+      n4(n4_),
+      d4(d4_),
       log_n4(log_of(n4)),
       log_d4(log_of(d4)),
       log_ratio(log_of_ratio(d4, n4)) {}

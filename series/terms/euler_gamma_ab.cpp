@@ -12,6 +12,7 @@
 #include "multiply/kernels/residue.hpp"
 #include "series/euler_gamma_ab.hpp"
 #include "series/terms/bisection.hpp"
+#include "series/terms/parameter_range.hpp"
 #include "series/terms/term_words.hpp"
 
 namespace znp {
@@ -47,6 +48,9 @@ void set_power_of_2(ExactFloatR& x, u64_t e) {
 }
 
 }  // namespace
+
+Series_EulerGamma_BM_AB::Series_EulerGamma_BM_AB(u32_t m_)
+    : zl_BSS(false, 18, 1), m(euler_gamma_parameter(m_)) {}
 
 double Series_EulerGamma_BM_AB::magnitude(double x) const {
     return x * m * std::numbers::ln2 - log_factorial(x);

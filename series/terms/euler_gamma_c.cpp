@@ -10,6 +10,7 @@
 #include "series/catalogue.hpp"
 #include "series/terms/bisection.hpp"
 #include "series/terms/end_recursion.hpp"
+#include "series/terms/parameter_range.hpp"
 #include "series/terms/term_words.hpp"
 
 namespace znp {
@@ -27,6 +28,8 @@ double smallness(double x, u32_t m) {
 constexpr double size_at_start = 3.7923701627780075;
 
 }  // namespace
+
+EulerGamma_BM_C::EulerGamma_BM_C(u32_t m_) : zl_BSS_P2B3_Type0(false, 17, 8), m(euler_gamma_parameter(m_)) {}
 
 u64_t EulerGamma_BM_C::terms(upL_t words) const {
     const double target = nats_per_word * static_cast<double>(words) + 1;

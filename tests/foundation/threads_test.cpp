@@ -264,12 +264,16 @@ TEST(Threads, AllAreJoinedBeforeAFailureElsewhereGoesOn) {
 }
 
 TEST(Threads, FirstFailureInIndexOrderGoesOn) {
-    auto task = make_task([](u64_t index) {
-        // The later index fails first.
-        if (index == 1) short_rest();
+    std::atomic<bool> later_fails = false;
+    auto task = make_task([&](u64_t index) {
+        if (index == 3) later_fails = true;
+        while (index == 1 && !later_fails) std::this_thread::yield();
         if (index == 1 || index == 3) throw silent(static_cast<s32_t>(index) + 10);
     });
-    const auto code = [](auto action) { return failure_of<zn_exception>(action).first.code; };
+    const auto code = [&](auto action) {
+        later_fails = false;
+        return failure_of<zn_exception>(action).first.code;
+    };
     EXPECT_EQ(code([&] { fork_range_on_threads(task, 0, 5); }), 11);
     EXPECT_EQ(code([&] { fork_range(task, 0, 5); }), 11);
     EXPECT_EQ(code([&] { fork_range(task, 2, 5); }), 13);

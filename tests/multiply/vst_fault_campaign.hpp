@@ -5,11 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "console_capture.hpp"
@@ -17,6 +15,7 @@
 #include "multiply/kernels/residue.hpp"
 #include "multiply/vst/vst_transform.hpp"
 #include "multiply/vst_test_support.hpp"
+#include "page_trap.hpp"
 #include "test_seed.hpp"
 
 namespace znp::testing {
@@ -29,6 +28,7 @@ struct FaultOutcomes {
     unsigned by_residue = 0;  // wrong product, wrong residue
     unsigned harmless = 0;    // the product is right all the same
     unsigned unnoticed = 0;   // wrong product, right residue
+    unsigned during = 0;      // of all: flips before or during the work
 
     unsigned all() const { return by_check + by_residue + harmless + unnoticed; }
 };
@@ -39,96 +39,89 @@ class FaultCampaign {
         : rng_(rng),
           tables_(std::span(&g, 1)),
           vst_(&tables_.holder, g, threads),
-          T1_(make_guarded_array<std::byte>(nullptr, vst_.transform_bytes, 64)),
-          T2_(make_guarded_array<std::byte>(nullptr, vst_.transform_bytes, 64)),
-          scratch_(make_guarded_array<std::byte>(nullptr, vst_.work_bytes, 64)),
-          A_(random_words<c64i>(rng, vst_.capacity / 128)),
-          B_(random_words<c64i>(rng, vst_.capacity / 128)),
-          right_(gmp_product(A_, B_)),
-          expected_(residue::mul(residue::hash_words(A_.data(), A_.size()),
-                                 residue::hash_words(B_.data(), B_.size()))) {
-        std::vector<c64i> R(right_.size());
-        const auto start = std::chrono::steady_clock::now();
-        for (unsigned k = 0; k < 8; ++k) multiply(A_, R);
-        nanoseconds_ = static_cast<u64_t>((std::chrono::steady_clock::now() - start).count()) / 8;
-        EXPECT_EQ(R, right_);
-        EXPECT_EQ(residue::hash_words(R.data(), R.size()), expected_);
+          length_(vst_.capacity / 128),
+          arena_(2 * TrapArena::whole_pages(vst_.transform_bytes) + TrapArena::whole_pages(vst_.work_bytes) +
+                 TrapArena::whole_pages(8 * length_) + TrapArena::whole_pages(16 * length_)),
+          T1_(arena_.take(vst_.transform_bytes)),
+          T2_(arena_.take(vst_.transform_bytes)),
+          scratch_(arena_.take(vst_.work_bytes)),
+          A_(reinterpret_cast<c64i*>(arena_.take(8 * length_))),
+          R_(reinterpret_cast<c64i*>(arena_.take(16 * length_))),
+          original_(random_words<c64i>(rng, length_)),
+          B_(random_words<c64i>(rng, length_)),
+          right_(gmp_product(original_, B_)),
+          expected_(residue::mul(residue::hash_words(original_.data(), length_),
+                                 residue::hash_words(B_.data(), length_))) {
+        for (const bool in_one : {false, true}) {
+            std::copy(original_.begin(), original_.end(), A_);
+            std::fill_n(R_, 2 * length_, 0);
+            multiply(in_one);
+            EXPECT_TRUE(std::equal(right_.begin(), right_.end(), R_));
+        }
+        EXPECT_EQ(residue::hash_words(R_, 2 * length_), expected_);
     }
 
+    // The bit flips before the product or when the work has come to one to three pages, one after the other;
+    // if it has not, behind it.
     void inject(FaultPlace place, FaultOutcomes& outcomes) {
-        std::vector<c64i> A = A_, R(right_.size());
-        std::byte* const target = address(place, A, R);
+        std::copy(original_.begin(), original_.end(), A_);
+        std::fill_n(R_, 2 * length_, 0);
+        std::byte* const target = address(place);
         const auto bit = static_cast<std::byte>(1u << (rng_() % 8));
-        // An operand is read early and a result written late: two of three such faults come before or behind.
-        const bool outside = rng_() % 3 != 0;
-        const bool before = outside && (place == FaultPlace::operand || place == FaultPlace::tables);
-        const bool behind = outside && place == FaultPlace::result;
-        const auto delay = std::chrono::nanoseconds(rng_() % nanoseconds_);
-        std::atomic<bool> ready = false, started = false;
-        std::thread fault([&] {
-            if (before) flip(target, bit);
-            ready = true;
-            while (!started) std::this_thread::yield();
-            const auto moment = std::chrono::steady_clock::now() + delay;
-            while (std::chrono::steady_clock::now() < moment)
-                std::atomic_signal_fence(std::memory_order_seq_cst);
-            if (!before && !behind) flip(target, bit);
-        });
-        while (!ready) std::this_thread::yield();
-        bool fired = false;
-        started = true;
-        try {
-            multiply(A, R);
-        } catch (const zn_exception& e) {
-            EXPECT_EQ(e.code, 1);
-            fired = true;
+        std::vector<std::byte*> pages(rng_() % 4);
+        for (std::byte*& page : pages) page = arena_.page_at(rng_() % arena_.pages());
+        const bool in_one = rng_() % 2 == 0;
+        bool fired = false, sprung = false;
+        {
+            const PageTrap trap(pages, target, bit);
+            try {
+                multiply(in_one);
+            } catch (const zn_exception& e) {
+                EXPECT_EQ(e.code, 1);
+                fired = true;
+            }
+            sprung = trap.sprung();
         }
-        fault.join();
-        if (behind) flip(target, bit);
-        if (place == FaultPlace::tables) flip(target, bit);
-        const bool residue_right = residue::hash_words(R.data(), R.size()) == expected_;
+        outcomes.during += sprung;
+        if (!sprung) *target = *target ^ bit;
+        if (place == FaultPlace::tables) *target = *target ^ bit;
         if (fired) {
             ++outcomes.by_check;
-        } else if (R == right_) {
+        } else if (std::equal(right_.begin(), right_.end(), R_)) {
             ++outcomes.harmless;
         } else {
+            const bool residue_right = residue::hash_words(R_, 2 * length_) == expected_;
             ++(residue_right ? outcomes.unnoticed : outcomes.by_residue);
         }
     }
 
   private:
-    // By steps or, every other time, in one.
-    void multiply(const std::vector<c64i>& A, std::vector<c64i>& R) {
-        const WorkAreas work{image_at(T1_.get()), image_at(T2_.get()), scratch_at(scratch_.get())};
-        in_one_ = !in_one_;
-        if (in_one_) {
-            vst_.product({R.data(), 0, R.size()}, A, B_, work);
+    // In one or by steps.
+    void multiply(bool in_one) {
+        const WorkAreas work{image_at(T1_), image_at(T2_), scratch_at(scratch_)};
+        const WordSpan<c64i> A{A_, length_};
+        if (in_one) {
+            vst_.product({R_, 0, 2 * length_}, A, B_, work);
             return;
         }
         vst_.forward(work.T1, A, work.scratch);
         vst_.forward(work.T2, B_, work.scratch);
-        vst_.inverse_fmul({R.data(), 0, R.size()}, work.T1, work.T2, work.scratch);
+        vst_.inverse_fmul({R_, 0, 2 * length_}, work.T1, work.T2, work.scratch);
     }
 
-    // Not seen by thread checkers: the fault is no part of the program.
-    __attribute__((no_sanitize("thread"))) static void flip(std::byte* target, std::byte bit) {
-        volatile std::byte* const at = target;
-        *at = *at ^ bit;
-    }
-
-    std::byte* address(FaultPlace place, std::vector<c64i>& A, std::vector<c64i>& R) {
+    std::byte* address(FaultPlace place) {
         const auto within = [&](std::byte* start, upL_t bytes) { return start + rng_() % bytes; };
         switch (place) {
             case FaultPlace::image:
-                return within(rng_() % 2 == 0 ? T1_.get() : T2_.get(), vst_.transform_bytes);
+                return within(rng_() % 2 == 0 ? T1_ : T2_, vst_.transform_bytes);
             case FaultPlace::tables:
                 return table_byte();
             case FaultPlace::operand:
-                return within(reinterpret_cast<std::byte*>(A.data()), 8 * A.size());
+                return within(reinterpret_cast<std::byte*>(A_), 8 * length_);
             case FaultPlace::scratch:
-                return within(scratch_.get(), vst_.work_bytes);
+                return within(scratch_, vst_.work_bytes);
             default:
-                return within(reinterpret_cast<std::byte*>(R.data()), 8 * R.size());
+                return within(reinterpret_cast<std::byte*>(R_), 16 * length_);
         }
     }
 
@@ -143,11 +136,12 @@ class FaultCampaign {
     std::mt19937_64& rng_;
     VSTTablesOf tables_;
     VST vst_;
-    GuardedArray<std::byte> T1_, T2_, scratch_;
-    std::vector<c64i> A_, B_, right_;
+    upL_t length_;  // of an operand
+    TrapArena arena_;
+    std::byte *T1_, *T2_, *scratch_;
+    c64i *A_, *R_;
+    std::vector<c64i> original_, B_, right_;
     u64_t expected_;
-    u64_t nanoseconds_ = 0;
-    bool in_one_ = false;
 };
 
 // So many flips at each place.
@@ -162,10 +156,10 @@ inline void run_fault_campaign(const vst::Geometry& g, u64_t threads, const unsi
             for (unsigned k = 0; k < flips[p]; ++k) campaign.inject(static_cast<FaultPlace>(p), outcomes);
         });
         std::printf(
-            "[ OUTCOME  ] (%u, %u, %u), %u flips in the %s: %u caught by the check, %u by the residue, "
-            "%u harmless, %u wrong and unnoticed\n",
-            g.a, g.b, g.c, flips[p], fault_place_names[p], outcomes.by_check, outcomes.by_residue,
-            outcomes.harmless, outcomes.unnoticed);
+            "[ OUTCOME  ] (%u, %u, %u), %u flips in the %s, %u not behind the work: %u caught by the check, "
+            "%u by the residue, %u harmless, %u wrong and unnoticed\n",
+            g.a, g.b, g.c, flips[p], fault_place_names[p], outcomes.during, outcomes.by_check,
+            outcomes.by_residue, outcomes.harmless, outcomes.unnoticed);
         EXPECT_EQ(outcomes.unnoticed, 0u);
         EXPECT_EQ(outcomes.all(), flips[p]);
         sum.by_check += outcomes.by_check;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -70,6 +71,31 @@ TEST(SeriesCatalogue, ArgumentsOfArcSinlemn) {
         EXPECT_DOUBLE_EQ(series.log_n4, x.log_n4);
         EXPECT_DOUBLE_EQ(series.log_d4, x.log_d4);
         EXPECT_DOUBLE_EQ(series.log_ratio, x.log_ratio);
+    }
+}
+
+// Both sides of each bound.
+TEST(SeriesCatalogueDeathTest, ParametersWhosePowersDoNotFit) {
+    const auto refuses = [](const std::function<void()>& make, const char* series) {
+        EXPECT_EXIT(testing::dying(make), ::testing::ExitedWithCode(1),
+                    std::string("Invalid Function Parameters:   ") + series);
+    };
+    EXPECT_EQ(ArcCoth(2).x2, 4u);
+    EXPECT_EQ(ArcCoth(4294967295).x2, 18446744065119617025u);
+    for (const u64_t x : {u64_t{0}, u64_t{1}, u64_t{4294967296}, ~u64_t{0}})
+        refuses([x] { ArcCoth a(x); }, "ArcCoth");
+    EXPECT_EQ(ArcSinlemn(65534, 65535).d4, 18445618199572250625u);
+    EXPECT_EQ(ArcSinlemn(1, 2).n4, 1u);
+    const u64_t fractions[][2] = {{1, 65536}, {0, 2}, {2, 2},         {3, 2},
+                                  {0, 0},     {1, 0}, {65536, 65537}, {1, ~u64_t{0}}};
+    for (const auto& x : fractions) refuses([&x] { ArcSinlemn a(x[0], x[1]); }, "ArcSinlemn");
+    EXPECT_EQ(EulerGamma_BM_C(61).m, 61u);
+    EXPECT_GT(EulerGamma_BM_C(61).terms(1000), 2u);
+    EXPECT_EQ(Series_EulerGamma_BM_AB(61).m, 61u);
+    EXPECT_GT(Series_EulerGamma_BM_AB(61).terms(1000), u64_t{1} << 61);
+    for (const u32_t m : {62u, 63u, 64u, ~0u}) {
+        refuses([m] { EulerGamma_BM_C a(m); }, "EulerGamma");
+        refuses([m] { Series_EulerGamma_BM_AB a(m); }, "EulerGamma");
     }
 }
 
