@@ -1,9 +1,12 @@
 #include "digits/basic_text_writer.hpp"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 
 #include "foundation/exceptions.hpp"
 #include "foundation/fail.hpp"
+#include "foundation/strings.hpp"
 #include "multiply/kernels/digit_conversion.hpp"
 
 namespace znp {
@@ -28,31 +31,61 @@ upL_t length_through_point(const std::string& first_digits) {
     fail(zn_exception(error_number, message, {}, path));
 }
 
+// A folder that has the name would only show when the file is to have it.
+void check_name(const std::wstring& path) {
+    struct stat status;
+    if (::stat(w_to_a_direct(path).c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return;
+    fail(FileException(EISDIR, "Unable to create file.", path));
+}
+
+bool has_length(const std::wstring& path, u64_t bytes) {
+    struct stat status;
+    return ::stat(w_to_a_direct(path).c_str(), &status) == 0 && static_cast<u64_t>(status.st_size) == bytes;
+}
+
 }  // namespace
 
 BasicTextWriter::BasicTextWriter(const std::wstring& path, const std::string& first_digits, bool convert,
                                  u64_t radix)
-    : raw_to_str_(convert ? CVN::digit_routines(radix, CVN::DigitForm::raw).raw_to_str : nullptr) {
+    : path_(path), unverified_path_(path + unverified_suffix) {
+    if (convert) {
+        raw_to_str_ = CVN::digit_routines(radix, CVN::DigitForm::raw).raw_to_str;
+        hash_.emplace(radix);
+    }
     const upL_t count = length_through_point(first_digits);
-    file_.create(path, false);
+    check_name(path);
+    file_.create(unverified_path_, false);
     write_text(first_digits.data(), count);
+    if (!hash_ || count == 0) return;
+    hash_->add(first_digits.data(), count - 1);
+    hash_->end_group();
 }
 
 void BasicTextWriter::write(char* digits, upL_t count) {
     if (raw_to_str_ != nullptr) raw_to_str_(digits, count);
     write_text(digits, count);
+    digit_count_ += count;
+    if (hash_) hash_->add(digits, count);
 }
 
 void BasicTextWriter::close() {
-    const std::wstring path = file_.path();
     errno = 0;
-    if (!file_.try_close()) give_up(file_, errno, unable_to_close_text, path);
+    if (!file_.try_close()) give_up(file_, errno, unable_to_close_text, unverified_path_);
+}
+
+bool BasicTextWriter::holds(u64_t count, u64_t hash) const {
+    return hash_ && digit_count_ == count && hash_->value() == hash &&
+           has_length(unverified_path_, text_count_);
+}
+
+void BasicTextWriter::publish() {
+    rename_file(unverified_path_, path_);
 }
 
 void BasicTextWriter::write_text(const char* text, upL_t count) {
-    const std::wstring path = file_.path();
     errno = 0;
-    if (file_.write(text, count) != count) give_up(file_, errno, "Error writing to file.", path);
+    if (file_.write(text, count) != count) give_up(file_, errno, "Error writing to file.", unverified_path_);
+    text_count_ += count;
 }
 
 }  // namespace znp

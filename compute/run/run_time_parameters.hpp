@@ -42,6 +42,9 @@ struct RunTimeParameters {
     u64_t last_digits_index = 0;  // of the first of them among all digits
     u64_t binary_hash = 0;        // floor(value * 10^dec) modulo 2^61 - 1
 
+    // Faults that were noticed and repaired by a repetition (compute/run/recovery.hpp).
+    u64_t recovered_errors = 0;
+
     std::string start_time, end_time;
     upL_t peak_working_bytes = 0;  // of the block, known at the end
 
