@@ -23,15 +23,17 @@ using testing::SmallDisk;
 class BasicTextWriterTest : public ::testing::Test {
   protected:
     std::string path(const std::string& name = "digits.txt") const { return folder_.path() + "/" + name; }
+    std::string unverified() const { return path("digits.txt.unverified"); }
     std::wstring wide(const std::string& name = "digits.txt") const {
         return folder_.wide_path() + L"/" + std::wstring(name.begin(), name.end());
     }
 
-    // Writes the digits and closes; what the caller's buffer holds then.
+    // Writes the digits, closes, and gives the file its name; what the caller's buffer holds then.
     std::string write(std::string first_digits, std::string digits, bool convert, u64_t radix) const {
         BasicTextWriter writer(wide(), first_digits, convert, radix);
         writer.write(digits.data(), digits.size());
         writer.close();
+        writer.publish();
         return digits;
     }
 
@@ -103,7 +105,7 @@ TEST_F(BasicTextWriterTest, ManyWritesAndLengths) {
         writer.write(digits.data(), digits.size());
     }
     writer.close();
-    EXPECT_EQ(file_text(path()), expected);
+    EXPECT_EQ(file_text(unverified()), expected);
     writer.close();  // a closed file stays closed
 }
 
@@ -119,7 +121,8 @@ TEST_F(BasicTextWriterTest, TheDestructorClosesWhatIsOpen) {
         std::string digits = values({1, 4});
         writer.write(digits.data(), digits.size());
     }
-    EXPECT_EQ(file_text(path()), "3.14");
+    EXPECT_EQ(file_text(unverified()), "3.14");
+    EXPECT_FALSE(std::filesystem::exists(path()));
 }
 
 TEST_F(BasicTextWriterTest, FirstDigitsWithoutAPoint) {
@@ -145,39 +148,123 @@ TEST_F(BasicTextWriterTest, FolderThatIsNotThere) {
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, ENOENT);
     EXPECT_STREQ(failure->title, "Unable to create file.");
-    EXPECT_EQ(failure->path, wide("missing/digits.txt"));
+    EXPECT_EQ(failure->path, wide("missing/digits.txt.unverified"));
     EXPECT_EQ(printed, "");
 }
 
+// Of the name that the file is to have, and of the one that it has until then.
 TEST_F(BasicTextWriterTest, DirectoryInTheWay) {
+    for (const std::string& name : {path(), unverified()}) {
+        std::filesystem::create_directory(name);
+        const auto failure = thrown_by<FileException>([&] { BasicTextWriter(wide(), "3.", true, 10); });
+        ASSERT_TRUE(failure);
+        EXPECT_EQ(failure->code, EISDIR);
+        EXPECT_STREQ(failure->title, "Unable to create file.");
+        EXPECT_EQ(failure->path, std::wstring(name.begin(), name.end()));
+        EXPECT_TRUE(std::filesystem::is_directory(name));
+        std::filesystem::remove(name);
+        EXPECT_TRUE(folder_.is_empty());
+    }
+}
+
+// ---- The name and what the file holds ---------------------------------------------------------------------
+
+// What a process that is killed leaves, at every step.
+TEST_F(BasicTextWriterTest, TheOldFileStaysUntilTheNewOneHasItsName) {
+    folder_.write("digits.txt", "old");
+    std::string digits = values({1, 4});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    EXPECT_EQ(file_text(path()), "old");
+    writer.write(digits.data(), digits.size());
+    EXPECT_EQ(file_text(path()), "old");
+    writer.close();
+    EXPECT_EQ(file_text(path()), "old");
+    EXPECT_EQ(file_text(unverified()), "3.14");
+    writer.publish();
+    EXPECT_EQ(file_text(path()), "3.14");
+    EXPECT_FALSE(std::filesystem::exists(unverified()));
+}
+
+TEST_F(BasicTextWriterTest, ALeftOverUnverifiedFileIsReplaced) {
+    folder_.write("digits.txt.unverified", std::string(1000, 'x'));
+    write("3.", values({1, 4}), true, 10);
+    EXPECT_EQ(file_text(path()), "3.14");
+    EXPECT_FALSE(std::filesystem::exists(unverified()));
+}
+
+// A text without an end to wait for ENTER in: the program ends.
+TEST_F(BasicTextWriterDeathTest, AFileThatCannotHaveItsName) {
+    std::string digits = values({1, 4});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    writer.write(digits.data(), digits.size());
+    writer.close();
     std::filesystem::create_directory(path());
-    const auto failure = thrown_by<FileException>([&] { BasicTextWriter(wide(), "3.", true, 10); });
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->code, EISDIR);
-    EXPECT_TRUE(std::filesystem::is_directory(path()));
+    folder_.write("digits.txt/in the way", "");
+    EXPECT_EXIT(dying([&] { writer.publish(); }, "\n"), ExitedWithCode(1),
+                "Unable to rename file\\.(.|\n)*Re-attempting\\.\\.\\.(.|\n)*Unable to rename file\\.");
+    EXPECT_EQ(file_text(unverified()), "3.14");
+}
+
+TEST_F(BasicTextWriterTest, HoldsTheDigitsOfTheHashAndNoOthers) {
+    for (const u64_t radix : {u64_t{10}, u64_t{16}}) {
+        std::string digits = values({1, 4, 1, 5, 9});
+        BasicTextWriter writer(wide(), "3.1", true, radix);
+        writer.write(digits.data(), 3);
+        writer.write(digits.data() + 3, 2);
+        const u64_t hash = 314159;  // shorter than a group: the digits weigh ten in both radices
+        const u64_t expected = radix == 10 ? hash : 3 * 100000 + 0x14159;
+        EXPECT_FALSE(writer.holds(5, expected));  // not all of it has left the stream
+        writer.close();
+        EXPECT_TRUE(writer.holds(5, expected));
+        EXPECT_FALSE(writer.holds(4, expected));
+        EXPECT_FALSE(writer.holds(5, expected + 1));
+        std::filesystem::resize_file(unverified(), 6);
+        EXPECT_FALSE(writer.holds(5, expected));
+        std::filesystem::resize_file(unverified(), 8);
+        EXPECT_FALSE(writer.holds(5, expected));
+        std::filesystem::remove(unverified());
+        EXPECT_FALSE(writer.holds(5, expected));
+    }
+}
+
+TEST_F(BasicTextWriterTest, ByteThatIsNoDigitIsNotHeld) {
+    std::string digits = values({1, 4 + 16});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    writer.write(digits.data(), 2);
+    writer.close();
+    EXPECT_FALSE(writer.holds(2, 314 + 16));
+    EXPECT_FALSE(writer.holds(2, 314));
+}
+
+TEST_F(BasicTextWriterTest, TextOfNoRadixIsNotHeld) {
+    std::string digits = "14";
+    BasicTextWriter writer(wide(), "3.", false, 0);
+    writer.write(digits.data(), 2);
+    writer.close();
+    EXPECT_FALSE(writer.holds(2, 314));
 }
 
 // More than the stream holds back: the write itself fails.
 TEST_F(BasicTextWriterTest, FullDiskOnWriting) {
-    testing::put_on_full_disk(folder_, "digits.txt");
+    testing::put_on_full_disk(folder_, "digits.txt.unverified");
     std::string printed;
     const auto failure = thrown_by([&] { write("3.", std::string(100000, '\1'), true, 10); }, &printed);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, ENOSPC);
     EXPECT_STREQ(failure->message, "Error writing to file.");
-    EXPECT_EQ(failure->wide_text, wide());
+    EXPECT_EQ(failure->wide_text, wide("digits.txt.unverified"));
     EXPECT_EQ(printed.rfind("errno: " + std::to_string(ENOSPC) + "\n", 0), 0u) << printed;
 }
 
 // So little that only closing shows it.
 TEST_F(BasicTextWriterTest, FullDiskOnClosing) {
-    testing::put_on_full_disk(folder_, "digits.txt");
+    testing::put_on_full_disk(folder_, "digits.txt.unverified");
     std::string printed;
     const auto failure = thrown_by([&] { write("3.", values({1, 4}), true, 10); }, &printed);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, ENOSPC);
     EXPECT_STREQ(failure->message, "Unable to close file.");
-    EXPECT_EQ(failure->wide_text, wide());
+    EXPECT_EQ(failure->wide_text, wide("digits.txt.unverified"));
     EXPECT_EQ(printed.rfind("errno: " + std::to_string(ENOSPC) + "\n", 0), 0u) << printed;
 }
 
@@ -190,7 +277,7 @@ TEST_F(BasicTextWriterTest, AFileThatCannotGrow) {
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, EFBIG);
     EXPECT_STREQ(failure->message, "Error writing to file.");
-    EXPECT_EQ(std::filesystem::file_size(path()), 50000u);
+    EXPECT_EQ(std::filesystem::file_size(unverified()), 50000u);
 }
 
 TEST_F(BasicTextWriterTest, ADiskThatBecomesFull) {
@@ -205,7 +292,7 @@ TEST_F(BasicTextWriterTest, ADiskThatBecomesFull) {
             digits.assign(40000, '\1');
             writer.write(digits.data(), digits.size());
         });
-        return fits && failure && failure->code == ENOSPC && failure->wide_text == file;
+        return fits && failure && failure->code == ENOSPC && failure->wide_text == file + L".unverified";
     });
     if (result == SmallDisk::not_permitted) GTEST_SKIP() << "file systems cannot be mounted here";
     EXPECT_EQ(result, SmallDisk::passed);
@@ -213,7 +300,7 @@ TEST_F(BasicTextWriterTest, ADiskThatBecomesFull) {
 
 // No exception may leave a destructor.
 TEST_F(BasicTextWriterDeathTest, FullDiskInTheDestructor) {
-    testing::put_on_full_disk(folder_, "digits.txt");
+    testing::put_on_full_disk(folder_, "digits.txt.unverified");
     EXPECT_EXIT(dying([&] { BasicTextWriter(wide(), "3.", true, 10); }), ExitedWithCode(1),
                 "Unable to close file.");
 }
