@@ -18,7 +18,7 @@
 
 namespace znp {
 
-constinit ConversionCalls conversion_calls{convert, power_check};
+constinit ConversionCalls conversion_calls{convert, power_check, open_digit_writer};
 
 namespace {
 
@@ -28,9 +28,8 @@ constexpr const char* output_failure = "Digit Output Failed";
     fatal_exit(failure + ": Checksum Mismatch");
 }
 
-// Before an attempt that a failed one leads to.
-void tell_another_attempt(RunTimeParameters& run, const std::string& failure) {
-    tell_reattempt(run, failure + " - Reattempting...");
+void reattempt_after(RunTimeParameters& run, const std::string& failure) {
+    begin_reattempt(run, failure + " - Reattempting...");
 }
 
 // ---- The number -------------------------------------------------------------------------------------------
@@ -84,7 +83,7 @@ std::unique_ptr<DigitWriter> write_digits(const RunSettings& settings, const Dig
                                           const std::string& first_digits, char* digits) {
     const DigitFileParameters parameters{settings.short_name, settings.algorithm_short, settings.path,
                                          settings.digits_per_file, nullptr};
-    std::unique_ptr<DigitWriter> file = open_digit_writer(parameters, words.radix, first_digits);
+    std::unique_ptr<DigitWriter> file = conversion_calls.writer(parameters, words.radix, first_digits);
     file->write(digits, words.count);
     file->close();
     return file;
@@ -107,7 +106,7 @@ std::unique_ptr<DigitWriter> write_until_right(RunTimeParameters& run, const Dig
         Console::print_newline();
         if (words.hash() != hash) return nullptr;
         if (repeated) checksum_mismatch(output_failure);
-        tell_another_attempt(run, output_failure);
+        reattempt_after(run, output_failure);
     }
 }
 
@@ -119,7 +118,7 @@ void repeat_until_right(RunTimeParameters& run, StatusLine& status, const std::s
                         Attempt attempt) {
     while (!attempt()) {
         status.erase();
-        tell_another_attempt(run, failure);
+        reattempt_after(run, failure);
     }
 }
 
@@ -266,7 +265,7 @@ void convert_and_write_B(StageMemory& memory, const BigFloat& number) {
         const std::string failure = make_decimal_file(memory, parts);
         if (failure.empty()) return;
         if (repeated) checksum_mismatch(failure);
-        memory.carry_out([&](RunTimeParameters& run) { tell_another_attempt(run, failure); });
+        memory.carry_out([&](RunTimeParameters& run) { reattempt_after(run, failure); });
     }
 }
 

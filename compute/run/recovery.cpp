@@ -4,11 +4,12 @@
 
 namespace znp {
 
-void tell_reattempt(RunTimeParameters& run, const std::string& text) {
+void begin_reattempt(RunTimeParameters& run, const std::string& text) {
     Console::println(text, 'R');
     Console::set_color('w');
     run.events.add(text);
     ++run.recovered_errors;
+    if (run.table_memory != nullptr) build_tables(run.tables, run.tables.limit_bits, run.table_memory);
 }
 
 }  // namespace znp

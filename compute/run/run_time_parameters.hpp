@@ -31,7 +31,8 @@ struct RunTimeParameters {
 
     BasicHeap heap{};  // over the block of working memory
     TableHolder tables{};
-    StopWatch stopwatch;  // the computation without output and verification
+    std::byte* table_memory = nullptr;  // where they were built
+    StopWatch stopwatch;                // the computation without output and verification
     EventLog events;
     std::vector<TimerSnapshot> snapshots;
 
