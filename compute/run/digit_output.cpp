@@ -112,11 +112,19 @@ std::unique_ptr<DigitWriter> write_until_right(RunTimeParameters& run, const Dig
 
 // ---- Decimal ----------------------------------------------------------------------------------------------
 
-// Calls the attempt until it gives true; says so, on the console and in the log, after each other one.
+// Calls the attempt until it gives true; says so, on the console and in the log, after each other one. A
+// check inside that throws is such a failure as well, but two in a row are thrown on.
 template <class Attempt>
 void repeat_until_right(RunTimeParameters& run, StatusLine& status, const std::string& failure,
                         Attempt attempt) {
-    while (!attempt()) {
+    for (bool thrown = false;;) {
+        try {
+            if (attempt()) return;
+            thrown = false;
+        } catch (const zn_exception&) {
+            if (thrown) throw;
+            thrown = true;
+        }
         status.erase();
         reattempt_after(run, failure);
     }

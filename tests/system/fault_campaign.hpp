@@ -284,24 +284,23 @@ class FaultCampaign {
         }
         const auto says = [&](const char* text) { return end.output.find(text) != std::string::npos; };
         const bool exited = WIFEXITED(end.status);
+        const bool finished = exited && WEXITSTATUS(end.status) == 0 && says("Last Digits:");
         const bool told = says("Exception Encountered") || says("Uncaught std exception") ||
                           (exited && WEXITSTATUS(end.status) != 0);
         run.output = end.output;
         run.ending = end.timed_out ? "killed at the time limit"
                      : exited      ? "exit code " + std::to_string(WEXITSTATUS(end.status))
                                    : "signal " + std::to_string(WTERMSIG(end.status));
-        if (any_wrong) {
-            run.outcome = told || !exited ? Outcome::wrong_told : Outcome::wrong;
+        if (finished && all_right) {
+            run.outcome = says("eattempting") || says("e-attempting") ? Outcome::recovered : Outcome::right;
+        } else if (finished || (exited && !told)) {
+            run.outcome = Outcome::wrong;
+        } else if (any_wrong) {
+            run.outcome = Outcome::wrong_told;
         } else if (end.timed_out) {
             run.outcome = Outcome::hung;
-        } else if (!exited) {
-            run.outcome = Outcome::crashed;
-        } else if (told) {
-            run.outcome = Outcome::refused;
-        } else if (!all_right) {
-            run.outcome = Outcome::wrong;
         } else {
-            run.outcome = says("eattempting") || says("e-attempting") ? Outcome::recovered : Outcome::right;
+            run.outcome = exited ? Outcome::refused : Outcome::crashed;
         }
     }
 
@@ -335,6 +334,23 @@ class FaultCampaign {
         }
     }
 
+    // What the run told last, without its colours and status lines.
+    static std::string last_lines(const std::string& output) {
+        std::string text, line;
+        for (upL_t i = 0; i < output.size(); ++i) {
+            if (output[i] == '\033')
+                i = std::min(output.find('m', i), output.size() - 1);
+            else if (output[i] == '\r')
+                line.clear();
+            else if (output[i] != '\n')
+                line += output[i];
+            else if (!line.empty())
+                text += "  | " + std::exchange(line, {}) + "\n";
+        }
+        constexpr upL_t shown = 1500;
+        return text.size() <= shown ? text : text.substr(text.find('\n', text.size() - shown) + 1);
+    }
+
     static void describe(const CampaignRun& run) {
         std::printf("%s: ZELMAR_TEST_SEED=%llu ZELMAR_FAULT_RUN=%llu\n ",
                     outcome_names[static_cast<upL_t>(run.outcome)],
@@ -347,8 +363,7 @@ class FaultCampaign {
                 place_names[static_cast<upL_t>(run.place)], static_cast<unsigned long long>(flip.offset),
                 static_cast<unsigned long long>(flip.bytes), flip.bit, flip.made ? "" : ": not there");
         }
-        const upL_t shown = std::min<upL_t>(run.output.size(), 2000);
-        std::printf("  ...%s\n", run.output.substr(run.output.size() - shown).c_str());
+        std::printf("%s", last_lines(run.output).c_str());
         std::fflush(stdout);
     }
 

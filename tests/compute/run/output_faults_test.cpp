@@ -6,6 +6,7 @@
 
 #include "compute/run/digit_output.hpp"
 #include "compute/run/output_test_support.hpp"
+#include "foundation/exceptions.hpp"
 #include "foundation/strings.hpp"
 #include "test_seed.hpp"
 
@@ -96,6 +97,46 @@ TEST_F(OutputFaultsTest, AFailedVerificationIsRepeated) {
         EXPECT_EQ(occurrences(printed, R + "Verification Failed - Reattempting...\n" + W), n);
         EXPECT_EQ(occurrences(state.run.events.text(), "\tVerification Failed - Reattempting...\r\n"), n);
         EXPECT_EQ(state.run.recovered_errors, n);
+    }
+}
+
+// A check inside the arithmetic that throws: repeated, but not for ever.
+int throws = 0;
+
+void throw_if_wanted() {
+    if (throws-- > 0) throw zn_exception(1);
+}
+
+int throwing_conversion(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
+                        StatusLine* status) {
+    throw_if_wanted();
+    return exact_conversion(bp, radix, out, n, fraction, L, status);
+}
+
+int throwing_verification(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, const cdi* fraction,
+                          upL_t L, u64_t& residue, StatusLine* status) {
+    throw_if_wanted();
+    return exact_verification(bp, radix, e, integer, fraction, L, residue, status);
+}
+
+TEST_F(OutputFaultsTest, ACheckThatThrowsIsRepeatedOnce) {
+    const ConversionCalls rows[] = {{throwing_conversion, exact_verification, open_digit_writer},
+                                    {exact_conversion, throwing_verification, open_digit_writer}};
+    for (const ConversionCalls& row : rows) {
+        const UseCalls calls(row.conversion, row.verification);
+        OutputRun state(500);
+        const Number number = root(state, 2);
+        throws = 1;
+        output(state, number);
+        expect_digits(state, number);
+        EXPECT_EQ(state.run.recovered_errors, 1u);
+
+        OutputRun worse(500);
+        throws = 2;
+        testing::console_output(
+            [&] { EXPECT_THROW(convert_and_write_B(worse.memory, number.view()), zn_exception); });
+        EXPECT_FALSE(std::filesystem::exists(worse.decimal_file()));
+        EXPECT_EQ(worse.run.heap.active, 0u);
     }
 }
 
