@@ -31,6 +31,7 @@ class BasicTextWriter final : public DigitWriter {
   private:
     void write_text(const char* text, upL_t count);
 
+    const bool in_place_;  // nothing to rename
     const std::wstring path_, unverified_path_;
     BasicFile file_;
     void (*raw_to_str_)(char* digits, upL_t count) = nullptr;

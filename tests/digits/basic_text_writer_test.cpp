@@ -185,6 +185,53 @@ TEST_F(BasicTextWriterTest, TheOldFileStaysUntilTheNewOneHasItsName) {
     EXPECT_FALSE(std::filesystem::exists(unverified()));
 }
 
+// To a file, to where one is to come, over two links, and with a relative one.
+TEST_F(BasicTextWriterTest, LinksAreFollowed) {
+    const testing::TemporaryFolder other;
+    const std::string target = other.path() + "/other.txt";
+    namespace fs = std::filesystem;
+    for (const bool relative : {false, true}) {
+        fs::create_symlink(relative ? "../" + fs::path(other.path()).filename().string() + "/link" : target,
+                           path());
+        fs::create_symlink("other.txt", other.path() + "/link");
+        for (const bool old : {false, true}) {
+            if (old) other.write("other.txt", "old");
+            {
+                const BasicTextWriter writer(wide(), "3.", true, 10);
+                EXPECT_EQ(file_text(target), old ? "old" : "");
+                EXPECT_TRUE(fs::exists(target + ".unverified"));
+            }
+            write("3.", values({1, 4}), true, 10);
+            EXPECT_TRUE(fs::is_symlink(path()));
+            EXPECT_FALSE(fs::exists(target + ".unverified"));
+            EXPECT_EQ(file_text(target), "3.14");
+            fs::remove(target);
+        }
+        fs::remove(path());
+        fs::remove(other.path() + "/link");
+        EXPECT_TRUE(folder_.is_empty());
+    }
+}
+
+TEST_F(BasicTextWriterTest, LinksInACircle) {
+    std::filesystem::create_symlink("digits.txt", path());
+    write("3.", values({1, 4}), true, 10);  // as where the name is free
+    EXPECT_EQ(file_text(path()), "3.14");
+}
+
+TEST_F(BasicTextWriterTest, ADeviceIsWrittenToInItsPlace) {
+    std::filesystem::create_symlink("/dev/null", path());
+    std::string digits = values({1, 4});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    writer.write(digits.data(), digits.size());
+    writer.close();
+    EXPECT_TRUE(writer.holds(2, 314));
+    EXPECT_FALSE(writer.holds(2, 315));
+    writer.publish();
+    EXPECT_TRUE(std::filesystem::is_symlink(path()));
+    EXPECT_FALSE(std::filesystem::exists(unverified()));
+}
+
 TEST_F(BasicTextWriterTest, ALeftOverUnverifiedFileIsReplaced) {
     folder_.write("digits.txt.unverified", std::string(1000, 'x'));
     write("3.", values({1, 4}), true, 10);
@@ -246,25 +293,25 @@ TEST_F(BasicTextWriterTest, TextOfNoRadixIsNotHeld) {
 
 // More than the stream holds back: the write itself fails.
 TEST_F(BasicTextWriterTest, FullDiskOnWriting) {
-    testing::put_on_full_disk(folder_, "digits.txt.unverified");
+    testing::put_on_full_disk(folder_, "digits.txt");
     std::string printed;
     const auto failure = thrown_by([&] { write("3.", std::string(100000, '\1'), true, 10); }, &printed);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, ENOSPC);
     EXPECT_STREQ(failure->message, "Error writing to file.");
-    EXPECT_EQ(failure->wide_text, wide("digits.txt.unverified"));
+    EXPECT_EQ(failure->wide_text, wide());
     EXPECT_EQ(printed.rfind("errno: " + std::to_string(ENOSPC) + "\n", 0), 0u) << printed;
 }
 
 // So little that only closing shows it.
 TEST_F(BasicTextWriterTest, FullDiskOnClosing) {
-    testing::put_on_full_disk(folder_, "digits.txt.unverified");
+    testing::put_on_full_disk(folder_, "digits.txt");
     std::string printed;
     const auto failure = thrown_by([&] { write("3.", values({1, 4}), true, 10); }, &printed);
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, ENOSPC);
     EXPECT_STREQ(failure->message, "Unable to close file.");
-    EXPECT_EQ(failure->wide_text, wide("digits.txt.unverified"));
+    EXPECT_EQ(failure->wide_text, wide());
     EXPECT_EQ(printed.rfind("errno: " + std::to_string(ENOSPC) + "\n", 0), 0u) << printed;
 }
 
@@ -300,7 +347,7 @@ TEST_F(BasicTextWriterTest, ADiskThatBecomesFull) {
 
 // No exception may leave a destructor.
 TEST_F(BasicTextWriterDeathTest, FullDiskInTheDestructor) {
-    testing::put_on_full_disk(folder_, "digits.txt.unverified");
+    testing::put_on_full_disk(folder_, "digits.txt");
     EXPECT_EXIT(dying([&] { BasicTextWriter(wide(), "3.", true, 10); }), ExitedWithCode(1),
                 "Unable to close file.");
 }
