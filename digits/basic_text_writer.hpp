@@ -17,10 +17,12 @@ namespace znp {
 // errno and the path. After that the file is closed; what reached it stays.
 class BasicTextWriter final : public DigitWriter {
   public:
+    // convert: digits come as values; otherwise as text, which is not hashed and holds() nothing.
+    //
     // Creates the file of the path and unverified_suffix, and writes first_digits up to its point. An empty
     // text writes nothing; one without a point, or with `convert` a radix other than 10 and 16, throws and
-    // touches no file; so does a folder that has the path. convert: digits come as values; otherwise as text,
-    // which is not hashed and holds() nothing.
+    // touches no file; so does a folder that has the path. A link is followed, so that the file comes to
+    // stand where it leads; what is no file, such as a device, is written to in its place.
     BasicTextWriter(const std::wstring& path, const std::string& first_digits, bool convert, u64_t radix);
 
     void write(char* digits, upL_t count) override;

@@ -91,10 +91,11 @@ std::unique_ptr<DigitWriter> write_digits(const RunSettings& settings, const Dig
 
 // Writes the file until it holds digits of the hash, which the words had when they were made: once more, if
 // the words still have it, and otherwise returns null. make() fills the buffer with digits and returns the
-// first ones as text. The file is closed and has not got its name.
-template <class Make>
+// first ones as text; announce() has told the stage, and does so again. The file is closed and has not got
+// its name.
+template <class Announce, class Make>
 std::unique_ptr<DigitWriter> write_until_right(RunTimeParameters& run, const DigitWords& words, u64_t hash,
-                                               char* digits, Make make) {
+                                               char* digits, Announce announce, Make make) {
     for (bool repeated = false;; repeated = true) {
         const std::string first_digits = make();
         std::unique_ptr<DigitWriter> file = write_digits(run.settings, words, first_digits, digits);
@@ -107,6 +108,7 @@ std::unique_ptr<DigitWriter> write_until_right(RunTimeParameters& run, const Dig
         if (words.hash() != hash) return nullptr;
         if (repeated) checksum_mismatch(output_failure);
         reattempt_after(run, output_failure);
+        announce();
     }
 }
 
@@ -163,9 +165,12 @@ std::unique_ptr<DigitWriter> write_decimal(StageMemory& memory, const DigitWords
     std::unique_ptr<DigitWriter> file;
     const auto digits = memory.array<char>(CVN::decimal_digits * words.L);
     memory.carry_out([&](RunTimeParameters& run) {
-        file = write_until_right(run, words, run.binary_hash, digits.get(), [&] {
+        const auto announce = [&] {
             Console::print("\nWriting Decimal Digits:   ");
             run.events.add("Writing Decimal Digits");
+        };
+        announce();
+        file = write_until_right(run, words, run.binary_hash, digits.get(), announce, [&] {
             CVN::cdi_to_raw(digits.get(), words.T, words.L);
             keep_last_digits(run, digits.get());
             std::array<u64_t, 16> counts{};
@@ -244,12 +249,15 @@ void write_hex(StageMemory& memory, const BigFloat& number) {
     const upL_t w = hexadecimal_words(hex);
     const auto digits = memory.array<char>(CVN::hexadecimal_digits * w);
     memory.carry_out([&](RunTimeParameters& run) {
+        const auto announce = [&] {
+            Console::print("\nWriting Hexadecimal Digits:   ");
+            run.events.add("Writing hexadecimal Digits");
+        };
+        announce();
         const Parts parts = parts_of(run, number, std::max(w, least_fraction(run.settings.p)));
         const cdi* const end = parts.fraction + parts.L;
         const DigitWords words{16, hex, parts.integer, end - w, w};
-        const auto file = write_until_right(run, words, words.hash(), digits.get(), [&] {
-            Console::print("\nWriting Hexadecimal Digits:   ");
-            run.events.add("Writing hexadecimal Digits");
+        const auto file = write_until_right(run, words, words.hash(), digits.get(), announce, [&] {
             CVN::u64_to_raw(digits.get(), words.T, w);
             run.hexadecimal_histogram = {};
             count_digits(run.hexadecimal_histogram, digits.get(), hex);
