@@ -2,6 +2,10 @@
 //
 // Digits come as one byte each with the digit's value, most significant digit first. Files are written
 // without retry; every failure to create, write or close one is an exception with the path.
+//
+// A file has its name only once its digits are verified. Until then it is <name>.unverified, and a file that
+// an earlier run left under the name stays: what stands under a name has been verified, whatever ended the
+// run.
 #pragma once
 
 #include <memory>
@@ -12,6 +16,8 @@
 namespace znp {
 
 struct BasicHeap;
+
+inline constexpr const wchar_t* unverified_suffix = L".unverified";
 
 class DigitWriter {
   public:
@@ -24,6 +30,12 @@ class DigitWriter {
     virtual void write(char* digits, upL_t count) = 0;
     // Completes the file and closes it; failures throw. The destructor closes what is still open.
     virtual void close() = 0;
+
+    // Whether what was handed to the system, and is as long in the closed file, are the first digits up to
+    // their point and so many digits behind them, of this hash (digits/digit_hash.hpp) together.
+    virtual bool holds(u64_t count, u64_t hash) const = 0;
+    // Gives the closed file its name. What keeps it from that is told, and the user asked to try again.
+    virtual void publish() = 0;
 };
 
 struct DigitFileParameters {

@@ -1,9 +1,12 @@
 #include "compute/run/digit_output.hpp"
 
 #include <algorithm>
+#include <memory>
 #include <string>
 
+#include "compute/run/recovery.hpp"
 #include "digits/digit_count.hpp"
+#include "digits/digit_hash.hpp"
 #include "digits/digit_writer.hpp"
 #include "foundation/fail.hpp"
 #include "foundation/fatal.hpp"
@@ -15,15 +18,38 @@
 
 namespace znp {
 
-constinit ConversionCalls conversion_calls{convert, power_check};
+constinit ConversionCalls conversion_calls{convert, power_check, open_digit_writer};
 
 namespace {
+
+constexpr const char* output_failure = "Digit Output Failed";
+
+[[noreturn]] void checksum_mismatch(const std::string& failure) {
+    fatal_exit(failure + ": Checksum Mismatch");
+}
+
+void reattempt_after(RunTimeParameters& run, const std::string& failure) {
+    begin_reattempt(run, failure + " - Reattempting...");
+}
+
+// ---- The number -------------------------------------------------------------------------------------------
 
 struct Parts {
     cdi integer;
     const cdi* fraction;  // least significant word first
     upL_t L;
+    u64_t residue;  // of all words, when the stage began
 };
+
+u64_t residue_of(const Parts& number) {
+    return residue::hash_words(number.fraction, number.L, number.integer);
+}
+
+// Behind the last use of the number: what was made from it was made from the words with which the stage
+// began.
+void check_number(const Parts& number) {
+    if (residue_of(number) != number.residue) checksum_mismatch("Computed Number Damaged");
+}
 
 // The number in front of the point and behind it. A number of too few words would give wrong last digits.
 Parts parts_of(const RunTimeParameters& run, const BigFloat& number, upL_t least_words) {
@@ -35,34 +61,76 @@ Parts parts_of(const RunTimeParameters& run, const BigFloat& number, upL_t least
         assert_failure(fatal_category::invalid_parameters, L"BigFloat", L"Fewer words than digits need.");
     }
     const upL_t used = std::min(L, most_fraction(run.settings.p));
-    return {number.word_at(0), number.get_T() + (L - used), used};
+    Parts parts{number.word_at(0), number.get_T() + (L - used), used, 0};
+    parts.residue = residue_of(parts);
+    return parts;
 }
 
-// Calls the attempt until it gives true; says so, on the console and in the log, after each other one.
-template <class Attempt>
-void repeat_until_right(RunTimeParameters& run, StatusLine& status, const std::string& failure,
-                        Attempt attempt) {
-    while (!attempt()) {
-        status.erase();
-        Console::println(failure, 'R');
-        Console::set_color('w');
-        run.events.add(failure);
+// ---- Files ------------------------------------------------------------------------------------------------
+
+// Words of digits, of which the top ones go to a file behind the integer part.
+struct DigitWords {
+    u64_t radix;
+    u64_t count;  // of wanted digits
+    cdi integer;
+    const cdi* T;
+    upL_t L;
+
+    u64_t hash() const { return digit_hash_of_words(radix, integer, T, L, count); }
+};
+
+std::unique_ptr<DigitWriter> write_digits(const RunSettings& settings, const DigitWords& words,
+                                          const std::string& first_digits, char* digits) {
+    const DigitFileParameters parameters{settings.short_name, settings.algorithm_short, settings.path,
+                                         settings.digits_per_file, nullptr};
+    std::unique_ptr<DigitWriter> file = conversion_calls.writer(parameters, words.radix, first_digits);
+    file->write(digits, words.count);
+    file->close();
+    return file;
+}
+
+// Writes the file until it holds digits of the hash, which the words had when they were made: once more, if
+// the words still have it, and otherwise returns null. make() fills the buffer with digits and returns the
+// first ones as text; announce() has told the stage, and does so again. The file is closed and has not got
+// its name.
+template <class Announce, class Make>
+std::unique_ptr<DigitWriter> write_until_right(RunTimeParameters& run, const DigitWords& words, u64_t hash,
+                                               char* digits, Announce announce, Make make) {
+    for (bool repeated = false;; repeated = true) {
+        const std::string first_digits = make();
+        std::unique_ptr<DigitWriter> file = write_digits(run.settings, words, first_digits, digits);
+        if (file->holds(words.count, hash)) {
+            Console::print(Console::format_int(words.count, Console::IntFormat::commas), 'G');
+            Console::println("  digits written", 'w');
+            return file;
+        }
+        Console::print_newline();
+        if (words.hash() != hash) return nullptr;
+        if (repeated) checksum_mismatch(output_failure);
+        reattempt_after(run, output_failure);
+        announce();
     }
 }
 
-void write_digits(const RunTimeParameters& run, u64_t radix, const std::string& first_digits, char* digits,
-                  u64_t count) {
-    const RunSettings& settings = run.settings;
-    const DigitFileParameters parameters{settings.short_name, settings.algorithm_short, settings.path,
-                                         settings.digits_per_file, nullptr};
-    const std::unique_ptr<DigitWriter> writer = open_digit_writer(parameters, radix, first_digits);
-    writer->write(digits, count);
-    writer->close();
-    Console::print(Console::format_int(count, Console::IntFormat::commas), 'G');
-    Console::println("  digits written", 'w');
-}
-
 // ---- Decimal ----------------------------------------------------------------------------------------------
+
+// Calls the attempt until it gives true; says so, on the console and in the log, after each other one. A
+// check inside that throws is such a failure as well, but two in a row are thrown on.
+template <class Attempt>
+void repeat_until_right(RunTimeParameters& run, StatusLine& status, const std::string& failure,
+                        Attempt attempt) {
+    for (bool thrown = false;;) {
+        try {
+            if (attempt()) return;
+            thrown = false;
+        } catch (const zn_exception&) {
+            if (thrown) throw;
+            thrown = true;
+        }
+        status.erase();
+        reattempt_after(run, failure);
+    }
+}
 
 // The digits are made from the words without looking at them, so a word beyond the radix counts as a failure.
 void convert_fraction(StageMemory& memory, const Parts& number, cdi* words, upL_t w) {
@@ -74,7 +142,7 @@ void convert_fraction(StageMemory& memory, const Parts& number, cdi* words, upL_
         StatusLine status;
         status.set_label("Base Converting: ");
         const BasicParameters bp = run.arithmetic(work.get(), work.size);
-        repeat_until_right(run, status, "Radix Conversion Failed - Reattempting...", [&] {
+        repeat_until_right(run, status, "Radix Conversion Failed", [&] {
             return conversion_calls.conversion(bp, CVN::decimal_base, words, w, number.fraction, number.L,
                                                &status) == 0 &&
                    std::all_of(words, words + w, [](cdi word) { return word < CVN::decimal_base; });
@@ -92,43 +160,32 @@ void keep_last_digits(RunTimeParameters& run, const char* digits) {
     CVN::dec_raw_to_str(run.last_digits.data(), run.last_digits.size());
 }
 
-void write_decimal(StageMemory& memory, const Parts& number, const cdi* words, upL_t w) {
-    const auto digits = memory.array<char>(CVN::decimal_digits * w);
+// Null in a count, and if the words have changed since they were made, when their hash was binary_hash.
+std::unique_ptr<DigitWriter> write_decimal(StageMemory& memory, const DigitWords& words) {
+    std::unique_ptr<DigitWriter> file;
+    const auto digits = memory.array<char>(CVN::decimal_digits * words.L);
     memory.carry_out([&](RunTimeParameters& run) {
-        const u64_t dec = run.settings.dec;
-        Console::print("\nWriting Decimal Digits:   ");
-        run.events.add("Writing Decimal Digits");
-        const std::string first_digits = CVN::preview_string_dec(dec, words + w, w, number.integer);
-
-        CVN::cdi_to_raw(digits.get(), words, w);
-        keep_last_digits(run, digits.get());
-        std::array<u64_t, 16> counts{};
-        count_digits(counts, digits.get(), dec);
-        std::copy_n(counts.begin(), run.decimal_histogram.size(), run.decimal_histogram.begin());
-        write_digits(run, 10, first_digits, digits.get(), dec);
+        const auto announce = [&] {
+            Console::print("\nWriting Decimal Digits:   ");
+            run.events.add("Writing Decimal Digits");
+        };
+        announce();
+        file = write_until_right(run, words, run.binary_hash, digits.get(), announce, [&] {
+            CVN::cdi_to_raw(digits.get(), words.T, words.L);
+            keep_last_digits(run, digits.get());
+            std::array<u64_t, 16> counts{};
+            count_digits(counts, digits.get(), words.count);
+            std::copy_n(counts.begin(), run.decimal_histogram.size(), run.decimal_histogram.begin());
+            return CVN::preview_string_dec(words.count, words.T + words.L, words.L, words.integer);
+        });
     });
-}
-
-// The residue of the number that the integer and the first dec digits of the words form without a point. The
-// words' own residue, less the e digits that were not wanted, divided by 10^e.
-u64_t residue_of_digits(cdi integer, const cdi* words, upL_t w, u64_t dec) {
-    constexpr cdi radix = CVN::decimal_base;
-    const u64_t e = CVN::decimal_digits * w - dec;
-    const upL_t unwanted_words = e / CVN::decimal_digits;
-    cdi unit = 1;  // the lowest wanted digit of the word that holds wanted and unwanted ones
-    for (u64_t i = e % CVN::decimal_digits; i > 0; --i) unit *= 10;
-    const cdi top = unit == 1 ? 0 : words[unwanted_words] % unit;
-
-    const u64_t all = residue::hash_radix64(words, w, radix, 0);
-    const u64_t unwanted = residue::hash_radix64(words, unwanted_words, radix, top);
-    const u64_t fraction = residue::mul(residue::sub(all, unwanted), residue::pow(10, residue::p - 1 - e));
-    return residue::add(fraction, residue::mul(residue::reduce(integer), residue::pow(10, dec)));
+    return file;
 }
 
 u64_t residue_of_number(RunTimeParameters& run, const BasicParameters& bp, const Parts& number) {
     StatusLine status;
     u64_t result = 0;
-    repeat_until_right(run, status, "Verification Failed - Reattempting...", [&] {
+    repeat_until_right(run, status, "Verification Failed", [&] {
         return conversion_calls.verification(bp, 10, run.settings.dec, number.integer, number.fraction,
                                              number.L, result, &status) == 0;
     });
@@ -141,7 +198,9 @@ bool agree(u64_t R, u64_t B) {
     return R == B || residue::add(R, 1) == B || residue::add(B, 1) == R;
 }
 
-void verify(StageMemory& memory, const Parts& number) {
+// Whether the digits, whose residue binary_hash is, are those of the number.
+bool verify(StageMemory& memory, const Parts& number) {
+    bool right = true;
     const auto work = memory.work(power_check_size(10, memory.settings().dec, memory.threads()));
     memory.carry_out([&](RunTimeParameters& run) {
         Console::print("\nVerifying Base Conversion...");
@@ -149,11 +208,37 @@ void verify(StageMemory& memory, const Parts& number) {
         Console::print_newline();
         const u64_t R = run.binary_hash;
         const u64_t B = residue_of_number(run, run.arithmetic(work.get(), work.size), number);
-        if (agree(R, B)) return;
+        right = agree(R, B);
+        if (right) return;
         Console::println("R = " + to_string_u64(R));
         Console::println("B = " + to_string_u64(B));
-        fatal_exit("Base Conversion Failed: Checksum Mismatch");
     });
+    return right;
+}
+
+// From the number to the file under its name. What failed, if it is worth another attempt; otherwise empty,
+// as in a count. Work buffer and digits come one after the other beside the decimal words, the verification
+// alone.
+std::string make_decimal_file(StageMemory& memory, const Parts& number) {
+    std::unique_ptr<DigitWriter> file;
+    bool words_are_whole = true;
+    {
+        const u64_t dec = memory.settings().dec;
+        const upL_t w = decimal_words(dec);
+        const auto memory_of_words = memory.array<cdi>(w);
+        convert_fraction(memory, number, memory_of_words.get(), w);
+        const DigitWords words{10, dec, number.integer, memory_of_words.get(), w};
+        memory.carry_out([&](RunTimeParameters& run) { run.binary_hash = words.hash(); });
+        file = write_decimal(memory, words);
+        memory.carry_out([&](RunTimeParameters&) { words_are_whole = file != nullptr; });
+    }
+    if (!words_are_whole) return output_failure;
+    const bool right = verify(memory, number);
+    memory.carry_out([&](RunTimeParameters&) {
+        check_number(number);
+        if (right) file->publish();
+    });
+    return right ? std::string() : "Base Conversion Failed";
 }
 
 }  // namespace
@@ -164,19 +249,26 @@ void write_hex(StageMemory& memory, const BigFloat& number) {
     const upL_t w = hexadecimal_words(hex);
     const auto digits = memory.array<char>(CVN::hexadecimal_digits * w);
     memory.carry_out([&](RunTimeParameters& run) {
-        Console::print("\nWriting Hexadecimal Digits:   ");
-        run.events.add("Writing hexadecimal Digits");
+        const auto announce = [&] {
+            Console::print("\nWriting Hexadecimal Digits:   ");
+            run.events.add("Writing hexadecimal Digits");
+        };
+        announce();
         const Parts parts = parts_of(run, number, std::max(w, least_fraction(run.settings.p)));
         const cdi* const end = parts.fraction + parts.L;
-
-        CVN::u64_to_raw(digits.get(), end - w, w);
-        run.hexadecimal_histogram = {};
-        count_digits(run.hexadecimal_histogram, digits.get(), hex);
-        write_digits(run, 16, CVN::preview_string_hex(hex, end, parts.L, parts.integer), digits.get(), hex);
+        const DigitWords words{16, hex, parts.integer, end - w, w};
+        const auto file = write_until_right(run, words, words.hash(), digits.get(), announce, [&] {
+            CVN::u64_to_raw(digits.get(), words.T, w);
+            run.hexadecimal_histogram = {};
+            count_digits(run.hexadecimal_histogram, digits.get(), hex);
+            return CVN::preview_string_hex(hex, end, parts.L, parts.integer);
+        });
+        check_number(parts);
+        if (file == nullptr) checksum_mismatch(output_failure);
+        file->publish();
     });
 }
 
-// Work buffer and digits come one after the other beside the decimal words, the verification alone.
 void convert_and_write_B(StageMemory& memory, const BigFloat& number) {
     Parts parts{};
     memory.carry_out([&](RunTimeParameters& run) {
@@ -185,16 +277,12 @@ void convert_and_write_B(StageMemory& memory, const BigFloat& number) {
         run.take_snapshot();
         parts = parts_of(run, number, least_fraction(run.settings.p));
     });
-    {
-        const upL_t w = decimal_words(memory.settings().dec);
-        const auto words = memory.array<cdi>(w);
-        convert_fraction(memory, parts, words.get(), w);
-        write_decimal(memory, parts, words.get(), w);
-        memory.carry_out([&](RunTimeParameters& run) {
-            run.binary_hash = residue_of_digits(parts.integer, words.get(), w, run.settings.dec);
-        });
+    for (bool repeated = false;; repeated = true) {
+        const std::string failure = make_decimal_file(memory, parts);
+        if (failure.empty()) return;
+        if (repeated) checksum_mismatch(failure);
+        memory.carry_out([&](RunTimeParameters& run) { reattempt_after(run, failure); });
     }
-    verify(memory, parts);
 }
 
 }  // namespace znp

@@ -3,27 +3,35 @@
 // The number: positive, its top word next to the point on either side (magnitude 1 or 0), and at least p - 1
 // words behind the point, as the formulas deliver it. Another is a fatal error. Digits are truncated, never
 // rounded. A file that cannot be written is an exception (digits/digit_writer.hpp).
+//
+// What leaves for a file is compared with the words that it was made from, by a hash of the text that was
+// written, and those with the number. A file has its name only behind that: what else ends a run leaves it
+// ".unverified". What came out wrong is made once more where that can help, and told ("... Failed -
+// Reattempting..."); a second failure, or a number that has changed, is a fatal error ("...: Checksum
+// Mismatch").
 #pragma once
 
 #include "compute/engine/stage_memory.hpp"
+#include "digits/digit_writer.hpp"
 #include "multiply/kernels/digit_conversion.hpp"
 #include "numbers/radix_conversion.hpp"
 
 namespace znp {
 
-// Hexadecimal digits to their file; nothing if the run has none.
+// Hexadecimal digits to their file, compared with the number; nothing if the run has none.
 void write_hex(StageMemory& memory, const BigFloat& number);
 
 // Converts the fraction to decimal, writes the digits and verifies the conversion against the binary number.
 // The conversion's time counts as computation: the stopwatch, stopped before, runs meanwhile. A conversion or
-// verification that fails is repeated without limit; digits that disagree with the number are a fatal error.
-// A size beyond all multipliers throws.
+// verification that notices its own failure is repeated without limit; for digits that disagree with the
+// number all of it is done once more. A size beyond all multipliers throws.
 void convert_and_write_B(StageMemory& memory, const BigFloat& number);
 
-// The arithmetic behind convert_and_write_B. Tests let it fail; nothing else changes it.
+// What stands behind the stages. Tests let it fail; nothing else changes it.
 struct ConversionCalls {
     decltype(&convert) conversion;
     decltype(&power_check) verification;
+    decltype(&open_digit_writer) writer;
 };
 extern ConversionCalls conversion_calls;
 

@@ -31,7 +31,8 @@ struct RunTimeParameters {
 
     BasicHeap heap{};  // over the block of working memory
     TableHolder tables{};
-    StopWatch stopwatch;  // the computation without output and verification
+    std::byte* table_memory = nullptr;  // where they were built
+    StopWatch stopwatch;                // the computation without output and verification
     EventLog events;
     std::vector<TimerSnapshot> snapshots;
 
@@ -41,6 +42,9 @@ struct RunTimeParameters {
     std::string last_digits;      // up to 100 digits as text
     u64_t last_digits_index = 0;  // of the first of them among all digits
     u64_t binary_hash = 0;        // floor(value * 10^dec) modulo 2^61 - 1
+
+    // Faults that were noticed and repaired by a repetition (compute/run/recovery.hpp).
+    u64_t recovered_errors = 0;
 
     std::string start_time, end_time;
     upL_t peak_working_bytes = 0;  // of the block, known at the end

@@ -23,15 +23,17 @@ using testing::SmallDisk;
 class BasicTextWriterTest : public ::testing::Test {
   protected:
     std::string path(const std::string& name = "digits.txt") const { return folder_.path() + "/" + name; }
+    std::string unverified() const { return path("digits.txt.unverified"); }
     std::wstring wide(const std::string& name = "digits.txt") const {
         return folder_.wide_path() + L"/" + std::wstring(name.begin(), name.end());
     }
 
-    // Writes the digits and closes; what the caller's buffer holds then.
+    // Writes the digits, closes, and gives the file its name; what the caller's buffer holds then.
     std::string write(std::string first_digits, std::string digits, bool convert, u64_t radix) const {
         BasicTextWriter writer(wide(), first_digits, convert, radix);
         writer.write(digits.data(), digits.size());
         writer.close();
+        writer.publish();
         return digits;
     }
 
@@ -103,7 +105,7 @@ TEST_F(BasicTextWriterTest, ManyWritesAndLengths) {
         writer.write(digits.data(), digits.size());
     }
     writer.close();
-    EXPECT_EQ(file_text(path()), expected);
+    EXPECT_EQ(file_text(unverified()), expected);
     writer.close();  // a closed file stays closed
 }
 
@@ -119,7 +121,8 @@ TEST_F(BasicTextWriterTest, TheDestructorClosesWhatIsOpen) {
         std::string digits = values({1, 4});
         writer.write(digits.data(), digits.size());
     }
-    EXPECT_EQ(file_text(path()), "3.14");
+    EXPECT_EQ(file_text(unverified()), "3.14");
+    EXPECT_FALSE(std::filesystem::exists(path()));
 }
 
 TEST_F(BasicTextWriterTest, FirstDigitsWithoutAPoint) {
@@ -145,16 +148,147 @@ TEST_F(BasicTextWriterTest, FolderThatIsNotThere) {
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, ENOENT);
     EXPECT_STREQ(failure->title, "Unable to create file.");
-    EXPECT_EQ(failure->path, wide("missing/digits.txt"));
+    EXPECT_EQ(failure->path, wide("missing/digits.txt.unverified"));
     EXPECT_EQ(printed, "");
 }
 
+// Of the name that the file is to have, and of the one that it has until then.
 TEST_F(BasicTextWriterTest, DirectoryInTheWay) {
+    for (const std::string& name : {path(), unverified()}) {
+        std::filesystem::create_directory(name);
+        const auto failure = thrown_by<FileException>([&] { BasicTextWriter(wide(), "3.", true, 10); });
+        ASSERT_TRUE(failure);
+        EXPECT_EQ(failure->code, EISDIR);
+        EXPECT_STREQ(failure->title, "Unable to create file.");
+        EXPECT_EQ(failure->path, std::wstring(name.begin(), name.end()));
+        EXPECT_TRUE(std::filesystem::is_directory(name));
+        std::filesystem::remove(name);
+        EXPECT_TRUE(folder_.is_empty());
+    }
+}
+
+// ---- The name and what the file holds ---------------------------------------------------------------------
+
+// What a process that is killed leaves, at every step.
+TEST_F(BasicTextWriterTest, TheOldFileStaysUntilTheNewOneHasItsName) {
+    folder_.write("digits.txt", "old");
+    std::string digits = values({1, 4});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    EXPECT_EQ(file_text(path()), "old");
+    writer.write(digits.data(), digits.size());
+    EXPECT_EQ(file_text(path()), "old");
+    writer.close();
+    EXPECT_EQ(file_text(path()), "old");
+    EXPECT_EQ(file_text(unverified()), "3.14");
+    writer.publish();
+    EXPECT_EQ(file_text(path()), "3.14");
+    EXPECT_FALSE(std::filesystem::exists(unverified()));
+}
+
+// To a file, to where one is to come, over two links, and with a relative one.
+TEST_F(BasicTextWriterTest, LinksAreFollowed) {
+    const testing::TemporaryFolder other;
+    const std::string target = other.path() + "/other.txt";
+    namespace fs = std::filesystem;
+    for (const bool relative : {false, true}) {
+        fs::create_symlink(relative ? "../" + fs::path(other.path()).filename().string() + "/link" : target,
+                           path());
+        fs::create_symlink("other.txt", other.path() + "/link");
+        for (const bool old : {false, true}) {
+            if (old) other.write("other.txt", "old");
+            {
+                const BasicTextWriter writer(wide(), "3.", true, 10);
+                EXPECT_EQ(file_text(target), old ? "old" : "");
+                EXPECT_TRUE(fs::exists(target + ".unverified"));
+            }
+            write("3.", values({1, 4}), true, 10);
+            EXPECT_TRUE(fs::is_symlink(path()));
+            EXPECT_FALSE(fs::exists(target + ".unverified"));
+            EXPECT_EQ(file_text(target), "3.14");
+            fs::remove(target);
+        }
+        fs::remove(path());
+        fs::remove(other.path() + "/link");
+        EXPECT_TRUE(folder_.is_empty());
+    }
+}
+
+TEST_F(BasicTextWriterTest, LinksInACircle) {
+    std::filesystem::create_symlink("digits.txt", path());
+    write("3.", values({1, 4}), true, 10);  // as where the name is free
+    EXPECT_EQ(file_text(path()), "3.14");
+}
+
+TEST_F(BasicTextWriterTest, ADeviceIsWrittenToInItsPlace) {
+    std::filesystem::create_symlink("/dev/null", path());
+    std::string digits = values({1, 4});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    writer.write(digits.data(), digits.size());
+    writer.close();
+    EXPECT_TRUE(writer.holds(2, 314));
+    EXPECT_FALSE(writer.holds(2, 315));
+    writer.publish();
+    EXPECT_TRUE(std::filesystem::is_symlink(path()));
+    EXPECT_FALSE(std::filesystem::exists(unverified()));
+}
+
+TEST_F(BasicTextWriterTest, ALeftOverUnverifiedFileIsReplaced) {
+    folder_.write("digits.txt.unverified", std::string(1000, 'x'));
+    write("3.", values({1, 4}), true, 10);
+    EXPECT_EQ(file_text(path()), "3.14");
+    EXPECT_FALSE(std::filesystem::exists(unverified()));
+}
+
+// A text without an end to wait for ENTER in: the program ends.
+TEST_F(BasicTextWriterDeathTest, AFileThatCannotHaveItsName) {
+    std::string digits = values({1, 4});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    writer.write(digits.data(), digits.size());
+    writer.close();
     std::filesystem::create_directory(path());
-    const auto failure = thrown_by<FileException>([&] { BasicTextWriter(wide(), "3.", true, 10); });
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->code, EISDIR);
-    EXPECT_TRUE(std::filesystem::is_directory(path()));
+    folder_.write("digits.txt/in the way", "");
+    EXPECT_EXIT(dying([&] { writer.publish(); }, "\n"), ExitedWithCode(1),
+                "Unable to rename file\\.(.|\n)*Re-attempting\\.\\.\\.(.|\n)*Unable to rename file\\.");
+    EXPECT_EQ(file_text(unverified()), "3.14");
+}
+
+TEST_F(BasicTextWriterTest, HoldsTheDigitsOfTheHashAndNoOthers) {
+    for (const u64_t radix : {u64_t{10}, u64_t{16}}) {
+        std::string digits = values({1, 4, 1, 5, 9});
+        BasicTextWriter writer(wide(), "3.1", true, radix);
+        writer.write(digits.data(), 3);
+        writer.write(digits.data() + 3, 2);
+        const u64_t hash = 314159;  // shorter than a group: the digits weigh ten in both radices
+        const u64_t expected = radix == 10 ? hash : 3 * 100000 + 0x14159;
+        EXPECT_FALSE(writer.holds(5, expected));  // not all of it has left the stream
+        writer.close();
+        EXPECT_TRUE(writer.holds(5, expected));
+        EXPECT_FALSE(writer.holds(4, expected));
+        EXPECT_FALSE(writer.holds(5, expected + 1));
+        std::filesystem::resize_file(unverified(), 6);
+        EXPECT_FALSE(writer.holds(5, expected));
+        std::filesystem::resize_file(unverified(), 8);
+        EXPECT_FALSE(writer.holds(5, expected));
+        std::filesystem::remove(unverified());
+        EXPECT_FALSE(writer.holds(5, expected));
+    }
+}
+
+TEST_F(BasicTextWriterTest, ByteThatIsNoDigitIsNotHeld) {
+    std::string digits = values({1, 4 + 16});
+    BasicTextWriter writer(wide(), "3.", true, 10);
+    writer.write(digits.data(), 2);
+    writer.close();
+    EXPECT_FALSE(writer.holds(2, 314 + 16));
+    EXPECT_FALSE(writer.holds(2, 314));
+}
+
+TEST_F(BasicTextWriterTest, TextOfNoRadixIsNotHeld) {
+    std::string digits = "14";
+    BasicTextWriter writer(wide(), "3.", false, 0);
+    writer.write(digits.data(), 2);
+    writer.close();
+    EXPECT_FALSE(writer.holds(2, 314));
 }
 
 // More than the stream holds back: the write itself fails.
@@ -190,7 +324,7 @@ TEST_F(BasicTextWriterTest, AFileThatCannotGrow) {
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, EFBIG);
     EXPECT_STREQ(failure->message, "Error writing to file.");
-    EXPECT_EQ(std::filesystem::file_size(path()), 50000u);
+    EXPECT_EQ(std::filesystem::file_size(unverified()), 50000u);
 }
 
 TEST_F(BasicTextWriterTest, ADiskThatBecomesFull) {
@@ -205,7 +339,7 @@ TEST_F(BasicTextWriterTest, ADiskThatBecomesFull) {
             digits.assign(40000, '\1');
             writer.write(digits.data(), digits.size());
         });
-        return fits && failure && failure->code == ENOSPC && failure->wide_text == file;
+        return fits && failure && failure->code == ENOSPC && failure->wide_text == file + L".unverified";
     });
     if (result == SmallDisk::not_permitted) GTEST_SKIP() << "file systems cannot be mounted here";
     EXPECT_EQ(result, SmallDisk::passed);

@@ -38,6 +38,7 @@ TEST(DigitWriter, OpensATextFile) {
         const auto writer = open_digit_writer(pi_in(folder.wide_path()), radix, "3.99");
         writer->write(digits.data(), digits.size());
         writer->close();
+        writer->publish();
     }
     EXPECT_EQ(file_text(folder.path() + "/Pi - Dec - Chudnovsky.txt"), "3.141");
     EXPECT_EQ(file_text(folder.path() + "/Pi - Hex - Chudnovsky.txt"), "3.24f");

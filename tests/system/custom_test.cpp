@@ -263,6 +263,15 @@ TEST_F(Custom, AFileOfAnEarlierRunIsReplaced) {
     EXPECT_EQ(file("Pi - Dec - Chudnovsky.txt"), pi_digits(200));
 }
 
+// What a run left that failed gives way; what a run of another radix left stays.
+TEST_F(Custom, AnUnverifiedFileOfAnEarlierRunIsReplaced) {
+    folder().write("Pi - Dec - Chudnovsky.txt.unverified", std::string(1000, 'x'));
+    folder().write("Pi - Hex - Chudnovsky.txt.unverified", std::string(1000, 'x'));
+    output_of({"pi", "-dec:200", "-hex:0"});
+    EXPECT_EQ(files(), (Words{"Pi - Dec - Chudnovsky.txt", "Pi - Hex - Chudnovsky.txt.unverified"}));
+    EXPECT_EQ(file("Pi - Dec - Chudnovsky.txt"), pi_digits(200));
+}
+
 // An exception ends the run; it claims no digits, and its exit code is 0 as that of any exception.
 TEST_F(Custom, AFolderInTheWayOfTheFile) {
     std::filesystem::create_directory(folder().path() + "/Pi - Dec - Chudnovsky.txt");

@@ -4,16 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "compute/run/computed_run.hpp"
+#include "sanitizer.hpp"
 #include "shell/program.hpp"
 #include "temporary_folder.hpp"
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ZNP_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define ZNP_SANITIZER 1
-#endif
-#endif
 
 namespace znp::testing {
 

@@ -2,8 +2,11 @@
 // that is no error.
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "compute/run/digit_output.hpp"
 #include "compute/run/output_test_support.hpp"
+#include "foundation/exceptions.hpp"
 #include "foundation/strings.hpp"
 #include "test_seed.hpp"
 
@@ -77,6 +80,7 @@ TEST_F(OutputFaultsTest, AFailedConversionIsRepeated) {
             EXPECT_EQ(occurrences(printed, R + "Radix Conversion Failed - Reattempting...\n" + W), n);
             EXPECT_EQ(occurrences(state.run.events.text(), "\tRadix Conversion Failed - Reattempting...\r\n"),
                       n);
+            EXPECT_EQ(state.run.recovered_errors, n);
         }
     }
 }
@@ -92,31 +96,135 @@ TEST_F(OutputFaultsTest, AFailedVerificationIsRepeated) {
         const upL_t n = static_cast<upL_t>(times);
         EXPECT_EQ(occurrences(printed, R + "Verification Failed - Reattempting...\n" + W), n);
         EXPECT_EQ(occurrences(state.run.events.text(), "\tVerification Failed - Reattempting...\r\n"), n);
+        EXPECT_EQ(state.run.recovered_errors, n);
     }
 }
 
-// A bit of the result, counted from its lowest one, that comes out wrong without anybody noticing.
+// A check inside the arithmetic that throws: repeated, but not for ever.
+int throws = 0;
+
+void throw_if_wanted() {
+    if (throws-- > 0) throw zn_exception(1);
+}
+
+int throwing_conversion(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
+                        StatusLine* status) {
+    throw_if_wanted();
+    return exact_conversion(bp, radix, out, n, fraction, L, status);
+}
+
+int throwing_verification(const BasicParameters& bp, cdi radix, u64_t e, cdi integer, const cdi* fraction,
+                          upL_t L, u64_t& residue, StatusLine* status) {
+    throw_if_wanted();
+    return exact_verification(bp, radix, e, integer, fraction, L, residue, status);
+}
+
+TEST_F(OutputFaultsTest, ACheckThatThrowsIsRepeatedOnce) {
+    const ConversionCalls rows[] = {{throwing_conversion, exact_verification, open_digit_writer},
+                                    {exact_conversion, throwing_verification, open_digit_writer}};
+    for (const ConversionCalls& row : rows) {
+        const UseCalls calls(row.conversion, row.verification);
+        OutputRun state(500);
+        const Number number = root(state, 2);
+        throws = 1;
+        output(state, number);
+        expect_digits(state, number);
+        EXPECT_EQ(state.run.recovered_errors, 1u);
+
+        OutputRun worse(500);
+        throws = 2;
+        testing::console_output(
+            [&] { EXPECT_THROW(convert_and_write_B(worse.memory, number.view()), zn_exception); });
+        EXPECT_FALSE(std::filesystem::exists(worse.decimal_file()));
+        EXPECT_EQ(worse.run.heap.active, 0u);
+    }
+}
+
+// A bit of the result, counted from its lowest one, that comes out wrong without anybody noticing, so many
+// times.
 u64_t flipped_bit = 0;
+int flips = 0;
+constexpr int always = 1 << 20;
 
 int flipping_conversion(const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
                         StatusLine* status) {
     const int result = exact_conversion(bp, radix, out, n, fraction, L, status);
-    out[flipped_bit / 64] ^= cdi{1} << flipped_bit % 64;
+    if (flips-- > 0) out[flipped_bit / 64] ^= cdi{1} << flipped_bit % 64;
     return result;
 }
 
-TEST_F(OutputFaultsDeathTest, AFlippedBitIsFatal) {
+// Words from 3 on hold wanted digits only; a low bit leaves a word below the radix.
+u64_t random_wanted_bit(std::mt19937_64& rng, u64_t dec) {
+    return 64 * (3 + rng() % (decimal_words(dec) - 3)) + rng() % 40;
+}
+
+TEST_F(OutputFaultsTest, AConversionThatDisagreesIsRepeatedOnce) {
+    const UseCalls calls(flipping_conversion, exact_verification);
+    auto rng = testing::make_rng(5);
+    for (int round = 0; round < 10; ++round) {
+        OutputRun state(500);
+        const Number number = root(state, 2);
+        flipped_bit = random_wanted_bit(rng, 500);
+        flips = 1;
+        const std::string printed = output(state, number);
+        expect_digits(state, number);
+        EXPECT_EQ(occurrences(printed, "R = "), 1u);
+        EXPECT_EQ(occurrences(printed, "B = " + to_string_u64(residue_of(number, 500)) + "\n"), 1u);
+        EXPECT_EQ(occurrences(printed, R + "Base Conversion Failed - Reattempting...\n" + W), 1u);
+        EXPECT_EQ(occurrences(state.run.events.text(), "\tBase Conversion Failed - Reattempting...\r\n"), 1u);
+        EXPECT_EQ(state.run.recovered_errors, 1u);
+    }
+}
+
+TEST_F(OutputFaultsTest, AVerificationThatErrsIsRepeatedOnce) {
+    static int wrong;
+    wrong = 1;
+    const UseCalls calls(
+        exact_conversion, [](const BasicParameters& bp, cdi radix, u64_t e, cdi integer, const cdi* fraction,
+                             upL_t L, u64_t& residue, StatusLine* status) {
+            const int result = exact_verification(bp, radix, e, integer, fraction, L, residue, status);
+            if (wrong-- > 0) residue ^= 64;
+            return result;
+        });
+    OutputRun state(500);
+    const Number number = root(state, 2);
+    output(state, number);
+    expect_digits(state, number);
+    EXPECT_EQ(state.run.recovered_errors, 1u);
+}
+
+// What a run that fails leaves: the file of an earlier run, and its own under the other name.
+void expect_old_file(const std::string& path) {
+    EXPECT_EQ(testing::file_text(path), "old");
+    EXPECT_TRUE(std::filesystem::exists(path + ".unverified"));
+}
+
+TEST_F(OutputFaultsDeathTest, AFlippedBitIsFatalTheSecondTime) {
     const UseCalls calls(flipping_conversion, exact_verification);
     auto rng = testing::make_rng(4);
     for (int round = 0; round < 10; ++round) {
         OutputRun state(500);
         const Number number = root(state, 2);
-        // Words from 3 on hold wanted digits only; a low bit leaves a word below the radix.
-        flipped_bit = 64 * (3 + rng() % (decimal_words(500) - 3)) + rng() % 40;
+        state.folder.write("X - Dec - Y.txt", "old");
+        flipped_bit = random_wanted_bit(rng, 500);
+        flips = always;
         EXPECT_EXIT(dying([&] { convert_and_write_B(state.memory, number.view()); }), ExitedWithCode(1),
                     "R = [0-9]+\nB = " + to_string_u64(residue_of(number, 500)) +
-                        "\n.*Base Conversion Failed: Checksum Mismatch");
+                        "\n.*Base Conversion Failed - Reattempting\\.\\.\\.\n.*R = [0-9]+\nB = [0-9]+\n" +
+                        ".*Base Conversion Failed: Checksum Mismatch");
+        expect_old_file(state.decimal_file());
     }
+}
+
+TEST_F(OutputFaultsDeathTest, AKilledRunLeavesNoFileUnderItsName) {
+    const UseCalls calls(exact_conversion, [](const BasicParameters&, cdi, u64_t, cdi, const cdi*, upL_t,
+                                              u64_t&, StatusLine*) { return std::raise(SIGKILL); });
+    OutputRun state(500);
+    state.folder.write("X - Dec - Y.txt", "old");
+    const Number number = root(state, 2);
+    EXPECT_EXIT(dying([&] { convert_and_write_B(state.memory, number.view()); }),
+                ::testing::KilledBySignal(SIGKILL), "");
+    expect_old_file(state.decimal_file());
 }
 
 // The words that hold no wanted digit may be anything.
@@ -124,6 +232,7 @@ TEST_F(OutputFaultsTest, DigitsThatAreNotWrittenDoNotMatter) {
     const UseCalls calls(flipping_conversion, exact_verification);
     for (const u64_t bit : {u64_t{0}, u64_t{39}, u64_t{64}, u64_t{64 + 39}}) {
         flipped_bit = bit;
+        flips = always;
         OutputRun state(500);
         const Number number = root(state, 2);
         output(state, number);

@@ -122,9 +122,10 @@ inline int exact_verification(const BasicParameters&, cdi radix, u64_t e, cdi in
 class UseCalls {
   public:
     UseCalls(decltype(ConversionCalls::conversion) conversion,
-             decltype(ConversionCalls::verification) verification)
+             decltype(ConversionCalls::verification) verification,
+             decltype(ConversionCalls::writer) writer = open_digit_writer)
         : saved_(conversion_calls) {
-        conversion_calls = {conversion, verification};
+        conversion_calls = {conversion, verification, writer};
     }
     ~UseCalls() { conversion_calls = saved_; }
     UseCalls(const UseCalls&) = delete;
@@ -222,6 +223,8 @@ inline void expect_digits(const OutputRun& state, const Number& number) {
     } else {
         EXPECT_EQ(file_text(state.hexadecimal_file()), "");
     }
+    EXPECT_FALSE(std::filesystem::exists(state.decimal_file() + ".unverified"));
+    EXPECT_FALSE(std::filesystem::exists(state.hexadecimal_file() + ".unverified"));
     EXPECT_TRUE(state.clean());
 }
 
