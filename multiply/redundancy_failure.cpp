@@ -7,7 +7,7 @@ namespace znp {
 
 void redundancy_failure(const char* algorithm, const std::string& found, const std::string& bound) {
     Console::println(std::string(algorithm) + " Redundancy Check Failed:  " + found + " / " + bound, 'R');
-    fail(zn_exception(error_code::action_1));
+    fail(ArithmeticFailure(error_code::action_1));
 }
 
 }  // namespace znp

@@ -5,7 +5,7 @@
 
 namespace znp {
 
-// Says so on the console, in red, with what was found and its bound, and raises the generic exception with
+// Says so on the console, in red, with what was found and its bound, and raises an ArithmeticFailure with
 // code 1.
 [[noreturn]] void redundancy_failure(const char* algorithm, const std::string& found,
                                      const std::string& bound);

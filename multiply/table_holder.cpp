@@ -32,7 +32,14 @@ std::byte* build_tables(TableHolder& holder, u64_t limit_bits, std::byte* memory
     std::byte* end = fft().build_tables(holder, fft_limit(limit_bits), memory);
     if (limit_bits >= vst_threshold_bits) end = vst().build_tables(holder, limit_bits, end);
     holder.limit_bits = limit_bits;
+    holder.memory = memory;
     return end;
+}
+
+void rebuild_tables(const TableHolder& holder) {
+    if (holder.memory == nullptr) return;
+    TableHolder same;
+    build_tables(same, holder.limit_bits, holder.memory);
 }
 
 }  // namespace znp

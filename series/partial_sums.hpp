@@ -24,6 +24,7 @@
 #include "foundation/repeat_once.hpp"
 #include "foundation/strings.hpp"
 #include "multiply/dispatch.hpp"
+#include "multiply/table_holder.hpp"
 #include "series/modular_check.hpp"
 #include "series/recursion.hpp"
 #include "series/section.hpp"
@@ -92,6 +93,7 @@ class PartialSums {
             [&] {
                 Console::print_error("Multiplication Failure Re-attempting current block...");
                 if (task.log != nullptr) task.log->add("Multiplication Failure");
+                if (task.bp.holder != nullptr) rebuild_tables(*task.bp.holder);
             });
         if (section.is_last()) {
             rules.keep(task, row, node);

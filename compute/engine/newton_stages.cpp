@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "compute/engine/stage_lines.hpp"
+#include "compute/run/recovery.hpp"
 #include "compute/settings/precision.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/repeat_once.hpp"
@@ -44,7 +45,9 @@ HeapFloat inv_sqrt_B(StageMemory& memory, u64_t n, upL_t p, upL_t extra) {
             if (failure != 0) throw newton::ConvergenceFailure(failure);
         };
         try {
-            repeat_once(iterate, [] { return true; });
+            repeat_once(
+                iterate, [] { return true; },
+                [&] { announce_reattempt(run, "InvSqrt Failed - Reattempting..."); });
         } catch (const newton::ConvergenceFailure&) {
             fatal_exit("Computation Failed");
         }
@@ -66,7 +69,8 @@ HeapFloat divide_B(StageMemory& memory, const BigFloat& numerator, const BigFloa
                 zlm_div_t9_B(run.arithmetic(work.get(), work.size), out, numerator, denominator, p,
                              newton::Scratch(scratch.get(), scratch.size), lines.status());
             },
-            [&] { return are_whole(numerator, denominator, memory.threads()); });
+            [&] { return are_whole(numerator, denominator, memory.threads()); },
+            [&] { announce_reattempt(run, "Division Failed - Reattempting..."); });
     });
     lines.finish();
     return out;
@@ -90,7 +94,9 @@ HeapFloat final_multiply_B(StageMemory& memory, const BigFloat& a, const BigFloa
             }
         };
         try {
-            repeat_once(multiply, [&] { return are_whole(a, b, memory.threads()); });
+            repeat_once(
+                multiply, [&] { return are_whole(a, b, memory.threads()); },
+                [&] { announce_reattempt(run, "Final Multiply Failed - Reattempting..."); });
         } catch (const ArithmeticFailure&) {
             fatal_exit("Checksum Mismatch. Multiplication Failed.");
         }

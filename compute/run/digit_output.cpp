@@ -38,17 +38,12 @@ struct Parts {
     cdi integer;
     const cdi* fraction;  // least significant word first
     upL_t L;
-    u64_t residue;  // of all words, when the stage began
+    BigFloat all;  // the number itself
 };
 
-u64_t residue_of(const Parts& number) {
-    return residue::hash_words(number.fraction, number.L, number.integer);
-}
-
-// Behind the last use of the number: what was made from it was made from the words with which the stage
-// began.
-void check_number(const Parts& number) {
-    if (residue_of(number) != number.residue) checksum_mismatch("Computed Number Damaged");
+// Behind the last use of the number: what was made from it was made from the words that were computed.
+void check_number(const RunTimeParameters& run, const Parts& number) {
+    if (number.all.hash_error(run.settings.tds) != 0) checksum_mismatch("Computed Number Damaged");
 }
 
 // The number in front of the point and behind it. A number of too few words would give wrong last digits.
@@ -61,9 +56,7 @@ Parts parts_of(const RunTimeParameters& run, const BigFloat& number, upL_t least
         assert_failure(fatal_category::invalid_parameters, L"BigFloat", L"Fewer words than digits need.");
     }
     const upL_t used = std::min(L, most_fraction(run.settings.p));
-    Parts parts{number.word_at(0), number.get_T() + (L - used), used, 0};
-    parts.residue = residue_of(parts);
-    return parts;
+    return {number.word_at(0), number.get_T() + (L - used), used, number};
 }
 
 // ---- Files ------------------------------------------------------------------------------------------------
@@ -234,8 +227,8 @@ std::string make_decimal_file(StageMemory& memory, const Parts& number) {
     }
     if (!words_are_whole) return output_failure;
     const bool right = verify(memory, number);
-    memory.carry_out([&](RunTimeParameters&) {
-        check_number(number);
+    memory.carry_out([&](RunTimeParameters& run) {
+        check_number(run, number);
         if (right) file->publish();
     });
     return right ? std::string() : "Base Conversion Failed";
@@ -263,7 +256,7 @@ void write_hex(StageMemory& memory, const BigFloat& number) {
             count_digits(run.hexadecimal_histogram, digits.get(), hex);
             return CVN::preview_string_hex(hex, end, parts.L, parts.integer);
         });
-        check_number(parts);
+        check_number(run, parts);
         if (file == nullptr) checksum_mismatch(output_failure);
         file->publish();
     });

@@ -4,12 +4,16 @@
 
 namespace znp {
 
-void begin_reattempt(RunTimeParameters& run, const std::string& text) {
+void announce_reattempt(RunTimeParameters& run, const std::string& text) {
     Console::println(text, 'R');
     Console::set_color('w');
     run.events.add(text);
-    ++run.recovered_errors;
-    if (run.table_memory != nullptr) build_tables(run.tables, run.tables.limit_bits, run.table_memory);
+    rebuild_tables(run.tables);
+}
+
+void begin_reattempt(RunTimeParameters& run, const std::string& text) {
+    announce_reattempt(run, text);
+    RecoveredErrors::add();
 }
 
 }  // namespace znp

@@ -59,7 +59,6 @@ GuardedArray<std::byte> make_twiddle_tables(RunTimeParameters& run, const Comput
     announce(run, "Constructing Twiddle Tables...      ", "Constructing Twiddle Tables");
     GuardedArray<std::byte> memory = make_guarded_array<std::byte>(nullptr, settings.memTW());
     build_tables(run.tables, settings.longest_product_bits(), memory.get());
-    run.table_memory = memory.get();
     print_reserved(settings.memTW());
     return memory;
 }

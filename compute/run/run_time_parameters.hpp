@@ -12,6 +12,7 @@
 #include "compute/run/run_settings.hpp"
 #include "foundation/basic_heap.hpp"
 #include "foundation/event_log.hpp"
+#include "foundation/repeat_once.hpp"
 #include "foundation/time.hpp"
 #include "multiply/basic_parameters.hpp"
 #include "multiply/table_holder.hpp"
@@ -31,8 +32,7 @@ struct RunTimeParameters {
 
     BasicHeap heap{};  // over the block of working memory
     TableHolder tables{};
-    std::byte* table_memory = nullptr;  // where they were built
-    StopWatch stopwatch;                // the computation without output and verification
+    StopWatch stopwatch;  // the computation without output and verification
     EventLog events;
     std::vector<TimerSnapshot> snapshots;
 
@@ -43,15 +43,17 @@ struct RunTimeParameters {
     u64_t last_digits_index = 0;  // of the first of them among all digits
     u64_t binary_hash = 0;        // floor(value * 10^dec) modulo 2^61 - 1
 
-    // Faults that were noticed and repaired by a repetition (compute/run/recovery.hpp).
-    u64_t recovered_errors = 0;
-
     std::string start_time, end_time;
     upL_t peak_working_bytes = 0;  // of the block, known at the end
 
     // The arguments of arithmetic on a work buffer of bytes at M.
     BasicParameters arithmetic(std::byte* M, upL_t bytes) const { return {&tables, M, bytes, settings.tds}; }
+    // Faults that were noticed and repaired by a repetition.
+    u64_t recovered_errors() const { return RecoveredErrors::count() - recovered_before_; }
     void take_snapshot() { snapshots.push_back({Time::now(), rdtsc()}); }
+
+  private:
+    const u64_t recovered_before_ = RecoveredErrors::count();
 };
 
 }  // namespace znp

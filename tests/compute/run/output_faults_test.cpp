@@ -80,7 +80,7 @@ TEST_F(OutputFaultsTest, AFailedConversionIsRepeated) {
             EXPECT_EQ(occurrences(printed, R + "Radix Conversion Failed - Reattempting...\n" + W), n);
             EXPECT_EQ(occurrences(state.run.events.text(), "\tRadix Conversion Failed - Reattempting...\r\n"),
                       n);
-            EXPECT_EQ(state.run.recovered_errors, n);
+            EXPECT_EQ(state.run.recovered_errors(), n);
         }
     }
 }
@@ -96,7 +96,7 @@ TEST_F(OutputFaultsTest, AFailedVerificationIsRepeated) {
         const upL_t n = static_cast<upL_t>(times);
         EXPECT_EQ(occurrences(printed, R + "Verification Failed - Reattempting...\n" + W), n);
         EXPECT_EQ(occurrences(state.run.events.text(), "\tVerification Failed - Reattempting...\r\n"), n);
-        EXPECT_EQ(state.run.recovered_errors, n);
+        EXPECT_EQ(state.run.recovered_errors(), n);
     }
 }
 
@@ -129,7 +129,7 @@ TEST_F(OutputFaultsTest, ACheckThatThrowsIsRepeatedOnce) {
         throws = 1;
         output(state, number);
         expect_digits(state, number);
-        EXPECT_EQ(state.run.recovered_errors, 1u);
+        EXPECT_EQ(state.run.recovered_errors(), 1u);
 
         OutputRun worse(500);
         throws = 2;
@@ -172,7 +172,7 @@ TEST_F(OutputFaultsTest, AConversionThatDisagreesIsRepeatedOnce) {
         EXPECT_EQ(occurrences(printed, "B = " + to_string_u64(residue_of(number, 500)) + "\n"), 1u);
         EXPECT_EQ(occurrences(printed, R + "Base Conversion Failed - Reattempting...\n" + W), 1u);
         EXPECT_EQ(occurrences(state.run.events.text(), "\tBase Conversion Failed - Reattempting...\r\n"), 1u);
-        EXPECT_EQ(state.run.recovered_errors, 1u);
+        EXPECT_EQ(state.run.recovered_errors(), 1u);
     }
 }
 
@@ -190,7 +190,7 @@ TEST_F(OutputFaultsTest, AVerificationThatErrsIsRepeatedOnce) {
     const Number number = root(state, 2);
     output(state, number);
     expect_digits(state, number);
-    EXPECT_EQ(state.run.recovered_errors, 1u);
+    EXPECT_EQ(state.run.recovered_errors(), 1u);
 }
 
 // What a run that fails leaves: the file of an earlier run, and its own under the other name.

@@ -87,7 +87,7 @@ void expect_told_once(const OutputRun& state, const std::string& printed) {
     ASSERT_NE(at, std::string::npos) << printed;
     EXPECT_EQ(printed.find(told, at + 1), std::string::npos) << printed;
     EXPECT_NE(state.run.events.text().find("\tDigit Output Failed - Reattempting...\r\n"), std::string::npos);
-    EXPECT_EQ(state.run.recovered_errors, 1u);
+    EXPECT_EQ(state.run.recovered_errors(), 1u);
 }
 
 TEST_F(OutputFileFaultsTest, DigitsThatChangeOnTheirWayAreWrittenOnceMore) {
@@ -198,7 +198,6 @@ TEST(OutputTableFaults, TablesAreBuiltAnewBeforeAnotherAttempt) {
     const GuardedArray<std::byte> tables = make_guarded_array<std::byte>(nullptr, bytes);
     memory = tables.get();
     build_tables(state.run.tables, limit_bits, memory);
-    state.run.table_memory = memory;
     damages = 1;
     const UseCalls calls(
         [](const BasicParameters& bp, cdi radix, cdi* out, upL_t n, const cdi* fraction, upL_t L,
@@ -213,7 +212,7 @@ TEST(OutputTableFaults, TablesAreBuiltAnewBeforeAnotherAttempt) {
     const Number number = root(state, 2);
     output(state, number);
     expect_digits(state, number);
-    EXPECT_EQ(state.run.recovered_errors, 1u);
+    EXPECT_EQ(state.run.recovered_errors(), 1u);
 }
 
 }  // namespace
