@@ -47,7 +47,7 @@ double distance(double point) {
 double distance_limit(upL_t N, unsigned w) {
     const double points = static_cast<double>(N), digit = std::ldexp(1.0, static_cast<int>(w)) - 1;
     const double sigma = 0.6 * 0x1p-53 * std::sqrt(std::log2(points / 2)) * points * digit * digit;
-    return std::clamp(10 * sigma, 0.125, 0.46875);
+    return std::clamp(10 * sigma, 0.125, 0.453125);
 }
 
 double largest_distance(const double* image, upL_t N, double scale) {

@@ -17,7 +17,9 @@
 namespace znp::fft {
 
 // How far a rounding error may go: ten times its root mean square for maximal digits that fill all points
-// (docs/FFT_ERRORS.md, sigma), at least 1/8, at most 15/32. Errors observed reach 6.6 times.
+// (docs/FFT_ERRORS.md, sigma), at least 1/8, at most 29/64: an error of
+// 1/2 or more, which makes a wrong digit, shows as 1/2 or as what is left to the next integer, in steps of
+// 1/32 for the largest points of the widest rows. Errors observed reach 6.6 times sigma.
 double distance_limit(upL_t N, unsigned w);
 
 // The largest distance of a point from an integer, operation by operation as the last pass computes them; a
