@@ -5,7 +5,7 @@
 // cancel only at a distance of (q - 1) / 2. Numbers that are no longer exact carry this residue alone, exact
 // floats both.
 //
-// All residues are canonical, 0 to q - 1. Serial; the hash costs one pass over the words, some 6 bytes a
+// All residues are canonical, 0 to q - 1. Serial; the hash costs one pass over the words, some 4 bytes a
 // cycle. Reference in residue_reference.hpp; by threads: multiply/hash_by_threads.hpp.
 #pragma once
 
