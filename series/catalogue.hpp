@@ -107,7 +107,7 @@ class ArcSinlemn final : public SteadySeries<zl_BSS_P2B3_Type0> {
     ArcSinlemn(u64_t n_, u64_t d_, u64_t n4_, u64_t d4_);
 };
 
-// The asymptotic series C of the refined Brent-McMillan formula; n = 2^m, m up to 61, or a
+// The asymptotic series C of the refined Brent-McMillan formula; n = 2^m, m up to 62, or a
 // fatal error.
 class EulerGamma_BM_C final : public zl_BSS_P2B3_Type0 {
   public:

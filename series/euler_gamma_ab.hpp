@@ -22,7 +22,7 @@ namespace znp {
 
 class Series_EulerGamma_BM_AB : public zl_BSS {
   public:
-    explicit Series_EulerGamma_BM_AB(u32_t m_);  // up to 61, or a fatal error
+    explicit Series_EulerGamma_BM_AB(u32_t m_);  // up to 62, or a fatal error
     const u32_t m;
 
     // Sizes are those of X, the longest of the four.

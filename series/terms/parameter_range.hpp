@@ -11,9 +11,9 @@ inline u64_t in_range(u64_t value, u64_t low, u64_t high, const wchar_t* series,
     return value;
 }
 
-// m of n = 2^m in the series of Euler's constant, whose terms are counted up to 4 n and beyond.
+// m of n = 2^m in the series of Euler's constant, whose terms are counted to 2 n and beyond.
 inline u32_t euler_gamma_parameter(u32_t m) {
-    return static_cast<u32_t>(in_range(m, 0, 61, L"EulerGamma", L"2^m is too large."));
+    return static_cast<u32_t>(in_range(m, 0, 62, L"EulerGamma", L"2^m is too large."));
 }
 
 }  // namespace znp::terms
