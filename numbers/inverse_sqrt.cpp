@@ -68,8 +68,8 @@ int result_of(Chain run) {
     try {
         run();
         return 0;
-    } catch (const ConvergenceFailure& failure) {
-        return failure.code;
+    } catch (const ArithmeticFailure&) {
+        return error_code::numerical_result;
     }
 }
 
