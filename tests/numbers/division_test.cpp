@@ -242,9 +242,10 @@ TEST_F(DivisionSteps, AWrongReciprocalFailsToConverge) {
     }
 }
 
+// Lengths of a transform without a check of its own.
 TEST_F(DivisionSteps, AWrongProductFailsItsResidue) {
     using Fault = FaultyTransform::Fault;
-    for (const upL_t p : Lengths{20, 120}) {
+    for (const upL_t p : Lengths{12, 20}) {
         const auto a = random_words(p, rng), b = random_words(p, rng);
         for (const auto& [fault, number] :
              {std::pair{Fault::after_forward, 2}, std::pair{Fault::after_forward, 3},

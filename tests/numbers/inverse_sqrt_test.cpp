@@ -249,9 +249,10 @@ TEST_F(InverseSqrtSteps, TheTopWordIsPrintedInHexadecimal) {
     EXPECT_NE(text.find("00000000002468ac"), std::string::npos) << text;
 }
 
+// Lengths of a transform without a check of its own.
 TEST_F(InverseSqrtSteps, AWrongProductFailsItsResidue) {
     using Fault = FaultyTransform::Fault;
-    for (const upL_t p : Lengths{20, 120}) {
+    for (const upL_t p : Lengths{12, 20}) {
         for (const auto& [fault, number] :
              {std::pair{Fault::after_forward, 1}, std::pair{Fault::before_inverse, 1}}) {
             Step step(10005, p);

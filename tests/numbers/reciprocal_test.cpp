@@ -286,9 +286,10 @@ TEST_F(ReciprocalSteps, TheTopWordIsPrintedInHexadecimal) {
     EXPECT_NE(text.find("0000000000abcdef"), std::string::npos) << text;
 }
 
+// Lengths of a transform without a check of its own.
 TEST_F(ReciprocalSteps, AWrongProductFailsItsResidue) {
     using Fault = FaultyTransform::Fault;
-    for (const upL_t p : Lengths{20, 120}) {
+    for (const upL_t p : Lengths{12, 20}) {
         const auto words = random_mantissa(p, rng);
         const BigFloat x = big(words, 0);
         for (const auto& [fault, number] :
