@@ -144,8 +144,10 @@ TEST(InverseSqrts, WrongTransformsAreReturnedAsTwo) {
         const std::string text =
             console_output([&] { result = zlp_invsqrt_udw_B(bp, y.x, 10005, p, scratch.get()); });
         EXPECT_EQ(result, 2);
-        EXPECT_NE(text.find("zlm_invsqrt_udw_B(): "), std::string::npos) << text;
-        EXPECT_EQ(text.find("Exception"), std::string::npos) << text;
+        // By the check of a transform, or by the routine's own.
+        EXPECT_TRUE(text.find("Redundancy Check Failed:") != std::string::npos ||
+                    text.find("zlm_invsqrt_udw_B(): ") != std::string::npos)
+            << text;
     }
 }
 

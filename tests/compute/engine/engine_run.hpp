@@ -125,8 +125,10 @@ struct Tables {
 };
 
 // The same with twiddle factors of the wrong sign, but for the first ones and what tells about the tables.
+// Unless they can be built anew, the fault stays.
 struct WrongTables : Tables {
-    explicit WrongTables(upL_t words) : Tables(words) {
+    explicit WrongTables(upL_t words, bool stay_wrong = true) : Tables(words) {
+        if (stay_wrong) holder.memory = nullptr;
         for (upL_t at = bytes / 64 * 8; at + 8 <= bytes; at += 8) memory[at + 7] ^= std::byte{0x80};
     }
 };

@@ -75,5 +75,54 @@ TEST(FinalMultiply, AWrongProductIsFatal) {
                 "Checksum Mismatch. Multiplication Failed.");
 }
 
+// A fault that a second attempt does not meet again: told, in the log, counted, and the result is right.
+TEST(NewtonStages, AreRepeatedOnceFromWholeOperands) {
+    std::mt19937_64 rng = testing::make_rng(206);
+    constexpr upL_t p = 1000;
+    const std::vector<cdi> a = random_mantissa(p + 2, rng), b = random_mantissa(p + 2, rng);
+    struct Case {
+        const char* name;
+        testing::Stages stages;
+    };
+    for (const auto& [name, stages] :
+         {Case{"Division",
+               [&](StageMemory& memory) { return divide_B(memory, below_point(a), below_point(b), p); }},
+          Case{"InvSqrt", [&](StageMemory& memory) { return inv_sqrt_B(memory, 10005, p); }},
+          Case{"Final Multiply", [&](StageMemory& memory) {
+                   return final_multiply_B(memory, below_point(a), below_point(b), p, false);
+               }}}) {
+        EngineRun right(1000, 1, stages);
+        right.carry_out();
+        const testing::WrongTables tables(2 * p + 100, false);
+        EngineRun driver(1000, 1, stages);
+        driver.run.tables = tables.holder;
+        driver.carry_out();
+        const std::string& text = driver.printed;
+        const std::string told = std::string(name) + " Failed - Reattempting...";
+        EXPECT_NE(text.find(told), std::string::npos) << text;
+        EXPECT_NE(driver.run.events.text().find(told), std::string::npos);
+        EXPECT_EQ(driver.run.recovered_errors(), 1u);
+        EXPECT_EQ(driver.number.hash_error(), 0u);
+        const s64_t low = std::min(driver.number.get_exp(), right.number.get_exp());
+        EXPECT_TRUE(testing::value(driver.number, low) == testing::value(right.number, low)) << name;
+    }
+}
+
+// An operand that has changed since it was made: no second attempt.
+TEST(NewtonStages, ADamagedOperandEndsTheStage) {
+    std::mt19937_64 rng = testing::make_rng(207);
+    constexpr upL_t p = 1000;
+    std::vector<cdi> a = random_mantissa(p + 2, rng);
+    const std::vector<cdi> b = random_mantissa(p + 2, rng);
+    const BigFloat numerator = below_point(a), denominator = below_point(b);
+    a[p / 2] ^= 1;
+    EngineRun driver(1000, 1,
+                     [&](StageMemory& memory) { return divide_B(memory, numerator, denominator, p); });
+    const std::string text = testing::console_output(
+        [&] { EXPECT_THROW(divide_B(driver.memory, numerator, denominator, p), ArithmeticFailure); });
+    EXPECT_EQ(text.find("Reattempting"), std::string::npos) << text;
+    EXPECT_EQ(driver.run.recovered_errors(), 0u);
+}
+
 }  // namespace
 }  // namespace znp
