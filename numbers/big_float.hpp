@@ -161,9 +161,6 @@ class BigFloatR : public FloatR<BigFloat> {
     void set_mul(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p);
     // The same by two convolutions of half the length (the dispatcher's checked_mulp).
     void set_mulp(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p);
-    // The same from no more of the operands' words than reach the result: the residue is that of the words
-    // that come out. For an estimate, of which a later step tells how far it is from right.
-    void set_estimate(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p);
 
     // The product of transformed operands, of which only p + 2 words below position te are wanted; the
     // transform may be shorter than the product as long as te excludes what wraps. A is consumed. scratch has

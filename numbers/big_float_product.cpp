@@ -95,15 +95,6 @@ void BigFloatR::set_mulp(const BasicParameters& params, const BigFloat& a, const
             [&](Window<cdi> R) { return checked_mulp(params, R, words_of(a), words_of(b)); });
 }
 
-void BigFloatR::set_estimate(const BasicParameters& params, const BigFloat& a, const BigFloat& b, upL_t p) {
-    if (a.is_zero() || b.is_zero()) return set_zero();
-    const upL_t n = a.get_L() + b.get_L();
-    const upL_t kept = std::min(n, p + extra_precision);
-    renew(kept, "BigFloat::set_estimate()");
-    mul_window(params, Window{base_, n - kept, n}, words_of(a), words_of(b));
-    set_words(kept, s64(n - kept) + a.get_exp() + b.get_exp(), a.raw_sign() == b.raw_sign());
-}
-
 // ---- Products of transformed operands
 
 // What is known of a product before it is made, and its texts.

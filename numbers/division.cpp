@@ -58,8 +58,8 @@ upL_t div_scratch_words(upL_t p) {
     return rcp_words(h) + std::max(rcp_scratch_words(h), step_words(h));
 }
 
-// The quotient's estimate keeps h + 2 words of its product, which is narrowed to as many words of each
-// operand: at most 2 h + 4 words, less than the transform's. The products of a short division stay below the
+// The quotient's estimate is a product of h + 2 words of each operand: 2 h + 4 words, less than the
+// transform's. The products of a short division stay below the
 // bound of the longest short one.
 upL_t div_work_bytes(upL_t p, u64_t threads) {
     constexpr upL_t short_product = 2 * division_t9 + 5;
@@ -74,7 +74,7 @@ void zlp_div_t9_B(const BasicParameters& bp, const transform& algorithm, BigFloa
     BigFloatR c = scratch.take(correction_words(h));
 
     show_step(status, " - 0M - ", h);
-    y0.set_estimate(bp, A.unproven_top_words(p), r, h);
+    y0.set_mul(bp, A.top_words(h), r, h);
 
     show_step(status, " - 1M - ", h);
     const s64_t te = std::min(A.get_mag() - static_cast<s64_t>(h) + 3, A.get_mag());
