@@ -220,7 +220,8 @@ TEST_F(NewtonFaults, ExactProducts) {
         const BasicParameters bp = work.bp();
         TransformSlot slot;
         const transform& t = make_transform<c64i>(bp, slot, 2 * L + 3);
-        const auto [T1, T2, scratch] = t.work_areas(bp.M);
+        const WorkAreas areas = t.work_areas(bp.M);
+        TransformScratch* const scratch = areas.scratch;
         const upL_t first = std::string(t.name()) == "BKT" ? 64 : 0;
         std::vector<c64i> right = testing::exact_product(a, b);
         if (right.back() == 0) right.pop_back();
@@ -233,8 +234,8 @@ TEST_F(NewtonFaults, ExactProducts) {
                 faulty.arm(Fault::after_forward, i % 3, bit);
             }
             ExactIn T(2 * L + 3);
-            ExactFloat::Transform A(exact(a, 0), faulty, T1, scratch);
-            const ExactFloat::Transform B(exact(b, 0), faulty, T2, scratch);
+            ExactFloat::Transform A(exact(a, 0), faulty, areas.T1, scratch);
+            const ExactFloat::Transform B(exact(b, 0), faulty, areas.T2, scratch);
             counts.flips++;
             bool by_transform = false;
             console_output([&] {
