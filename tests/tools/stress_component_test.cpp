@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include "tests/console_capture.hpp"
 #include "tools/stress_fakes.hpp"
 #include "tools/stress_signals.hpp"
@@ -134,8 +136,14 @@ TEST(StressComponent, NoTimeNoRound) {
 TEST(StressComponent, AStopRequestEndsTheTest) {
     const StopSignals signals;
     FakeComponent component("BKT");
-    component.on_call = [](u64_t call) {
-        if (call == 20) std::raise(SIGINT);
+    // Later calls of the other thread wait for the request.
+    std::atomic<bool> requested{false};
+    component.on_call = [&requested](u64_t call) {
+        if (call < 20) return;
+        if (call > 20) return requested.wait(false);
+        std::raise(SIGINT);
+        requested = true;
+        requested.notify_all();
     };
     const Outcome outcome = run(component, 2, 1000000);
     EXPECT_EQ(outcome.result.verdict, Verdict::stopped);
