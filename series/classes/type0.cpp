@@ -6,19 +6,28 @@ namespace znp {
 
 static_assert(RecursionRules<Type0Rules> && RecursionRules<TruncatedType0Rules>);
 
-// ---- Exact sections
+namespace {
 
-void Type0Rules::end(Node& node, u64_t a, u64_t b) const {
-    BasicIntR P = end_object(node.P);
-    BasicIntR Q = end_object(node.Q);
-    BasicIntR R = end_object(node.R);
-    const upL_t half = half_buffer_words(node.t.get_size());
-    BasicIntR t0(node.t.get_base(), half);
-    BasicIntR t1(node.t.get_base() + half, half);
+// The results of a short range, made in the places of the node's.
+template <class Node>
+void end_by_integers(const zl_BSS_P2B3_Type0& series, Node& node, BasicIntR& t0, BasicIntR& t1, u64_t a,
+                     u64_t b) {
+    BasicIntR P = end_object(node.P), Q = end_object(node.Q), R = end_object(node.R);
     series.BSR_End(P, Q, R, t0, t1, a, b);
     adopt(node.P, P);
     adopt(node.Q, Q);
     adopt(node.R, R);
+}
+
+}  // namespace
+
+// ---- Exact sections
+
+void Type0Rules::end(Node& node, u64_t a, u64_t b) const {
+    const upL_t half = half_buffer_words(node.t.get_size());
+    BasicIntR t0(node.t.get_base(), half);
+    BasicIntR t1(node.t.get_base() + half, half);
+    end_by_integers(series, node, t0, t1, a, b);
 }
 
 Type0Rules::Node Type0Rules::behind(const Node& results) const {
@@ -37,12 +46,8 @@ void Type0Rules::check(const SumTask& task, const SectionRow& row, const Node& n
 // ---- Sections with truncated products
 
 void TruncatedType0Rules::end(Node& node, u64_t a, u64_t b) const {
-    BasicIntR P = end_object(node.P), Q = end_object(node.Q), R = end_object(node.R);
     BasicIntR t0 = end_object(node.product), t1 = end_object(node.t);
-    series.BSR_End(P, Q, R, t0, t1, a, b);
-    adopt(node.P, P);
-    adopt(node.Q, Q);
-    adopt(node.R, R);
+    end_by_integers(series, node, t0, t1, a, b);
 }
 
 TruncatedType0Rules::Node TruncatedType0Rules::behind(const Node& results) const {

@@ -27,19 +27,15 @@ struct ProgramResult {
     std::string output;
 };
 
-// Standard error goes to standard output. A text to stop at ends the program once it is in the output.
-inline ProgramResult run_program(const std::vector<std::string>& arguments, std::string_view input,
-                                 const std::string& working_directory,
-                                 std::chrono::seconds limit = std::chrono::seconds(60),
-                                 const std::string& stop_at = {}) {
+// Starts the program with the text as its input and both outputs in the file.
+inline pid_t start_program(const std::vector<std::string>& arguments, std::string_view input, int out,
+                           const std::string& working_directory) {
     const int in = temporary_file(input);
-    const int out = temporary_file();
     std::vector<std::string> words{ZELMAR_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
-
     const pid_t child = ::fork();
     if (child < 0) std::abort();
     if (child == 0) {
@@ -51,6 +47,16 @@ inline ProgramResult run_program(const std::vector<std::string>& arguments, std:
         ::_exit(127);
     }
     ::close(in);
+    return child;
+}
+
+// Standard error goes to standard output. A text to stop at ends the program once it is in the output.
+inline ProgramResult run_program(const std::vector<std::string>& arguments, std::string_view input,
+                                 const std::string& working_directory,
+                                 std::chrono::seconds limit = std::chrono::seconds(60),
+                                 const std::string& stop_at = {}) {
+    const int out = temporary_file();
+    const pid_t child = start_program(arguments, input, out, working_directory);
 
     ProgramResult result;
     int status = 0;

@@ -93,25 +93,9 @@ struct ChildEnd {
 template <class Poll>
 ChildEnd run_child(const std::vector<std::string>& arguments, const std::string& folder, double limit,
                    Poll poll) {
-    const int in = temporary_file();
     const int out = temporary_file();
-    std::vector<std::string> words{ZELMAR_PROGRAM};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
     const auto start = std::chrono::steady_clock::now();
-    const pid_t child = ::fork();
-    if (child < 0) std::abort();
-    if (child == 0) {
-        ::dup2(in, STDIN_FILENO);
-        ::dup2(out, STDOUT_FILENO);
-        ::dup2(out, STDERR_FILENO);
-        if (::chdir(folder.c_str()) != 0) ::_exit(126);
-        ::execv(ZELMAR_PROGRAM, argv.data());
-        ::_exit(127);
-    }
-    ::close(in);
+    const pid_t child = start_program(arguments, {}, out, folder);
     ChildEnd result;
     for (;;) {
         result.wall_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
