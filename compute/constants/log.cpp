@@ -17,9 +17,10 @@ std::vector<MachinFormula> formulas_or_exit(u64_t n, upL_t p, Announce announce)
 }
 
 void check_formulas(std::span<const MachinFormula> formulas, u64_t n) {
+    constexpr const char* failures[] = {"Formula 0 failed to pass verification.",
+                                        "Formula 1 failed to pass verification."};
     for (upL_t i = 0; i < formulas.size(); i++) {
-        if (verify_formula(formulas[i], n)) continue;
-        fatal_exit("Formula " + to_string_u64(i) + " failed to pass verification.");
+        if (!verify_formula(formulas[i], n)) fatal_exit(failures[i]);
     }
 }
 

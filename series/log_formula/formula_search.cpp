@@ -178,6 +178,7 @@ double close_formula(MachinFormula& formula, const Factorization& queue, Formula
 
 SearchResult search_formula(u64_t n, upL_t k, FormulaKind which, double D) {
     FormulaSearch search(k, which, D);
+    if (n >= argument_limit) return search.result;
     SearchNode root{};
     if (factor_whole(root.queue, n, 1)) search.visit(root);
     return search.result;
