@@ -14,20 +14,21 @@ namespace znp {
 namespace {
 
 constexpr u32_t with_driver[] = {constant_id::sqrt, constant_id::golden_ratio, constant_id::e,
-                                 constant_id::pi};
-constexpr u32_t without_driver[] = {constant_id::arccoth,
-                                    constant_id::log,
-                                    constant_id::zeta3,
-                                    constant_id::lemniscate,
-                                    constant_id::catalan,
-                                    constant_id::euler_gamma,
-                                    constant_id::euler_gamma_override};
-// All but Log, whose estimate needs its formulas.
-constexpr u32_t with_estimate[] = {constant_id::sqrt,        constant_id::golden_ratio,
-                                   constant_id::e,           constant_id::pi,
-                                   constant_id::arccoth,     constant_id::zeta3,
-                                   constant_id::lemniscate,  constant_id::catalan,
-                                   constant_id::euler_gamma, constant_id::euler_gamma_override};
+                                 constant_id::pi, constant_id::log};
+constexpr u32_t without_driver[] = {constant_id::arccoth,     constant_id::zeta3,
+                                    constant_id::lemniscate,  constant_id::catalan,
+                                    constant_id::euler_gamma, constant_id::euler_gamma_override};
+constexpr u32_t with_estimate[] = {constant_id::sqrt,
+                                   constant_id::golden_ratio,
+                                   constant_id::e,
+                                   constant_id::pi,
+                                   constant_id::arccoth,
+                                   constant_id::log,
+                                   constant_id::zeta3,
+                                   constant_id::lemniscate,
+                                   constant_id::catalan,
+                                   constant_id::euler_gamma,
+                                   constant_id::euler_gamma_override};
 constexpr u64_t parameter = 5;
 constexpr u64_t some_digits[] = {100, 1000, 5000, 20000, 50000, 1000000, 100000000};
 
@@ -91,27 +92,6 @@ TEST(ConstantDefaultsDeathTest, MissingComputationsAreFatal) {
                 "zlr_Constant::run_B\\(\\) - Function not implemented");
     EXPECT_EXIT(testing::dying([&] { constant.run_S(0, run); }), ::testing::ExitedWithCode(1),
                 "zlr_Constant::run_S\\(\\) - Function not implemented");
-}
-
-TEST(ConstantMemory, LogHasNoEstimateYetAndSaysSoQuietly) {
-    const auto log = make_constant(constant_id::log, 2, 100);
-    upL_t bytes = 77;
-    const std::string printed =
-        testing::console_output([&] { EXPECT_FALSE(log->get_memory_B(0, 100, 1000, 1, bytes)); });
-    EXPECT_EQ(printed, "");
-    EXPECT_EQ(bytes, 77u);
-    EXPECT_TRUE(log->get_memory_B(1, 0, 0, 1, bytes));
-    EXPECT_FALSE(log->get_memory_B(2, 0, 0, 1, bytes));
-}
-
-TEST(ConstantMemory, SettingsOfLogTakeAnyOptionUpToTheRefusal) {
-    ComputeParameters settings;
-    ASSERT_EQ(settings.choose_constant(constant_id::log, 2), nullptr);
-    EXPECT_EQ(settings.set_dec(1000), nullptr);
-    EXPECT_EQ(settings.set_algorithm(1), nullptr);
-    settings.set_threads(3);
-    settings.set_memory_limit(1 << 30);
-    EXPECT_FALSE(settings.constant().runs_B(settings.algorithm()));
 }
 
 TEST(ConstantMemory, GrowsWithTheDigits) {
