@@ -26,8 +26,12 @@ bool lies_within(const FormulaRow& relation, upL_t k) {
     return relation.count == 1 || relation.arguments[relation.count - 1] <= base_primes[k - 1];
 }
 
-auto rows_of(std::span<const FormulaRow> table, u64_t n) {
-    return std::ranges::equal_range(table, n, {}, &FormulaRow::n);
+std::span<const FormulaRow> rows_of(std::span<const FormulaRow> table, u64_t n) {
+    const auto first =
+        std::partition_point(table.begin(), table.end(), [n](const FormulaRow& row) { return row.n < n; });
+    const auto last =
+        std::partition_point(first, table.end(), [n](const FormulaRow& row) { return row.n == n; });
+    return {first, last};
 }
 
 }  // namespace

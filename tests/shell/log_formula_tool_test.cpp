@@ -1,6 +1,8 @@
 // The generator of formulas for Log(n) from the menu, and Log(n) from the command line.
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "program.hpp"
 #include "temporary_folder.hpp"
 
@@ -11,20 +13,8 @@ using testing::ProgramResult;
 
 // Without colours and times.
 std::string plain(const std::string& output) {
-    std::string text;
-    for (std::size_t i = 0; i < output.size(); i++) {
-        if (output[i] == '\033') {
-            i = output.find('m', i);
-        } else {
-            text += output[i];
-        }
-    }
-    for (std::size_t at = 0; (at = text.find(" seconds\n", at)) != std::string::npos;) {
-        const std::size_t number = text.find_last_not_of("0123456789.", at - 1) + 1;
-        text.replace(number, at - number, "#");
-        at = number + 1;
-    }
-    return text;
+    const std::string text = std::regex_replace(output, std::regex("\033\\[[0-9;]*m"), "");
+    return std::regex_replace(text, std::regex("[0-9.]+ seconds\n"), "# seconds\n");
 }
 
 std::string generated(const std::string& input, int exit_code = 0) {

@@ -47,7 +47,7 @@ TEST(LogRuns, TheLinesOfARun) {
     for (const char* text :
          {"Primary Machin-like Formula (3 terms)", "Begin Computation:\n\n18 ArcCoth( 26 )\n",
           "Summing Series...", "Division...", "\n\n-2 ArcCoth( 4801 )\n", "Summing Series...",
-          "\n\n8 ArcCoth( 8749 )\n", "\nLog"}) {
+          "\n\n8 ArcCoth( 8749 )\n", "Log"}) {
         at = output.find(text, at);
         ASSERT_NE(at, std::string::npos) << text << "\n" << output;
     }
