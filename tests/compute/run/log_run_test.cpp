@@ -32,6 +32,25 @@ TEST(LogRuns, SmallSizesOfAnyNumber) {
     }
 }
 
+// Digits are cut, not rounded: those of a smaller run begin those of a larger one.
+TEST(LogRuns, EverySmallSizeIsThePartOfALargerOne) {
+    auto rng = testing::make_rng(34);
+    const auto digits = [](u64_t n, s32_t algorithm, u64_t dec, u64_t threads) {
+        ComputeParameters settings =
+            testing::settings_for({{"log", constant_id::log, n, 2}, algorithm}, dec, threads);
+        const testing::ComputedRun result = testing::compute(settings);
+        return std::pair(result.decimal, result.hexadecimal);
+    };
+    for (const u64_t n : {u64_t{2}, u64_t{3}, u64_t{2147483647}, 2 + rng() % 2147483646}) {
+        const auto expected = digits(n, 0, 700, 1);
+        for (u64_t dec = 100; dec <= 450; dec++) {
+            const auto found = digits(n, static_cast<s32_t>(dec % 2), dec, 1 + dec % 3);
+            EXPECT_EQ(found.first, expected.first.substr(0, found.first.size())) << n;
+            EXPECT_EQ(found.second, expected.second.substr(0, found.second.size())) << n;
+        }
+    }
+}
+
 TEST(LogRuns, RandomNumbersAndSizes) {
     auto rng = testing::make_rng(32);
     for (int i = 0; i < 12; i++) {
