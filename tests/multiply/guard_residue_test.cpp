@@ -82,8 +82,8 @@ TEST(GuardResidue, KernelAgainstTheReference) {
     auto rng = testing::make_rng(703);
     std::vector<upL_t> lengths(600);
     std::iota(lengths.begin(), lengths.end(), upL_t{0});
-    for (upL_t steps : {64, 65, 128, 129, 1023, 1024}) {
-        for (upL_t above : {0, 1, 11}) lengths.push_back(12 * steps + above);
+    for (const upL_t steps : {64u, 65u, 128u, 129u, 1023u, 1024u}) {
+        for (const upL_t above : {0u, 1u, 11u}) lengths.push_back(12 * steps + above);
     }
     for (const upL_t L : lengths) {
         Words alternating(L);  // in vectors the largest sums of one sign, then of the other
