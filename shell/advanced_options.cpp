@@ -8,13 +8,11 @@
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
 #include "shell/cpu_features.hpp"
+#include "shell/log_formula_tool.hpp"
 
 namespace znp {
 namespace {
 
-void log_formula_generator() {
-    not_available_yet("The Log(n) Formula Generator");
-}
 void compilation_options() {
     not_available_yet("The report of the Compilation Options");
 }

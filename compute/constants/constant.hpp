@@ -74,6 +74,9 @@ class zlr_Constant {
     // Called whenever the precision changes.
     virtual void set_precision(upL_t p);
 
+  protected:
+    void set_algorithm_count(s32_t count) { algorithm_count_ = count; }
+
   private:
     s32_t algorithm_count_;
 };

@@ -12,18 +12,30 @@
 
 #include "compute/constants/constant.hpp"
 #include "compute/engine/memory_engine.hpp"
+#include "series/log_formula/machin_formula.hpp"
 
 namespace znp {
 
-// The text of a formula as the engines carry it out. The parameter is the constant's.
-struct Formula {
-    HeapFloat (*in_memory)(MemoryEngine& engine, u64_t parameter) = nullptr;
+// What a formula needs to know of its constant.
+struct FormulaInput {
+    u64_t parameter;
+    const MachinFormula* sum;  // of Log(n): the terms
 };
 
-// Of a text, a lambda (auto& engine, u64_t parameter) without captures.
+// The text of a formula as the engines carry it out.
+struct Formula {
+    HeapFloat (*in_memory)(MemoryEngine& engine, const FormulaInput& input) = nullptr;
+};
+
+// Of a text, a lambda (auto& engine, u64_t parameter) without captures; of one (auto& engine, const
+// MachinFormula&).
 template <class Text>
 constexpr Formula formula(Text) {
-    return {[](MemoryEngine& engine, u64_t parameter) { return Text{}(engine, parameter); }};
+    return {[](MemoryEngine& engine, const FormulaInput& input) { return Text{}(engine, input.parameter); }};
+}
+template <class Text>
+constexpr Formula machin_formula(Text) {
+    return {[](MemoryEngine& engine, const FormulaInput& input) { return Text{}(engine, *input.sum); }};
 }
 
 struct Algorithm {

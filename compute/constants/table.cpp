@@ -5,6 +5,7 @@
 #include "compute/constants/table_constant.hpp"
 #include "compute/formulas/e.hpp"
 #include "compute/formulas/euler_gamma.hpp"
+#include "compute/formulas/log.hpp"
 #include "compute/formulas/one_series.hpp"
 #include "compute/formulas/pi.hpp"
 #include "compute/formulas/square_root.hpp"
@@ -57,9 +58,12 @@ constexpr Algorithm arccoth_algorithms[] = {
      formula([](auto& engine, u64_t n) { return arccoth(engine, n); })},
 };
 
+// The names in full go on with the number of terms.
 constexpr Algorithm log_algorithms[] = {
-    {"Machin 1", "Machin 1", "Machin 1"},
-    {"Machin 2", "Machin 2", "Machin 2"},
+    {"Machin 1", "Primary Machin-like Formula (", "",
+     machin_formula([](auto& engine, const MachinFormula& sum) { return log_by_machin(engine, sum); })},
+    {"Machin 2", "Secondary Machin-like Formula (", "",
+     machin_formula([](auto& engine, const MachinFormula& sum) { return log_by_machin(engine, sum); })},
 };
 
 constexpr Algorithm zeta3_algorithms[] = {
@@ -165,7 +169,7 @@ constexpr ConstantRow rows[] = {
      .parameter = {ParameterRule::from_2_to_high, 2147483647, "Log(n)"},
      .selectable = 2,
      .algorithms = log_algorithms,
-     .available = false,
+     .available = true,
      .make = make_log},
     {.id = constant_id::zeta3,
      .keywords = {"zeta(3)", "apery"},

@@ -77,7 +77,7 @@ void zlr_TableConstant::run_B(s32_t algorithm, RunTimeParameters& run) const {
 void zlr_TableConstant::carry_out(s32_t algorithm, StageMemory& memory) const {
     const Time start = Time::now();
     MemoryEngine engine(memory);
-    const HeapFloat number = find(algorithm)->formula.in_memory(engine, parameter_);
+    const HeapFloat number = find(algorithm)->formula.in_memory(engine, formula_input(algorithm));
     output_B(memory, row_.closing_name, start, number);
 }
 

@@ -27,7 +27,8 @@ class zlr_TableConstant : public zlr_Constant {
 
   protected:
     // Null for a number that the class does not know.
-    const Algorithm* find(s32_t algorithm) const;
+    virtual const Algorithm* find(s32_t algorithm) const;
+    virtual FormulaInput formula_input(s32_t) const { return {parameter_, nullptr}; }
     void set_parameter(u64_t parameter) { parameter_ = parameter; }
     u64_t parameter() const { return parameter_; }
 
