@@ -2,6 +2,7 @@
 
 #include "compute/run/digit_output.hpp"
 #include "compute/run/run_report.hpp"
+#include "shell/console.hpp"
 
 namespace znp {
 
@@ -39,6 +40,11 @@ HeapFloat MemoryEngine::sum(Number a, Number b) {
     b.free();
     out.settle();
     return out;
+}
+
+HeapFloat MemoryEngine::add_arccoth_term(Number so_far, u64_t x, s64_t coefficient) {
+    memory_.carry_out([](RunTimeParameters&) { Console::print_newline(); });
+    return sum(std::move(so_far), arccoth_term(x, coefficient));
 }
 
 void MemoryEngine::multiply(Number& x, cdi word) {

@@ -8,6 +8,7 @@
 
 #include <utility>
 
+#include "compute/engine/arccoth_term.hpp"
 #include "compute/engine/euler_gamma_stages.hpp"
 #include "compute/engine/newton_stages.hpp"
 #include "compute/engine/series_stage.hpp"
@@ -38,6 +39,10 @@ class MemoryEngine {
     Number quotient(Number numerator, Number denominator);
     Number product(Number a, Number b, bool half_length);
     Number sum(Number a, Number b);
+
+    // coefficient * ArcCoth(x) behind its line, and the same added to a sum.
+    Number arccoth_term(u64_t x, s64_t coefficient) { return arccoth_term_B(memory_, x, coefficient); }
+    Number add_arccoth_term(Number so_far, u64_t x, s64_t coefficient);
 
     EulerGammaSums euler_gamma_ab(u32_t m, upL_t w) { return euler_gamma_ab_B(memory_, m, w); }
     Number euler_gamma_c(u32_t m, upL_t w, const Number& S, const Number& R) {
