@@ -43,8 +43,12 @@ HeapFloat MemoryEngine::sum(Number a, Number b) {
 }
 
 HeapFloat MemoryEngine::add_arccoth_term(Number so_far, u64_t x, s64_t coefficient) {
-    memory_.carry_out([](RunTimeParameters&) { Console::print_newline(); });
+    leave_line();
     return sum(std::move(so_far), arccoth_term(x, coefficient));
+}
+
+void MemoryEngine::leave_line() {
+    memory_.carry_out([](RunTimeParameters&) { Console::print_newline(); });
 }
 
 void MemoryEngine::multiply(Number& x, cdi word) {
