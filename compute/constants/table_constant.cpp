@@ -77,8 +77,9 @@ void zlr_TableConstant::run_B(s32_t algorithm, RunTimeParameters& run) const {
 void zlr_TableConstant::carry_out(s32_t algorithm, StageMemory& memory) const {
     const Time start = Time::now();
     MemoryEngine engine(memory);
-    const HeapFloat number = find(algorithm)->formula.in_memory(engine, formula_input(algorithm));
-    output_B(memory, row_.closing_name, start, number);
+    const Algorithm& found = *find(algorithm);
+    const HeapFloat number = found.formula.in_memory(engine, formula_input(algorithm));
+    output_B(memory, found.closing_name == nullptr ? row_.closing_name : found.closing_name, start, number);
 }
 
 const Algorithm* zlr_TableConstant::find(s32_t algorithm) const {
