@@ -15,7 +15,7 @@ using namespace testing::sent;
 using testing::ProgramResult;
 using testing::TemporaryFolder;
 
-const std::string start = "\n" + required_features + W + "\n";
+const std::string& start = start_of_program;
 const std::string end = reset + "\n";
 
 const std::string disclaimer =
