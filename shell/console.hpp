@@ -100,6 +100,9 @@ u64_t parse_size(std::string_view line);
 u64_t read_size(char color = ' ');
 u64_t ask_size(const std::string& prompt, char color = 'G');
 
+// Asks for a memory limit, with what such an entry looks like; at most max_memory_bytes.
+u64_t ask_memory_limit();
+
 // Says that the input ended, resets the colour and exits with code 1.
 [[noreturn]] void end_of_input();
 

@@ -72,7 +72,7 @@ void output_B(StageMemory& memory, const char* name, const Time& start, const Bi
         run.stopwatch.stop();
         print_stage(name, start);
     });
-    const BigFloat digits = number.top_words(memory.settings().p);
+    const BigFloat digits = number.top_words(memory.settings().p, memory.threads());
     write_hex(memory, digits);
     convert_and_write_B(memory, digits);
 }
