@@ -185,7 +185,6 @@ TEST_F(Program, HardwareFeaturesOfTheAdvancedOptions) {
 
 TEST_F(Program, OtherAdvancedOptionsWaitForTheirEngine) {
     const std::string shown = menu + option_prompt + advanced_options + option_prompt;
-    expect({}, "5\n0\n", 1, shown + "\n" + not_there("The Log(n) Formula Generator"));
     expect({}, "5\n2\n", 1, shown + "\n" + not_there("The report of the Compilation Options"));
     expect({}, "5\n4\n-1\n3\n", 1,
            shown + option_prompt + option_prompt + "\n" + not_there("Test Swap Multiply"));
@@ -223,11 +222,6 @@ TEST_F(Program, CustomPiWithNoMoreWordsComputesAtOnce) {
     EXPECT_TRUE(result.stopped);
     EXPECT_NE(result.output.find("Constant:   " + G + "Pi" + W), std::string::npos);
     EXPECT_NE(result.output.find("Decimal Digits:       " + G + "50,000,000" + W), std::string::npos);
-}
-
-TEST_F(Program, CustomWithoutTheFormulaOfTheConstant) {
-    expect({"custom", "log:2147483647", "-algorithm:1", "-dec:1000"}, "", 1,
-           not_there("The computation of Log(2147483647)"));
 }
 
 TEST_F(Program, CustomWithAnUnknownKeyword) {

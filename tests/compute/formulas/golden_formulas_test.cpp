@@ -32,6 +32,11 @@ std::vector<Case> all_formulas() {
             if (row.id == constant_id::arccoth) {
                 cases.push_back({&row, algorithm, keyword + ":4294967295", 4294967295});
             }
+            if (row.id == constant_id::log) {
+                for (const u64_t n : {10u, 2147483647u}) {
+                    cases.push_back({&row, algorithm, keyword + ":" + std::to_string(n), n});
+                }
+            }
         }
     }
     return cases;
