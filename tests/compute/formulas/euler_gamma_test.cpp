@@ -160,11 +160,12 @@ TEST(EulerGamma, SeriesCIsSkippedWhereNIsLarge) {
 // Twiddle tables that stay wrong: the section of A and B fails, and fails again.
 TEST(EulerGammaDeathTest, SumsThatFailTwiceAreFatal) {
     constexpr u64_t dec = 20'000;
-    const testing::WrongTables tables(16 * testing::precision_of_digits(dec));
+    const testing::WrongTables tables(longest_product(testing::precision_of_digits(dec)));
     for (const bool refined : {false, true}) {
-        EngineRun driver(dec, 1, stages(exponent_for(dec), refined));
+        const testing::Stages sums = stages(exponent_for(dec), refined);
+        EngineRun driver(dec, 1, sums);
         driver.run.tables = tables.holder;
-        EXPECT_EXIT(testing::dying([&] { driver.carry_out(); }), ::testing::ExitedWithCode(1),
+        EXPECT_EXIT(testing::dying([&] { sums(driver.memory); }), ::testing::ExitedWithCode(1),
                     "Computation Failed");
     }
 }
@@ -173,7 +174,7 @@ TEST(EulerGamma, ASectionIsSummedOnceMore) {
     constexpr u64_t dec = 20'000;
     EngineRun right(dec, 1, stages(exponent_for(dec), true));
     right.carry_out();
-    const testing::WrongTables tables(16 * testing::precision_of_digits(dec), false);
+    const testing::WrongTables tables(longest_product(testing::precision_of_digits(dec)), false);
     EngineRun driver(dec, 1, stages(exponent_for(dec), true));
     driver.run.tables = tables.holder;
     driver.carry_out();
