@@ -155,6 +155,34 @@ TEST(EulerGamma, SeriesCIsSkippedWhereNIsLarge) {
     EXPECT_EQ(printed_by(1000, 13, false).find("Series C"), std::string::npos);
 }
 
+// ---- Faults
+
+// Twiddle tables that stay wrong: the section of A and B fails, and fails again.
+TEST(EulerGammaDeathTest, SumsThatFailTwiceAreFatal) {
+    constexpr u64_t dec = 20'000;
+    const testing::WrongTables tables(longest_product(testing::precision_of_digits(dec)));
+    for (const bool refined : {false, true}) {
+        const testing::Stages sums = stages(exponent_for(dec), refined);
+        EngineRun driver(dec, 1, sums);
+        driver.run.tables = tables.holder;
+        EXPECT_EXIT(testing::dying([&] { sums(driver.memory); }), ::testing::ExitedWithCode(1),
+                    "Computation Failed");
+    }
+}
+
+TEST(EulerGamma, ASectionIsSummedOnceMore) {
+    constexpr u64_t dec = 20'000;
+    EngineRun right(dec, 1, stages(exponent_for(dec), true));
+    right.carry_out();
+    const testing::WrongTables tables(longest_product(testing::precision_of_digits(dec)), false);
+    EngineRun driver(dec, 1, stages(exponent_for(dec), true));
+    driver.run.tables = tables.holder;
+    driver.carry_out();
+    EXPECT_NE(driver.printed.find("Multiplication Failure Re-attempting current block..."), std::string::npos)
+        << driver.printed;
+    EXPECT_EQ(testing::digit_residue(driver.number, dec), testing::digit_residue(right.number, dec));
+}
+
 // ---- The parameter's check
 
 std::string warning(const std::string& target, const std::string& limit) {

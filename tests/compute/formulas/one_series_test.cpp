@@ -62,22 +62,6 @@ TEST(OneSeries, ArcCothAgainstTheSumOfItsTerms) {
     }
 }
 
-// A coefficient below 0 reaches the series as c: the sign of the quotient flips and c's magnitude multiplies.
-TEST(OneSeries, ANegativeCoefficientFlipsTheSign) {
-    const auto times = [](s64_t c) {
-        return testing::stages_of(
-            [c](MemoryEngine& engine) { return engine.sum_series(ArcCoth(26), 1, 26, c); });
-    };
-    testing::EngineRun one(1000, 1, times(1)), minus_one(1000, 1, times(-1)), minus_18(1000, 1, times(-18));
-    for (testing::EngineRun* driver : {&one, &minus_one, &minus_18}) driver->carry_out();
-    EXPECT_EQ(one.number.get_sign(), 1);
-    EXPECT_EQ(minus_one.number.get_sign(), -1);
-    EXPECT_EQ(minus_18.number.get_sign(), -1);
-    EXPECT_EQ(ucmp(one.number, minus_one.number), 0);
-    one.number.mul_uW(18);
-    EXPECT_EQ(ucmp(one.number, minus_18.number), 0);
-}
-
 TEST(OneSeries, Lemniscate) {
     check("lemniscate", [](MemoryEngine& engine) { return lemniscate_by_gauss(engine); });
     check("lemniscate", [](MemoryEngine& engine) { return lemniscate_by_sebah(engine); });
