@@ -31,8 +31,8 @@ struct BenchmarkParameters {
 // The options up to the end of the command line.
 void apply_benchmark_options(BenchmarkParameters& parameters, CommandLine& line);
 
-// The settings of the run: Chudnovsky's formula, no hexadecimal digits, threads clipped with a warning. As
-// long as no size is chosen the digits are some.
+// The settings of the run: Chudnovsky's formula, no hexadecimal digits, threads clipped with a warning.
+// Without a size: the default digits.
 ComputeParameters benchmark_settings(const BenchmarkParameters& parameters);
 
 enum class BenchmarkVerdict {

@@ -100,9 +100,8 @@ void choose_compression(ComputeParameters& settings) {
     until_accepted([&] {
         if (format == 0) return settings.set_digits_per_file(0);
         if (format == 1) return settings.set_digits_per_file(~u64_t{0});
-        const u64_t most = settings.dec() != 0 ? settings.dec() : settings.hex();
         return settings.set_digits_per_file(
-            ask_number_between("Digits per file: ", ComputeParameters::min_digits_per_file, most));
+            ask_number_between("Digits per file: ", ComputeParameters::min_digits_per_file, settings.dec()));
     });
 }
 
@@ -137,7 +136,7 @@ void choose_mode(ComputeParameters& settings) {
     });
 }
 
-// What has still to come answers so, and the screen goes on.
+// What is still to come answers so, and the screen goes on.
 void tell_not_available(const char* what) {
     Console::print_error(not_available_text(what));
     Console::pause();

@@ -30,7 +30,7 @@ bool on_disk(const ComputeParameters& settings) {
     return settings.mode() == ComputeMode::swap;
 }
 
-// A negative amount for programs of 32 bits, which the estimates of one could be.
+// The amount is negative as a signed number. No estimate is, but the guard stands.
 bool cannot_start(const ComputeParameters& settings) {
     return settings.ML() >> 63 != 0;
 }
