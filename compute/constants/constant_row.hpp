@@ -42,7 +42,7 @@ struct Algorithm {
     const char* short_name;
     const char* name;
     const char* menu;
-    Formula formula = {};                // none: still to come
+    Formula formula;
     const char* closing_name = nullptr;  // null: that of the constant
 };
 
@@ -71,7 +71,6 @@ struct ConstantRow {
     ConstantParameter parameter = {};
     s32_t selectable;  // algorithms that can be chosen: the first ones
     std::span<const Algorithm> algorithms;
-    bool available;  // whether this version runs it
     std::unique_ptr<zlr_Constant> (*make)(const ConstantRow& row, u64_t parameter, upL_t p);
 };
 

@@ -21,7 +21,7 @@ std::string plain(const std::string& output) {
     }
     for (std::size_t at = 0; (at = text.find(" seconds\n", at)) != std::string::npos;) {
         const std::size_t number = text.find_last_not_of("0123456789.", at - 1) + 1;
-        text.replace(number, at - number, "#");
+        text.replace(number, at - number, 1, '#');
         at = number + 1;
     }
     return text;
