@@ -112,6 +112,10 @@ u64_t ask_memory_limit();
 // ignored.
 void reset_color_on_break();
 
+// From now on a crash (SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT) resets the colours and says in one line what
+// it is before it ends the process by the signal, unless somebody else takes care of it.
+void tell_crashes();
+
 // For signal handlers: resets the colours, and ends the process by the signal once the handler returns.
 void end_by_signal(int signal_number);
 
