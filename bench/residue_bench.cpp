@@ -1,11 +1,12 @@
-// The hashes of a number modulo 2^61 - 1: bytes of words a second. 256 KiB sit in the second-level cache; the
-// short lengths show the cost of a call, 64 MiB the speed of memory.
+// The hashes of a number modulo 2^61 - 1 and the guard residue: bytes of words a second. 256 KiB sit in the
+// second-level cache; the short lengths show the cost of a call, 64 MiB the speed of memory.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
 #include <random>
 #include <vector>
 
+#include "multiply/kernels/guard_residue.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "multiply/kernels/residue_reference.hpp"
 
@@ -47,6 +48,12 @@ BENCHMARK_CAPTURE(words64, hash_words64, hash_words64)
     ->Arg(640)
     ->Arg(cache_bytes)
     ->Arg(memory_bytes);
+BENCHMARK_CAPTURE(words64, guard_hash_words, guard::hash_words)
+    ->Arg(64)
+    ->Arg(640)
+    ->Arg(cache_bytes)
+    ->Arg(memory_bytes);
+BENCHMARK_CAPTURE(words64, guard_hash_words_reference, guard::hash_words_reference)->Arg(cache_bytes);
 BENCHMARK_CAPTURE(words32, hash_words32, hash_words32)->Arg(cache_bytes);
 BENCHMARK_CAPTURE(words64, hash_words64_reference, hash_words64_reference)->Arg(cache_bytes);
 BENCHMARK_CAPTURE(words32, hash_words32_reference, hash_words32_reference)->Arg(cache_bytes);

@@ -10,7 +10,8 @@
 
 namespace znp {
 
-// Faults repaired since the start of the process. Any thread.
+// Faults repaired since the start of the process, whoever repaired them: arithmetic, the output stages, and
+// files that rebuild what a drive has lost. Any thread.
 class RecoveredErrors {
   public:
     static u64_t count();

@@ -30,16 +30,17 @@ u64_t BigFloat::hash_error(u64_t threads) const {
     return guard::sub(residue_, words_residue(threads));
 }
 
-u64_t BigFloat::residue_between(s64_t low, s64_t high) const {
+u64_t BigFloat::residue_between(s64_t low, s64_t high, u64_t threads) const {
     const s64_t from = std::clamp(low, exp_, get_mag());
     const s64_t to = std::clamp(high, from, get_mag());
     if (from == to) return 0;
     if (from == exp_ && to == get_mag()) return residue_;
-    return guard::shift_words(guard::hash_words(T_ + (from - exp_), static_cast<upL_t>(to - from)), from);
+    const upL_t words = static_cast<upL_t>(to - from);
+    return guard::shift_words(guard::hash_words_by_threads(T_ + (from - exp_), words, threads), from);
 }
 
-u64_t BigFloat::residue_below(s64_t position) const {
-    return residue_between(exp_, position);
+u64_t BigFloat::residue_below(s64_t position, u64_t threads) const {
+    return residue_between(exp_, position, threads);
 }
 
 // ---- The view
@@ -103,16 +104,18 @@ void BigFloat::strip_l1s() {
     truncate_top(exp_ + s64(L));
 }
 
-BigFloat BigFloat::top_words(upL_t p) const {
+BigFloat BigFloat::top_words(upL_t p, u64_t threads) const {
     const upL_t dropped = L_ - kept_words(p);
     if (dropped == 0) return *this;
     const s64_t exp = exp_ + s64(dropped);
-    return BigFloat(T_ + dropped, L_ - dropped, exp, sign_, guard::sub(residue_, residue_below(exp)));
+    return BigFloat(T_ + dropped, L_ - dropped, exp, sign_,
+                    guard::sub(residue_, residue_below(exp, threads)));
 }
 
-BigFloat BigFloat::unproven_top_words(upL_t p) const {
+BigFloat BigFloat::unproven_top_words(upL_t p, u64_t threads) const {
     const upL_t dropped = L_ - kept_words(p);
-    return BigFloat(T_ + dropped, L_ - dropped, exp_ + s64(dropped), sign_);
+    const s64_t exp = exp_ + s64(dropped);
+    return BigFloat(T_ + dropped, L_ - dropped, exp, sign_, residue_between(exp, get_mag(), threads));
 }
 
 int ucmp(const BigFloat& a, const BigFloat& b) {

@@ -61,8 +61,8 @@ class BigFloat {
     u64_t hash_error(u64_t threads = 1) const;
     // The residue of the words below a position; from position low up to position high. All words have the
     // stored one.
-    u64_t residue_below(s64_t position) const;
-    u64_t residue_between(s64_t low, s64_t high) const;
+    u64_t residue_below(s64_t position, u64_t threads = 1) const;
+    u64_t residue_between(s64_t low, s64_t high, u64_t threads = 1) const;
 
     cdi word_at(s64_t position) const {
         return position >= exp_ && position < get_mag() ? T_[position - exp_] : 0;
@@ -83,12 +83,12 @@ class BigFloat {
     void shift_exp(s64_t n);            // times B^n
     void truncate_top(s64_t position);  // keeps only what lies below position
     void strip_l1s();  // an all-ones top (its first word may be one short) is removed word by word
-    // The top min(p + 2, L) words of the number, and their count.
-    BigFloat top_words(upL_t p) const;
+    // The top min(p + 2, L) words of the number, and their count. By threads: the residue of what is dropped.
+    BigFloat top_words(upL_t p, u64_t threads = 1) const;
     upL_t kept_words(upL_t p) const { return std::min(p + extra_precision, L_); }
     // The same with the residue of these words as they stand: where so much is dropped that its residue would
     // cost more, and the words are proven otherwise.
-    BigFloat unproven_top_words(upL_t p) const;
+    BigFloat unproven_top_words(upL_t p, u64_t threads = 1) const;
 
   protected:
     u64_t words_residue(u64_t threads) const;

@@ -30,8 +30,8 @@ constexpr upL_t transform_words(upL_t p) {
 }
 
 // Guard residue of the words of A from a position on, as a number.
-u64_t residue_from(const BigFloat& A, s64_t position) {
-    return guard::shift_words(guard::sub(A.get_residue(), A.residue_below(position)), -position);
+u64_t residue_from(const BigFloat& A, s64_t position, u64_t threads) {
+    return guard::shift_words(guard::sub(A.get_residue(), A.residue_below(position, threads)), -position);
 }
 
 // d = A - y0 B from the words below te of A, whose sign is given, and of the product. The two agree above but
@@ -74,7 +74,7 @@ void zlp_div_t9_B(const BasicParameters& bp, const transform& algorithm, BigFloa
     BigFloatR c = scratch.take(correction_words(h));
 
     show_step(status, " - 0M - ", h);
-    y0.set_mul(bp, A.top_words(h), r, h);
+    y0.set_mul(bp, A.top_words(h, bp.tds), r, h);
 
     show_step(status, " - 1M - ", h);
     const s64_t te = std::min(A.get_mag() - static_cast<s64_t>(h) + 3, A.get_mag());
@@ -87,7 +87,8 @@ void zlp_div_t9_B(const BasicParameters& bp, const transform& algorithm, BigFloa
     low_A.truncate_top(te);
     remainder(d, low_A, T, A.raw_sign(), te, h);
     // A and the product differ below te only, but for a carry into what lies above.
-    step.require_residue(product.holds(algorithm, residue_from(A, product.wrap_position(algorithm)), 1));
+    const u64_t above = residue_from(A, product.wrap_position(algorithm), bp.tds);
+    step.require_residue(product.holds(algorithm, above, 1));
 
     show_step(status, " - 2M - ", h);
     if (!d.is_zero()) set_correction(step, c, helper, d, h + 4, Operand(helper, helper.T2, r, h), h);
@@ -101,14 +102,14 @@ void zlm_div_t9_B(const BasicParameters& bp, BigFloatR& Q, const BigFloat& A, co
     if (p <= division_t9) {
         BigFloatR r = scratch.take(rcp_words(p));
         zlb_rcp_E(bp, r, B, p, scratch);
-        return Q.set_mul(bp, A.top_words(p), r, p + 1);
+        return Q.set_mul(bp, A.top_words(p, bp.tds), r, p + 1);
     }
     const upL_t h = half_precision(p);
     BigFloatR r = scratch.take(rcp_words(h));
     zlp_rcp_B(bp, r, B, h, scratch, status);
     TransformSlot slot;
     const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
-    zlp_div_t9_B(bp, algorithm, Q, A, B, r.top_words(h), p, scratch, status);
+    zlp_div_t9_B(bp, algorithm, Q, A, B, r.top_words(h, bp.tds), p, scratch, status);
 }
 
 }  // namespace znp

@@ -113,10 +113,15 @@ void ExactFloatR::set_LN(upL_t L, s64_t exp) {
 }
 
 void ExactFloatR::set_LN(upL_t L, s64_t exp, u64_t hash) {
+    set_LN(L, exp, hash, 0);
+    guard_ = words_guard(1);
+}
+
+void ExactFloatR::set_LN(upL_t L, s64_t exp, u64_t hash, u64_t guard) {
     L_ = normalised_length(T_, L);
     exp_ = exp;
     hash_ = hash;
-    guard_ = words_guard(1);
+    guard_ = guard;
 }
 
 void ExactFloatR::set_sum(upL_t L, const ExactFloat& b) {

@@ -87,6 +87,7 @@ class ExactFloatR : public FloatR<ExactFloat> {
     void set_L(upL_t L, s64_t exp);
     void set_LN(upL_t L, s64_t exp);
     void set_LN(upL_t L, s64_t exp, u64_t hash);  // the guard residue is that of the words
+    void set_LN(upL_t L, s64_t exp, u64_t hash, u64_t guard);
     void rehash();
     // The caller has added b to the words, which are L now.
     void set_sum(upL_t L, const ExactFloat& b);

@@ -38,7 +38,7 @@ void small_chain(const BasicParameters& bp, BigFloatR& y, u64_t x, upL_t p, Scra
     const upL_t h = half_precision(p);
     BigFloatR estimate = small.take_estimate(scratch, h, spare_words);
     small_chain(bp, estimate, x, h, scratch);
-    const BigFloat y0 = estimate.top_words(h);
+    const BigFloat y0 = estimate.top_words(h, bp.tds);
 
     BigFloatR& T = y;  // y's buffer is free until the end
     T.set_sqr(bp, y0, p);
@@ -59,7 +59,7 @@ void chain(const BasicParameters& bp, BigFloatR& y, u64_t x, upL_t p, Scratch sc
     chain(bp, estimate, x, h, scratch, status);
     TransformSlot slot;
     const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
-    invsqrt_step(bp, algorithm, y, x, estimate.top_words(h), p, scratch, status);
+    invsqrt_step(bp, algorithm, y, x, estimate.top_words(h, bp.tds), p, scratch, status);
 }
 
 // 0, or 2 for a chain that fails.

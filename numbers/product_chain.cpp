@@ -103,7 +103,7 @@ struct TruncatedKind {
     }
 
     static void alone(const BasicParameters& bp, const Product& x) {
-        x.out.set_mul(bp, x.a.top_words(x.p), x.b.top_words(x.p), x.p);
+        x.out.set_mul(bp, x.a.top_words(x.p, bp.tds), x.b.top_words(x.p, bp.tds), x.p);
     }
 
     static Transform forward(Chain chain, const Number& x, const TransformHelper& helper, Image* image) {

@@ -43,10 +43,10 @@ void zlb_rcp_E(const BasicParameters& bp, BigFloatR& y, const BigFloat& x, upL_t
     const upL_t h = half_precision(p);
     BigFloatR estimate = small.take_estimate(scratch, h, spare_words);
     zlb_rcp_E(bp, estimate, x, h, scratch);
-    const BigFloat y0 = estimate.top_words(h);
+    const BigFloat y0 = estimate.top_words(h, bp.tds);
 
     BigFloatR& T = y;  // y's buffer is free until the end
-    T.set_mul(bp, x.unproven_top_words(p), y0, p + 1);
+    T.set_mul(bp, x.unproven_top_words(p, bp.tds), y0, p + 1);
     const bool under = small.is_under(T.word_at(0), 1);
     small.take_distance(T, under, 0, 2 - static_cast<s64_t>(h), h);
     if (T.is_zero()) return y.set_gfp(y0, p);
@@ -63,7 +63,7 @@ void rcp_step(const BasicParameters& bp, const transform& algorithm, BigFloatR& 
     show_step(status, " - 0M - ", h);
     const TransformHelper helper(bp, algorithm);
     const Operand Y0(helper, helper.T2, y0, h);
-    Operand X(helper, helper.T1, x.unproven_top_words(p), p);
+    Operand X(helper, helper.T1, x.unproven_top_words(p, bp.tds), p);
     BigFloatR& T = y;
     const ProductCheck product = checked_mul(T, helper, X, Y0, te, p);
     // 2: an estimate with a top word of 1 may be so many units of its last word short.
@@ -86,7 +86,7 @@ void zlp_rcp_B(const BasicParameters& bp, BigFloatR& y, const BigFloat& x, upL_t
     zlp_rcp_B(bp, estimate, x, h, scratch, status);
     TransformSlot slot;
     const transform& algorithm = make_transform<cdi>(bp, slot, transform_words(p));
-    rcp_step(bp, algorithm, y, x, estimate.top_words(h), p, scratch, status);
+    rcp_step(bp, algorithm, y, x, estimate.top_words(h, bp.tds), p, scratch, status);
 }
 
 }  // namespace znp

@@ -139,7 +139,7 @@ class TruncatedArithmetic {
         multiply_chain(bp_, std::array<Product, sizeof...(products)>{products...}, transforms);
     }
     void multiply_one(BigFloatR& out, const BigFloat& a, const BigFloat& b) const {
-        out.set_mul(bp_, a.top_words(p_), b.top_words(p_), p_);
+        out.set_mul(bp_, a.top_words(p_, bp_.tds), b.top_words(p_, bp_.tds), p_);
     }
     void add(BigFloatR& out, const BigFloat& a, const BigFloat& b) const { out.set_add(a, b, p_); }
     void move(BigFloatR& out, const BigFloat& x) const { out.set_gfp(x, p_); }

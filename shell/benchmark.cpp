@@ -2,9 +2,11 @@
 
 #include <array>
 
+#include "compute/run/run.hpp"
 #include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
 #include "foundation/threads.hpp"
+#include "shell/benchmark_menu.hpp"
 #include "shell/console.hpp"
 #include "shell/option_table.hpp"
 #include "shell/option_values.hpp"
@@ -78,9 +80,23 @@ void require(const char* refusal) {
     if (refusal != nullptr) fatal_exit(refusal);
 }
 
-[[noreturn]] void run_benchmark(const BenchmarkParameters& parameters) {
-    benchmark_settings(parameters);
-    not_available_yet("The computation of the benchmark");
+void print_verdict(BenchmarkVerdict verdict) {
+    switch (verdict) {
+        case BenchmarkVerdict::failed:
+            Console::println("Benchmark Failed. The digits are not correct. Please check your hardware.",
+                             'R');
+            break;
+        case BenchmarkVerdict::recovered:
+            Console::println(
+                "The digits are correct, but errors were detected and fixed via ECC.\n"
+                "As a computation, it is successful. But as a benchmark, it fails.",
+                'R');
+            break;
+        case BenchmarkVerdict::successful:
+            Console::println("Benchmark Successful. The digits appear to be OK.", 'G');
+            break;
+    }
+    Console::set_color('w');
 }
 
 }  // namespace
@@ -111,10 +127,27 @@ ComputeParameters benchmark_settings(const BenchmarkParameters& parameters) {
     ComputeParameters settings;
     require(settings.choose_constant(constant_id::pi, 0));
     require(settings.set_algorithm(0));
-    require(settings.set_dec(parameters.size->digits));
+    if (parameters.size != nullptr) require(settings.set_dec(parameters.size->digits));
     settings.set_hex(0);
     settings.set_threads(clip_threads_with_warning(parameters.threads));
     return settings;
+}
+
+BenchmarkVerdict judge_benchmark(const BenchmarkSize& size, std::string_view last_digits,
+                                 u64_t recovered_errors) {
+    constexpr upL_t judged = 10;
+    const u64_t number =
+        last_digits.size() < judged ? 0 : parse_u64(last_digits.substr(last_digits.size() - judged));
+    if (number != size.last_ten_digits) return BenchmarkVerdict::failed;
+    return recovered_errors != 0 ? BenchmarkVerdict::recovered : BenchmarkVerdict::successful;
+}
+
+void run_benchmark(const BenchmarkParameters& parameters) {
+    const ComputeParameters settings = benchmark_settings(parameters);
+    std::array<char, last_digits_bytes> last_digits{};
+    const u64_t recovered_errors = run(settings, last_digits.data());
+    Console::print_newline();
+    print_verdict(judge_benchmark(*parameters.size, last_digits.data(), recovered_errors));
 }
 
 int benchmark_command(CommandLine& line) {
@@ -129,10 +162,7 @@ int benchmark_command(CommandLine& line) {
         return 1;
     }
     run_benchmark(parameters);
-}
-
-void benchmark_menu(BenchmarkParameters&) {
-    not_available_yet("The benchmark menu");
+    return 0;
 }
 
 }  // namespace znp

@@ -32,9 +32,22 @@ struct BenchmarkParameters {
 void apply_benchmark_options(BenchmarkParameters& parameters, CommandLine& line);
 
 // The settings of the run: Chudnovsky's formula, no hexadecimal digits, threads clipped with a warning.
+// Without a size: the default digits.
 ComputeParameters benchmark_settings(const BenchmarkParameters& parameters);
 
+enum class BenchmarkVerdict {
+    failed,     // the digits are wrong
+    recovered,  // they are right, but only because faults were noticed and repaired
+    successful,
+};
+
+// last_digits: as the run hands them out, of which the last ten count; fewer are the number 0.
+BenchmarkVerdict judge_benchmark(const BenchmarkSize& size, std::string_view last_digits,
+                                 u64_t recovered_errors);
+
+// The run and its verdict, on the screen.
+void run_benchmark(const BenchmarkParameters& parameters);
+
 int benchmark_command(CommandLine& line);
-void benchmark_menu(BenchmarkParameters& parameters);
 
 }  // namespace znp

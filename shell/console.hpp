@@ -100,6 +100,9 @@ u64_t parse_size(std::string_view line);
 u64_t read_size(char color = ' ');
 u64_t ask_size(const std::string& prompt, char color = 'G');
 
+// Asks for a memory limit, with what such an entry looks like; at most max_memory_bytes.
+u64_t ask_memory_limit();
+
 // Says that the input ended, resets the colour and exits with code 1.
 [[noreturn]] void end_of_input();
 
@@ -108,6 +111,10 @@ u64_t ask_size(const std::string& prompt, char color = 'G');
 // From now on SIGINT and SIGTERM reset the colours before they end the process; one that is ignored stays
 // ignored.
 void reset_color_on_break();
+
+// From now on a crash (SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT) resets the colours and says in one line what
+// it is before it ends the process by the signal, unless somebody else takes care of it.
+void tell_crashes();
 
 // For signal handlers: resets the colours, and ends the process by the signal once the handler returns.
 void end_by_signal(int signal_number);

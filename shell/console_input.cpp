@@ -1,4 +1,5 @@
 // The console's input side: lines, pauses, and the numbers and sizes that a user types.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cwchar>
@@ -7,6 +8,7 @@
 
 #include "foundation/byte_size.hpp"
 #include "foundation/fatal.hpp"
+#include "foundation/memory.hpp"
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
 
@@ -121,6 +123,12 @@ u64_t read_size(char color) {
 u64_t ask_size(const std::string& prompt, char color) {
     print(prompt, 'w');
     return read_size(color);
+}
+
+u64_t ask_memory_limit() {
+    println("Please Select a Memory Cap:\n", 'w');
+    println("Enter a memory limit: (e.g. 768MB, 2.5GB, etc...)");
+    return std::min(ask_size("Bytes: "), max_memory_bytes);
 }
 
 void end_of_input() {

@@ -4,9 +4,9 @@
 
 #include "compute/constants/constant_row.hpp"
 #include "compute/run/run.hpp"
-#include "foundation/fatal.hpp"
 #include "foundation/strings.hpp"
 #include "shell/console.hpp"
+#include "shell/custom_menu.hpp"
 #include "shell/number_forms.hpp"
 #include "shell/option_table.hpp"
 #include "shell/option_values.hpp"
@@ -107,10 +107,6 @@ int custom_command(CommandLine& line) {
     apply_custom_options(settings, line);
     run(settings);
     return 0;
-}
-
-void custom_menu(ComputeParameters&) {
-    not_available_yet("The custom computation screen");
 }
 
 }  // namespace znp

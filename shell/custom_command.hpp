@@ -14,6 +14,5 @@ int choose_constant_by_keyword(ComputeParameters& settings, const CommandLine& l
 void apply_custom_options(ComputeParameters& settings, CommandLine& line);
 
 int custom_command(CommandLine& line);
-void custom_menu(ComputeParameters& settings);
 
 }  // namespace znp

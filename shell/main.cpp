@@ -46,6 +46,7 @@ int run_program(int argc, const char* const* argv) {
 int main(int argc, char** argv) {
     znp::open_missing_standard_streams();
     znp::Console::reset_color_on_break();
+    znp::Console::tell_crashes();
     znp::Console::print_newline();
     const int status = znp::run_program(argc, argv);
     znp::Console::reset_color();

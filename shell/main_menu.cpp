@@ -3,9 +3,9 @@
 #include <array>
 
 #include "shell/advanced_options.hpp"
-#include "shell/benchmark.hpp"
+#include "shell/benchmark_menu.hpp"
 #include "shell/console.hpp"
-#include "shell/custom_command.hpp"
+#include "shell/custom_menu.hpp"
 #include "shell/io_command.hpp"
 #include "shell/screens.hpp"
 #include "shell/stress_command.hpp"

@@ -51,6 +51,35 @@ class DigitOracle {
         add_arctan(4, 239, true);
         return *this;
     }
+    DigitOracle& arccoth(unsigned long n) {  // the sum of 1 / ((2k + 1) n^(2k + 1))
+        mpz_t power, term;
+        set_one(power);
+        mpz_init(term);
+        mpz_set_ui(x_, 0);
+        mpz_fdiv_q_ui(power, power, n);
+        for (unsigned long k = 1; mpz_sgn(power) != 0; k += 2) {
+            mpz_fdiv_q_ui(term, power, k);
+            mpz_add(x_, x_, term);
+            mpz_fdiv_q_ui(power, power, n);
+            mpz_fdiv_q_ui(power, power, n);
+        }
+        mpz_clears(power, term, nullptr);
+        return *this;
+    }
+    // The number that is given by more decimal digits than will be asked for.
+    DigitOracle& decimal(std::string text) {
+        const std::size_t point = text.find('.');
+        const auto digits = static_cast<unsigned long>(text.size() - point - 1);
+        text.erase(point, 1);
+        mpz_t scale;
+        mpz_init(scale);
+        mpz_ui_pow_ui(scale, 10, digits);
+        mpz_set_str(x_, text.c_str(), 10);
+        mpz_mul_2exp(x_, x_, bits_);
+        mpz_fdiv_q(x_, x_, scale);
+        mpz_clear(scale);
+        return *this;
+    }
 
     // The integer part, a point, and so many digits.
     std::string text(unsigned long digits, int radix = 10) const {
@@ -63,6 +92,7 @@ class DigitOracle {
         mpz_get_str(buffer.data(), radix, scale);
         mpz_clear(scale);
         std::string result(buffer.data());
+        if (result.size() <= digits) result.insert(0, digits + 1 - result.size(), '0');
         result.insert(result.end() - static_cast<std::ptrdiff_t>(digits), '.');
         return result;
     }

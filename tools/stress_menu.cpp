@@ -1,9 +1,7 @@
 // The interactive screen of the stress tester.
 
-#include <algorithm>
 #include <string>
 
-#include "foundation/memory.hpp"
 #include "foundation/threads.hpp"
 #include "shell/console.hpp"
 #include "tools/stress_run.hpp"
@@ -74,18 +72,12 @@ void print_screen(const stress_settings& settings) {
     Console::set_color('w');
 }
 
-void ask_memory(stress_settings& settings) {
-    Console::println("Please Select a Memory Cap:\n", 'w');
-    Console::println("Enter a memory limit: (e.g. 768MB, 2.5GB, etc...)");
-    settings.memory = std::min(Console::ask_size("Bytes: "), max_memory_bytes);
-}
-
 void apply_option(stress_settings& settings, s64_t option) {
     constexpr s64_t most_threads = static_cast<s64_t>(max_threads);
     constexpr s64_t most_seconds = 1'000'000'000;
     switch (option) {
         case 1:
-            ask_memory(settings);
+            settings.memory = Console::ask_memory_limit();
             break;
         case 2:
             settings.threads = static_cast<u64_t>(Console::ask_int_range("Threads = ", 1, most_threads));

@@ -42,7 +42,8 @@ struct Algorithm {
     const char* short_name;
     const char* name;
     const char* menu;
-    Formula formula = {};  // none: still to come
+    Formula formula;
+    const char* closing_name = nullptr;  // null: that of the constant
 };
 
 enum class ParameterRule {
@@ -63,14 +64,13 @@ struct ConstantRow {
     std::array<std::string_view, 2> keywords;  // on the command line; the second one may be empty
     const char* short_name;                    // without the parameter
     const char* name = nullptr;                // on the screen; null: the short one
-    const char* closing_name;                  // of the line that closes the formula
+    const char* closing_name;                  // of the line that closes a formula
     char color;                                // in the menu, too
     std::string_view menu_group = {};          // empty: not in the menu
     const char* menu_line = nullptr;
     ConstantParameter parameter = {};
     s32_t selectable;  // algorithms that can be chosen: the first ones
     std::span<const Algorithm> algorithms;
-    bool available;  // whether this version runs it
     std::unique_ptr<zlr_Constant> (*make)(const ConstantRow& row, u64_t parameter, upL_t p);
 };
 

@@ -57,7 +57,6 @@ bool zlr_TableConstant::get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64
     const Algorithm* const found = find(algorithm);
     if (found == nullptr) return false;
     if (p == 0) return true;
-    if (found->formula.in_memory == nullptr) return false;
     check_precision(p);
     bytes = count_bytes(estimated_run(p, digits, threads), operand_margin,
                         [&](StageMemory& memory) { carry_out(algorithm, memory); });
@@ -65,11 +64,10 @@ bool zlr_TableConstant::get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64
 }
 
 bool zlr_TableConstant::runs_B(s32_t algorithm) const {
-    return row_.available && find(algorithm) != nullptr;
+    return find(algorithm) != nullptr;
 }
 
 void zlr_TableConstant::run_B(s32_t algorithm, RunTimeParameters& run) const {
-    if (!runs_B(algorithm)) not_available_yet("The computation of " + get_short_name());
     StageMemory memory(run);
     carry_out(algorithm, memory);
 }
@@ -77,8 +75,9 @@ void zlr_TableConstant::run_B(s32_t algorithm, RunTimeParameters& run) const {
 void zlr_TableConstant::carry_out(s32_t algorithm, StageMemory& memory) const {
     const Time start = Time::now();
     MemoryEngine engine(memory);
-    const HeapFloat number = find(algorithm)->formula.in_memory(engine, formula_input(algorithm));
-    output_B(memory, row_.closing_name, start, number);
+    const Algorithm& found = *find(algorithm);
+    const HeapFloat number = found.formula.in_memory(engine, formula_input(algorithm));
+    output_B(memory, found.closing_name == nullptr ? row_.closing_name : found.closing_name, start, number);
 }
 
 const Algorithm* zlr_TableConstant::find(s32_t algorithm) const {

@@ -17,7 +17,6 @@ class zlr_TableConstant : public zlr_Constant {
     std::string get_algorithm_name(s32_t algorithm, upL_t p) const override;
     std::string get_algorithm_menu(s32_t algorithm, upL_t p) const override;
 
-    // False, and nothing said, where the formula is still to come.
     bool get_memory_B(s32_t algorithm, upL_t p, u64_t digits, u64_t threads, upL_t& bytes) const override;
     bool runs_B(s32_t algorithm) const override;
     void run_B(s32_t algorithm, RunTimeParameters& run) const override;

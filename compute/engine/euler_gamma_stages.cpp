@@ -1,10 +1,16 @@
 #include "compute/engine/euler_gamma_stages.hpp"
 
+#include <cmath>
+
 #include "compute/engine/newton_stages.hpp"
 #include "compute/engine/series_stage.hpp"
+#include "compute/run/recovery.hpp"
+#include "foundation/fatal.hpp"
+#include "foundation/repeat_once.hpp"
 #include "multiply/dispatch.hpp"
 #include "series/catalogue.hpp"
 #include "series/euler_gamma_ab.hpp"
+#include "shell/console.hpp"
 
 namespace znp {
 
@@ -21,7 +27,7 @@ struct ABSum {
 ABSum sum_ab(StageMemory& memory, StageLines& lines, u32_t m) {
     const Series_EulerGamma_BM_AB series(m);
     const PSRPlan plan = make_ab_plan(series, memory.settings().p, 1.0);
-    lines.print_terms(plan.back().b - plan.front().a);
+    lines.print_terms(plan.back().b - plan.front().a, " #S");
     lines.start("Summing: ");
     const ABSumSizes sizes = ab_sum_sizes(series, plan, memory.threads());
     ABSum sum;
@@ -31,10 +37,23 @@ ABSum sum_ab(StageMemory& memory, StageLines& lines, u32_t m) {
     const auto nodes = memory.array<cdi>(sizes.nodes);
     const auto work = memory.work(sizes.work_bytes);
     memory.carry_out([&](RunTimeParameters& run) {
-        B_PSR(run.arithmetic(work.get(), work.size), series, plan, sum.T, sum.Q, sum.R, nodes.get(),
-              &run.events, lines.status());
+        try {
+            B_PSR(run.arithmetic(work.get(), work.size), series, plan, sum.T, sum.Q, sum.R, nodes.get(),
+                  &run.events, lines.status());
+        } catch (const ArithmeticFailure&) {  // it has told what it found
+            fatal_exit("Computation Failed");
+        }
     });
     return sum;
+}
+
+// Products behind a sum; once more where one fails its check.
+template <class Products>
+void finish_series(StageMemory& memory, RunTimeParameters& run, const BigFloat& a, const BigFloat& b,
+                   Products products) {
+    repeat_once(
+        products, [&] { return a.hash_error(memory.threads()) == 0 && b.hash_error(memory.threads()) == 0; },
+        [&] { announce_reattempt(run, "Finishing Series Failed - Reattempting..."); });
 }
 
 // A copy of the top words, for the refinement.
@@ -45,6 +64,23 @@ HeapFloat cut(StageMemory& memory, const BigFloat& x, upL_t w) {
 }
 
 }  // namespace
+
+void check_parameter(StageMemory& memory, u32_t k) {
+    memory.carry_out([&](RunTimeParameters& run) {
+        const double limit = std::ldexp(4 * digits_per_nat, static_cast<int>(k));
+        const u64_t target = run.settings.dec;
+        if (static_cast<double>(target) <= limit) return;
+        constexpr upL_t width = 10;
+        const auto digits = [](u64_t count) {
+            return Console::format_int(count, Console::IntFormat::commas) + " digits";
+        };
+        Console::println("Warning:", 'R');
+        Console::println("The current parameter is too small to meet the target precision.");
+        Console::print_field_line(width, "Target:", digits(target), 'Y');
+        Console::print_field_line(width, "Limit:", digits(static_cast<u64_t>(limit)), 'Y');
+        Console::print_newline();
+    });
+}
 
 // S = Q^2, D = Q (R + S). What is kept of S and R + S takes the room of Q and R.
 EulerGammaSums euler_gamma_ab_B(StageMemory& memory, u32_t m, upL_t w) {
@@ -62,10 +98,16 @@ EulerGammaSums euler_gamma_ab_B(StageMemory& memory, u32_t m, upL_t w) {
         memory.carry_out([&](RunTimeParameters& run) {
             run.events.add("Finishing Series");
             const BigFloat Q = sum.Q.top_words(p);
-            const VerifiedFactor factor(run.arithmetic(work.get(), work.size), Q, p + extra_precision + 1);
-            factor.multiply(S, Q, p);
-            RS.set_add(sum.R, S, p);
-            factor.multiply(result.D, RS, p);
+            finish_series(memory, run, Q, sum.R, [&] {
+                const VerifiedFactor factor(run.arithmetic(work.get(), work.size), Q,
+                                            p + extra_precision + 1);
+                lines.show("Finalizing: Q^2: ");
+                factor.multiply(S, Q, p);
+                lines.show("Finalizing: R + S: ");
+                RS.set_add(sum.R, S, p);
+                lines.show("Finalizing: Q * (R + S): ");
+                factor.multiply(result.D, RS, p);
+            });
         });
     }
     sum.Q.free();
@@ -88,7 +130,7 @@ HeapFloat euler_gamma_c_B(StageMemory& memory, u32_t m, upL_t w, const BigFloat&
     HeapFloat U, V;
     {
         const EulerGamma_BM_C series(m);
-        StageLines lines(memory, "Summing Series C...  ", "Summing Series C");
+        StageLines lines(memory, "\nSumming Series C...  ", "Summing Series C");
         SeriesSum sum = sum_plan_B(memory, lines, series, make_psr_plan(series, w, 1.0, 0, memory.threads()));
         const upL_t words = number_words(memory.room(w));
         U = memory.number(words);
@@ -98,13 +140,16 @@ HeapFloat euler_gamma_c_B(StageMemory& memory, u32_t m, upL_t w, const BigFloat&
         const auto work = memory.work(product_work(memory.room(w), memory.threads()));
         memory.carry_out([&](RunTimeParameters& run) {
             const BasicParameters bp = run.arithmetic(work.get(), work.size);
-            PQ.set_add(sum.P, sum.Q, w);
-            VerifiedFactor(bp, S, S.get_L()).multiply(square, S, w);
-            VerifiedFactor(bp, PQ, square.get_L()).multiply(U, square, w);
-            VerifiedFactor(bp, R, R.get_L()).multiply(square, R, w);
-            VerifiedFactor(bp, sum.Q.top_words(w), square.get_L()).multiply(V, square, w);
-            V.mul_uW(cdi{1} << (m + 2) % 64);
-            V.shift_exp((m + 2) / 64);
+            const auto multiply_all = [&] {
+                PQ.set_add(sum.P, sum.Q, w);
+                VerifiedFactor(bp, S, S.get_L()).multiply(square, S, w);
+                VerifiedFactor(bp, PQ, square.get_L()).multiply(U, square, w);
+                VerifiedFactor(bp, R, R.get_L()).multiply(square, R, w);
+                VerifiedFactor(bp, sum.Q.top_words(w), square.get_L()).multiply(V, square, w);
+                V.mul_uW(cdi{1} << (m + 2) % 64);
+                V.shift_exp((m + 2) / 64);
+            };
+            finish_series(memory, run, S, R, multiply_all);
         });
         lines.finish();
     }
@@ -115,6 +160,10 @@ HeapFloat euler_gamma_c_B(StageMemory& memory, u32_t m, upL_t w, const BigFloat&
     V.free();
     out.settle();
     return out;
+}
+
+void skip_euler_gamma_c_B(StageMemory& memory) {
+    memory.carry_out([](RunTimeParameters&) { Console::println("\nSumming Series C...  skipped"); });
 }
 
 }  // namespace znp

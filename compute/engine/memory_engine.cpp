@@ -43,8 +43,12 @@ HeapFloat MemoryEngine::sum(Number a, Number b) {
 }
 
 HeapFloat MemoryEngine::add_arccoth_term(Number so_far, u64_t x, s64_t coefficient) {
-    memory_.carry_out([](RunTimeParameters&) { Console::print_newline(); });
+    leave_line();
     return sum(std::move(so_far), arccoth_term(x, coefficient));
+}
+
+void MemoryEngine::leave_line() {
+    memory_.carry_out([](RunTimeParameters&) { Console::print_newline(); });
 }
 
 void MemoryEngine::multiply(Number& x, cdi word) {
@@ -68,7 +72,7 @@ void output_B(StageMemory& memory, const char* name, const Time& start, const Bi
         run.stopwatch.stop();
         print_stage(name, start);
     });
-    const BigFloat digits = number.top_words(memory.settings().p);
+    const BigFloat digits = number.top_words(memory.settings().p, memory.threads());
     write_hex(memory, digits);
     convert_and_write_B(memory, digits);
 }

@@ -6,12 +6,14 @@
 // place. Numbers that are moved into a stage are gone when it ends. All numbers have the run's precision.
 #pragma once
 
+#include <string>
 #include <utility>
 
 #include "compute/engine/arccoth_term.hpp"
 #include "compute/engine/euler_gamma_stages.hpp"
 #include "compute/engine/newton_stages.hpp"
 #include "compute/engine/series_stage.hpp"
+#include "compute/engine/stage_lines.hpp"
 #include "foundation/time.hpp"
 
 namespace znp {
@@ -44,10 +46,16 @@ class MemoryEngine {
     Number arccoth_term(u64_t x, s64_t coefficient) { return arccoth_term_B(memory_, x, coefficient); }
     Number add_arccoth_term(Number so_far, u64_t x, s64_t coefficient);
 
+    void check_parameter(u32_t k) { znp::check_parameter(memory_, k); }
     EulerGammaSums euler_gamma_ab(u32_t m, upL_t w) { return euler_gamma_ab_B(memory_, m, w); }
     Number euler_gamma_c(u32_t m, upL_t w, const Number& S, const Number& R) {
         return euler_gamma_c_B(memory_, m, w, S, R);
     }
+    void skip_euler_gamma_c() { skip_euler_gamma_c_B(memory_); }
+
+    // The line of a term, on the console and in the log, in front of its stages; behind a blank one.
+    void tell_term(const std::string& text) { znp::tell_term(memory_, text); }
+    void leave_line();
 
     // ---- Steps in place; a number from a stage has room for a product with a word and a carry
 

@@ -11,17 +11,21 @@ StageLines::StageLines(StageMemory& memory, const char* title, const char* event
     });
 }
 
-void StageLines::print_terms(u64_t terms) {
+void StageLines::print_terms(u64_t terms, const char* marker) {
     memory_.carry_out([&](RunTimeParameters&) {
         Console::print(Console::format_int(terms, Console::IntFormat::commas), 'G');
         Console::set_color('w');
-        Console::print(" terms");
+        Console::print(std::string(" terms") + marker);
     });
 }
 
 void StageLines::start(const char* label) {
+    memory_.carry_out([](RunTimeParameters&) { Console::print_newline(); });
+    show(label);
+}
+
+void StageLines::show(const char* label) {
     memory_.carry_out([&](RunTimeParameters&) {
-        Console::print_newline();
         status_.set_label(label);
         status_.update(StatusLine::Update::force);
     });
@@ -29,6 +33,13 @@ void StageLines::start(const char* label) {
 
 void StageLines::finish() {
     memory_.carry_out([&](RunTimeParameters&) { Console::print_elapsed(status_, 'T'); });
+}
+
+void tell_term(StageMemory& memory, const std::string& text) {
+    memory.carry_out([&](RunTimeParameters& run) {
+        Console::println(text);
+        run.events.add(text);
+    });
 }
 
 }  // namespace znp

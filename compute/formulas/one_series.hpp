@@ -2,6 +2,9 @@
 // constant. The numbers belong to the terms of the series (series/catalogue.hpp), where their sources stand.
 #pragma once
 
+#include <string>
+
+#include "foundation/strings.hpp"
 #include "series/catalogue.hpp"
 
 namespace znp {
@@ -33,11 +36,20 @@ typename Engine::Number catalan_by_huvent(Engine& engine) {
                                   {.nQ = 469137217, .nP = 1334025, .subtract = false, .dQ = 512265600});
 }
 
+// factor * ArcSinlemn(n/d), behind its line.
+template <class Engine>
+typename Engine::Number arc_sinlemn_term(Engine& engine, s64_t factor, u64_t n, u64_t d) {
+    engine.tell_term(std::to_string(factor) + " * ArcSinlemn( " + to_string_u64(n) + " / " +
+                     to_string_u64(d) + " )");
+    return engine.sum_series(ArcSinlemn(n, d), 1, d, factor * static_cast<s64_t>(n));
+}
+
 // 8 ArcSinlemn(n/d) + factor ArcSinlemn(7/d7).
 template <class Engine>
 typename Engine::Number lemniscate(Engine& engine, u64_t n, u64_t d, s64_t factor, u64_t d7) {
-    auto first = engine.sum_series(ArcSinlemn(n, d), 1, d, 8 * static_cast<s64_t>(n));
-    auto second = engine.sum_series(ArcSinlemn(7, d7), 1, d7, 7 * factor);
+    auto first = arc_sinlemn_term(engine, 8, n, d);
+    engine.leave_line();
+    auto second = arc_sinlemn_term(engine, factor, 7, d7);
     return engine.sum(std::move(first), std::move(second));
 }
 

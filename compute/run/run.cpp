@@ -124,12 +124,13 @@ RunTimeParameters run_in_block(const ComputeParameters& settings, upL_t working_
     return run;
 }
 
-void run(const ComputeParameters& settings, char* last_digits_out) {
+u64_t run(const ComputeParameters& settings, char* last_digits_out) {
     const RunTimeParameters state = run_in_block(settings, settings.ML() + working_memory_margin);
     if (last_digits_out != nullptr) {
         const upL_t count = state.last_digits.copy(last_digits_out, last_digits_bytes - 1);
         last_digits_out[count] = '\0';
     }
+    return state.recovered_errors();
 }
 
 }  // namespace znp

@@ -19,8 +19,10 @@ inline constexpr upL_t working_memory_margin = 0x100020;
 // Bytes that the run hands its last digits out in, the closing zero included.
 inline constexpr upL_t last_digits_bytes = 104;
 
-// last_digits_out, if not null: last_digits_bytes that receive the last digits (up to 100) as text.
-void run(const ComputeParameters& settings, char* last_digits_out = nullptr);
+// last_digits_out, if not null: last_digits_bytes that receive the last digits (up to 100) as text. Gives the
+// number of faults that the run has noticed and repaired, wherever they were: its digits are right, but the
+// machine is not.
+u64_t run(const ComputeParameters& settings, char* last_digits_out = nullptr);
 
 // The same in a block of working_bytes, for tests of the memory plan. Gives back the state at the end of the
 // run, whose heap and tables are released.

@@ -106,7 +106,7 @@ const char* ComputeParameters::set_mode(u64_t number) {
 
 void ComputeParameters::set_memory_limit(u64_t bytes) {
     memory_limit_ = bytes;
-    ML_ = below_memory_limit();
+    ML_ = below_memory_limit(Osize());
     update_estimates();
 }
 
@@ -148,28 +148,52 @@ void ComputeParameters::update_memory() {
 
 void ComputeParameters::estimate_ram_only() {
     memIO_ = Fsize_ = 0;
-    upL_t bytes = 0;
-    constant_->get_memory_B(algorithm_, p_, dec_, tds_, bytes);
-    ML_ = Msize_ = bytes;
+    ML_ = Msize_ = memory_of_ram_only();
 }
 
 void ComputeParameters::estimate_swap() {
     memIO_ = swap_.raid.total_buffer;
-    Msize_ = Fsize_ = 0;
-    if (constant_->runs_S(algorithm_)) {
-        constant_->get_memory_S(algorithm_, p_, dec_, ML_, minIO_, tds_, Fsize_, Msize_);
-        u64_t least_disk = 0;
-        constant_->get_memory_S(algorithm_, p_, dec_, 0, minIO_, tds_, least_disk, Msize_);
-    }
+    const SwapNeeds needs = needs_of_swap(ML_);
+    Msize_ = needs.memory;
+    Fsize_ = needs.disk;
     ML_ = std::max(ML_, Msize_);
 }
 
-void ComputeParameters::fit_memory_limit() {
-    ML_ = std::max(below_memory_limit(), Msize_);
+u64_t ComputeParameters::memory_of_ram_only() const {
+    upL_t bytes = 0;
+    constant_->get_memory_B(algorithm_, p_, dec_, tds_, bytes);
+    return bytes;
 }
 
-u64_t ComputeParameters::below_memory_limit() const {
-    const u64_t outside = memIO_ + memTW_;
+ComputeParameters::SwapNeeds ComputeParameters::needs_of_swap(u64_t ML) const {
+    SwapNeeds needs;
+    if (!constant_->runs_S(algorithm_)) return needs;
+    constant_->get_memory_S(algorithm_, p_, dec_, ML, minIO_, tds_, needs.disk, needs.memory);
+    u64_t least_disk = 0;
+    constant_->get_memory_S(algorithm_, p_, dec_, 0, minIO_, tds_, least_disk, needs.memory);
+    return needs;
+}
+
+std::optional<ComputeParameters::Cost> ComputeParameters::cost_in(ComputeMode mode) const {
+    const bool swap = mode == ComputeMode::swap;
+    if (swap && !constant_->runs_S(algorithm_)) return std::nullopt;
+    try {
+        const u64_t tables = table_size(longest_product_bits());
+        if (!swap) return Cost{tables + memory_of_ram_only(), 0};
+        const u64_t outside = tables + swap_.raid.total_buffer;
+        const u64_t ML = below_memory_limit(outside);
+        const SwapNeeds needs = needs_of_swap(std::max(ML, needs_of_swap(ML).memory));
+        return Cost{outside + needs.memory, needs.disk};
+    } catch (const zn_exception&) {
+        return std::nullopt;
+    }
+}
+
+void ComputeParameters::fit_memory_limit() {
+    ML_ = std::max(below_memory_limit(Osize()), Msize_);
+}
+
+u64_t ComputeParameters::below_memory_limit(u64_t outside) const {
     return memory_limit_ > outside ? memory_limit_ - outside : 0;
 }
 

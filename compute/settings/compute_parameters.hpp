@@ -9,6 +9,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "compute/constants/constant.hpp"
@@ -47,6 +48,7 @@ class ComputeParameters {
     const std::wstring& path() const { return path_; }  // of the output; empty: the current directory
     // 0: a text file; all ones: one compressed file; else compressed files of so many.
     u64_t digits_per_file() const { return digits_per_file_; }
+    bool too_few_digits_to_compress() const;
     u32_t tds() const { return tds_; }  // threads, 1 to max_threads
     u64_t minIO() const {
         return minIO_;
@@ -62,6 +64,13 @@ class ComputeParameters {
     u64_t Msize() const { return Msize_; }  // smallest working memory that works
     u64_t Fsize() const { return Fsize_; }  // logical disk
     const std::string& estimate_refusal() const { return estimate_refusal_; }
+
+    // What the settings would cost in a mode, whichever the record is in: memory in all, the least of a run
+    // on disk, and logical disk. None where the mode has no estimates in this version, or they refuse.
+    struct Cost {
+        u64_t memory, disk;
+    };
+    std::optional<Cost> cost_in(ComputeMode mode) const;
 
     // The factory: no check of the parameter; an unknown id is a fatal error. Corrects an algorithm, digits
     // or a mode that the new constant does not have.
@@ -101,9 +110,15 @@ class ComputeParameters {
     void fit_memory_limit();
     void estimate_ram_only();
     void estimate_swap();
-    u64_t below_memory_limit() const;
+    u64_t memory_of_ram_only() const;
+    // On disk with a working memory of ML, which may be less than the least.
+    struct SwapNeeds {
+        u64_t memory = 0;  // the least
+        u64_t disk = 0;
+    };
+    SwapNeeds needs_of_swap(u64_t ML) const;
+    u64_t below_memory_limit(u64_t outside) const;
     const char* set_digits(u64_t new_dec, u64_t new_hex);
-    bool too_few_digits_to_compress() const;
 
     u32_t id_ = constant_id::pi;
     std::unique_ptr<zlr_Constant> constant_;

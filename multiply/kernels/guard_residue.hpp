@@ -1,12 +1,15 @@
-// Guard residues: residues modulo the prime q = 2^63 - 165.
+// Guard residues: residues modulo the prime q = 5934022103656221527, of 63 bits.
 //
-// 2 is a primitive root modulo q. Modulo 2^61 - 1 it has order 61, so that two flipped bits of the same
-// number cancel there once in 122 times, and an error that repeats itself can vanish; modulo q two bits
-// cancel only at a distance of (q - 1) / 2. Numbers that are no longer exact carry this residue alone, exact
-// floats both.
+// The order of 2 modulo q is (q - 1) / 14, above 2^58. Modulo 2^61 - 1 it is 61, so that two flipped bits of
+// the same number cancel there once in 122 times, and an error that repeats itself can vanish; modulo q two
+// bits of any number that fits into memory never cancel. Numbers that are no longer exact carry this residue
+// alone, exact floats both.
 //
-// All residues are canonical, 0 to q - 1. Serial; the hash costs one pass over the words, some 4 bytes a
-// cycle. Reference in residue_reference.hpp; by threads: multiply/hash_by_threads.hpp.
+// q divides 5 2^768 + 1: words that lie twelve apart differ in weight by the factor -1/5, which lets vectors
+// sum up words without a reduction (guard_residue_kernel.cpp).
+//
+// All residues are canonical, 0 to q - 1. Serial; the hash costs one pass over the words. Reference in
+// residue_reference.hpp; by threads: multiply/hash_by_threads.hpp.
 #pragma once
 
 #include <array>
@@ -15,9 +18,8 @@
 
 namespace znp::guard {
 
-inline constexpr u64_t gap = 165;
-inline constexpr u64_t q = (u64_t{1} << 63) - gap;
-inline constexpr u64_t word_base = 2 * gap;  // 2^64 mod q
+inline constexpr u64_t q = 5934022103656221527u;
+inline constexpr u64_t word_base = static_cast<u64_t>((static_cast<u128_t>(1) << 64) % q);  // B = 2^64
 
 ZNP_INLINE constexpr u64_t add(u64_t a, u64_t b) {
     const u64_t s = a + b;
@@ -27,26 +29,28 @@ ZNP_INLINE constexpr u64_t sub(u64_t a, u64_t b) {
     return a >= b ? a - b : a + q - b;
 }
 
-// x < 2^127 modulo q, below 2^63 + 2^17: two folds by 2^63 = 165, of 2^64 and of 2^9 at most.
-ZNP_INLINE constexpr u64_t fold(u128_t x) {
-    constexpr u64_t low = ~u64_t{0} >> 1;
-    const u128_t s = (static_cast<u64_t>(x) & low) + static_cast<u128_t>(static_cast<u64_t>(x >> 63)) * gap;
-    return (static_cast<u64_t>(s) & low) + static_cast<u64_t>(s >> 63) * gap;
-}
-// x < 2^64
+// x modulo q for any x: 2^64 is above 3 q and below 4 q.
 ZNP_INLINE constexpr u64_t reduce(u64_t x) {
-    const u64_t s = fold(x);
-    return s >= q ? s - q : s;
+    if (x >= 2 * q) x -= 2 * q;
+    return x >= q ? x - q : x;
+}
+// x < 2^126 modulo q, below 3 q: a quotient from the top words that is too small by 2 at most. Source: P.
+// Barrett, "Implementing the Rivest Shamir and Adleman public key encryption algorithm on a standard digital
+// signal processor", 1986.
+ZNP_INLINE constexpr u64_t fold(u128_t x) {
+    constexpr u64_t inverse = static_cast<u64_t>((static_cast<u128_t>(1) << 126) / q);
+    const u64_t top = static_cast<u64_t>(x >> 62);
+    const u64_t quotient = static_cast<u64_t>((static_cast<u128_t>(top) * inverse) >> 64);
+    return static_cast<u64_t>(x) - quotient * q;
 }
 ZNP_INLINE constexpr u64_t mul(u64_t a, u64_t b) {
-    const u64_t s = fold(static_cast<u128_t>(a) * b);
-    return s >= q ? s - q : s;
+    return reduce(fold(static_cast<u128_t>(a) * b));
 }
 
 // h = (h B + word) mod q from the top word down, starting at seed (any 64-bit value). L may be 0.
 u64_t hash_words(const c64i* T, upL_t L, u64_t seed = 0);
 
-constexpr u64_t pow(u64_t x, u64_t e) {
+ZNP_INLINE constexpr u64_t pow(u64_t x, u64_t e) {
     u64_t h = 1;
     for (; e != 0; e >>= 1, x = mul(x, x)) {
         if ((e & 1) != 0) h = mul(h, x);

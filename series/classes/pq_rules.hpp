@@ -84,7 +84,7 @@ struct PQRules {
         const upL_t q = section.joined_words();
         TruncatedOperands left{as_float(node.P), as_float(node.Q), {}};
         if constexpr (requires { node.R; }) left.R = as_float(node.R);
-        TruncatedOperands right{task.P.top_words(q), task.Q.top_words(q), {}};
+        TruncatedOperands right{task.P.top_words(q, task.bp.tds), task.Q.top_words(q, task.bp.tds), {}};
         if constexpr (requires { Rules::right_P_in_t; }) {
             t.set_gfp(right.P, q);
             right.P = t;

@@ -9,6 +9,7 @@
 #include <numbers>
 
 #include "foundation/fail.hpp"
+#include "multiply/kernels/guard_residue.hpp"
 #include "multiply/kernels/residue.hpp"
 #include "series/euler_gamma_ab.hpp"
 #include "series/terms/bisection.hpp"
@@ -24,28 +25,28 @@ namespace {
 // ln(64 ln 2), the size of a fraction that starts with one word.
 constexpr double size_at_start = 3.7923701627780075;
 
-template <upL_t N>
-void set_words(ExactFloatR& x, const Words<N>& value, s64_t exp, u64_t hash) {
-    x.reset_T();
-    std::copy(value.begin(), value.end(), x.word_ptr(0));
-    x.set_LN(N, exp, hash);
-}
+// 2^e: what makes a number of a few words a term. The residues of the term follow from those of the few words
+// and of the power, which both numbers of a term share: modulo 2^61 - 1 a power of two is a rotation.
+class PowerOf2 {
+  public:
+    explicit PowerOf2(u64_t e) : e_(e), guard_(guard::word_power(static_cast<s64_t>(e / 64))) {}
 
-// The residue of a 2^e: modulo 2^61 - 1 a power of two is a rotation.
-u64_t residue_shifted(u64_t a, u64_t e) {
-    return residue::mul_power_of_2(a, static_cast<unsigned>(e % 61));
-}
+    // x = value * 2^e.
+    template <upL_t N>
+    void set_multiple(ExactFloatR& x, const Words<N>& value) const {
+        const Words<N + 1> words = times(value, u64_t{1} << (e_ % 64));
+        const u64_t hash = residue::mul_power_of_2(residue::hash_words(value.data(), N),
+                                                   static_cast<unsigned>(e_ % 61));
+        x.reset_T();
+        std::copy(words.begin(), words.end(), x.word_ptr(0));
+        x.set_LN(N + 1, static_cast<s64_t>(e_ / 64), hash,
+                 guard::mul(guard::hash_words(words.data(), N + 1), guard_));
+    }
 
-// x = value * 2^shift.
-template <upL_t N>
-void set_shifted(ExactFloatR& x, const Words<N>& value, u64_t shift) {
-    const u64_t hash = residue_shifted(residue::hash_words(value.data(), N), shift);
-    set_words(x, times(value, u64_t{1} << (shift % 64)), static_cast<s64_t>(shift / 64), hash);
-}
-
-void set_power_of_2(ExactFloatR& x, u64_t e) {
-    set_words(x, Words<1>{u64_t{1} << (e % 64)}, static_cast<s64_t>(e / 64), residue_shifted(1, e));
-}
+  private:
+    const u64_t e_;
+    const u64_t guard_;  // of the whole words
+};
 
 }  // namespace
 
@@ -90,19 +91,19 @@ void Series_EulerGamma_BM_AB::BSR_End(ExactFloatR& U, ExactFloatR& V, ExactFloat
     if (b - a == 1) {
         U.set_uW(1);
         V.set_uW(b);
-        set_power_of_2(W, 2 * m * b);
+        PowerOf2(2 * m * b).set_multiple(W, Words<1>{1});
         X.set_efp(W);
         return;
     }
     const u128_t N = u128_t{1} << (2 * m);
     const u64_t j = b - 1;
-    const u64_t shift = 2 * m * j;
+    const PowerOf2 shift(2 * m * j);
     U.set_uW(2 * b - 1);
     V.reset_T();
     const Words<2> v = product(b, j);
     std::copy(v.begin(), v.end(), V.word_ptr(0));
     V.set_LN(2, 0);
-    set_shifted(W, two_words(u128_t{b} * b + N), shift);
+    shift.set_multiple(W, two_words(u128_t{b} * b + N));
 
     // k^3 + (2k - 1) N = ((k + 2) j + 3 + 2N) j + 1 + N
     const Words<2> inner = two_words(u128_t{b + 2} * j + 3 + 2 * N);
@@ -113,7 +114,7 @@ void Series_EulerGamma_BM_AB::BSR_End(ExactFloatR& U, ExactFloatR& V, ExactFloat
     sum = (sum >> 64) + x[1] + last[1];
     x[1] = static_cast<u64_t>(sum);
     x[2] += static_cast<u64_t>(sum >> 64);
-    set_shifted(X, x, shift);
+    shift.set_multiple(X, x);
 }
 
 }  // namespace znp

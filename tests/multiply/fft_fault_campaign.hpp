@@ -21,7 +21,7 @@
 
 namespace znp::fft::testing {
 
-// The residue modulo the prime 2^63 - 165, in which 2 has every order: no periodic error hides from it.
+// The guard residue modulo a prime in which 2 has a large order: no periodic error hides from it.
 inline u64_t prime_residue(const c32i* words, upL_t L) {
     constexpr u64_t low = (u64_t{1} << 63) - 1;
     u64_t h = 0;

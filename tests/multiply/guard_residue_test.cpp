@@ -3,6 +3,7 @@
 #include <gmp.h>
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <vector>
 
 #include "multiply/hash_by_threads.hpp"
@@ -20,24 +21,33 @@ Words random_words(upL_t L, std::mt19937_64& rng) {
     return words;
 }
 
-TEST(GuardResidue, TheModulusIsAPrimeOfWhichTwoIsAPrimitiveRoot) {
+TEST(GuardResidue, TheModulusIsAPrimeInWhichTwoHasALargeOddOrder) {
     mpz_t q;
     mpz_init_set_ui(q, guard::q);
     EXPECT_NE(mpz_probab_prime_p(q, 40), 0);
     mpz_clear(q);
-    // q - 1 = 2 4133149 1115780248529
-    EXPECT_EQ(u64_t{2} * 4133149 * 1115780248529, guard::q - 1);
-    for (const u64_t factor : {u64_t{2}, u64_t{4133149}, u64_t{1115780248529}}) {
-        EXPECT_NE(guard::pow(2, (guard::q - 1) / factor), 1u) << factor;
+    constexpr u64_t order = u64_t{71} * 66782081 * 89392859;
+    EXPECT_EQ(14 * order, guard::q - 1);
+    EXPECT_EQ(guard::pow(2, order), 1u);
+    for (const u64_t factor : {u64_t{71}, u64_t{66782081}, u64_t{89392859}}) {
+        EXPECT_NE(guard::pow(2, order / factor), 1u) << factor;
     }
-    EXPECT_EQ(guard::pow(2, guard::q - 1), 1u);
+    // Odd: no power of 2 is -1, so that two bits cancel at a multiple of the order alone.
+    EXPECT_EQ(order % 2, 1u);
+    EXPECT_EQ(guard::mul(5, guard::word_power(12)), guard::q - 1);
 }
 
 TEST(GuardResidue, ArithmeticAtTheEdges) {
     constexpr u64_t q = guard::q;
     EXPECT_EQ(guard::reduce(q), 0u);
     EXPECT_EQ(guard::reduce(q - 1), q - 1);
-    EXPECT_EQ(guard::reduce(~u64_t{0}), ~u64_t{0} % q);
+    for (const u64_t x : {2 * q - 1, 2 * q, 3 * q - 1, 3 * q, ~u64_t{0}}) EXPECT_EQ(guard::reduce(x), x % q);
+    // fold: below 3 q for whatever is below 2^126
+    for (const u128_t x : {u128_t{0}, u128_t{q - 1}, u128_t{q}, (u128_t{1} << 126) - 1, u128_t{q} * q,
+                           u128_t{q} * q - 1, (u128_t{1} << 125) - 1}) {
+        EXPECT_LT(guard::fold(x), 3 * q);
+        EXPECT_EQ(guard::fold(x) % q, static_cast<u64_t>(x % q));
+    }
     EXPECT_EQ(guard::add(q - 1, q - 1), q - 2);
     EXPECT_EQ(guard::add(q - 1, 1), 0u);
     EXPECT_EQ(guard::sub(0, q - 1), 1u);
@@ -48,25 +58,40 @@ TEST(GuardResidue, ArithmeticAtTheEdges) {
         EXPECT_EQ(guard::mul(a, b), static_cast<u64_t>(static_cast<u128_t>(a) * b % q));
         const u64_t x = rng();
         EXPECT_EQ(guard::reduce(x), x % q);
+        const u128_t wide = (static_cast<u128_t>(x) << 64 | rng()) >> 2;
+        EXPECT_LT(guard::fold(wide), 3 * q);
+        EXPECT_EQ(guard::fold(wide) % q, static_cast<u64_t>(wide % q));
     }
 }
 
 TEST(GuardResidue, PowersOfWords) {
     EXPECT_EQ(guard::word_power(0), 1u);
-    EXPECT_EQ(guard::word_power(1), 330u);
-    EXPECT_EQ(guard::mul(guard::word_power(-1), 330), 1u);
+    constexpr u64_t B = guard::word_base;
+    EXPECT_EQ(B, static_cast<u64_t>((u128_t{1} << 64) % guard::q));
+    EXPECT_EQ(guard::word_power(1), B);
+    EXPECT_EQ(guard::mul(guard::word_power(-1), B), 1u);
     auto rng = testing::make_rng(702);
     for (int i = 0; i < 200; i++) {
         const s64_t e = static_cast<s64_t>(rng() >> (rng() % 60 + 2));
-        EXPECT_EQ(guard::word_power(e), guard::pow(330, static_cast<u64_t>(e)));
+        EXPECT_EQ(guard::word_power(e), guard::pow(B, static_cast<u64_t>(e)));
         EXPECT_EQ(guard::mul(guard::word_power(e), guard::word_power(-e)), 1u);
     }
 }
 
 TEST(GuardResidue, KernelAgainstTheReference) {
     auto rng = testing::make_rng(703);
-    for (upL_t L = 0; L < 420; L++) {
-        for (const Words& words : {random_words(L, rng), Words(L, ~c64i{0}), Words(L, 0)}) {
+    std::vector<upL_t> lengths(600);
+    std::iota(lengths.begin(), lengths.end(), upL_t{0});
+    for (const upL_t steps : {64u, 65u, 128u, 129u, 1023u, 1024u}) {
+        for (const upL_t above : {0u, 1u, 11u}) lengths.push_back(12 * steps + above);
+    }
+    for (const upL_t L : lengths) {
+        Words alternating(L);  // in vectors the largest sums of one sign, then of the other
+        for (upL_t i = 0; i < L; i++) alternating[i] = i / 12 % 2 == 0 ? ~c64i{0} : 0;
+        Words other(L);
+        for (upL_t i = 0; i < L; i++) other[i] = ~alternating[i];
+        for (const Words& words :
+             {random_words(L, rng), Words(L, ~c64i{0}), Words(L, 0), alternating, other}) {
             for (const u64_t seed : {u64_t{0}, ~u64_t{0}, guard::q, rng()}) {
                 ASSERT_EQ(guard::hash_words(words.data(), L, seed),
                           guard::hash_words_reference(words.data(), L, seed))

@@ -8,6 +8,8 @@
 
 #include "digit_oracle.hpp"
 #include "foundation/types.hpp"
+#include "golden.hpp"
+#include "sha256.hpp"
 #include "shell/expected_text.hpp"
 #include "shell/program.hpp"
 #include "temporary_folder.hpp"
@@ -261,6 +263,65 @@ TEST_F(Custom, AFileOfAnEarlierRunIsReplaced) {
     output_of({"pi", "-dec:500"});
     output_of({"pi", "-dec:200"});
     EXPECT_EQ(file("Pi - Dec - Chudnovsky.txt"), pi_digits(200));
+}
+
+// Each constant by each of its formulas, as a user asks for it.
+TEST_F(Custom, EveryConstantWritesItsFiles) {
+    const struct {
+        const char *keyword, *golden, *algorithm, *stem, *ending;
+    } cases[] = {{"arccoth:2", "arccoth:2", "0", "ArcCoth(2)", "Taylor"},
+                 {"arccoth:4294967295", "arccoth:4294967295", "0", "ArcCoth(4294967295)", "Taylor"},
+                 {"zeta(3)", "zeta(3)", "0", "Zeta(3)", "Amdeberhan-Zeiberger 2"},
+                 {"apery", "zeta(3)", "1", "Zeta(3)", "Amdeberhan-Zeiberger 1"},
+                 {"lemniscate", "lemniscate", "0", "Lemniscate", "Gauss"},
+                 {"lemniscate", "lemniscate", "1", "Lemniscate", "Sebah"},
+                 {"catalan", "catalan", "0", "Catalan", "Lupas"},
+                 {"catalan", "catalan", "1", "Catalan", "Huvent"},
+                 {"gamma", "gamma", "0", "Euler's Constant", "Brent-McMillan (Refined)"},
+                 {"gamma", "gamma", "1", "Euler's Constant", "Brent-McMillan"}};
+    int checked = 0;
+    for (const auto& [keyword, golden, algorithm, stem, ending] : cases) {
+        const std::string output =
+            output_of({keyword, "-dec:1000", std::string("-algorithm:") + algorithm, "-T:2"});
+        EXPECT_TRUE(contains(output, "Last Digits:  "));
+        const std::string name = std::string(stem) + " - Dec - " + ending + ".txt";
+        for (const testing::GoldenDecimal& row : testing::golden_decimal()) {
+            if (row.constant != golden || row.dec != 1000) continue;
+            EXPECT_EQ(testing::sha256(file(name)), row.sha256) << name;
+            checked++;
+        }
+        EXPECT_EQ(file(std::string(stem) + " - Hex - " + ending + ".txt").size(), 833u) << name;
+    }
+    EXPECT_EQ(checked, 10);
+    EXPECT_EQ(files().size(), 20u);
+}
+
+TEST_F(Custom, GammaTellsItsStages) {
+    const std::string output = output_of({"gamma", "-dec:1000", "-T:1"});
+    const Words stages{"Constant:   \033[01;34mEuler-Mascheroni Constant",
+                       "Algorithm:  " + Y + "Brent-McMillan with Refinement ( n = 2^9 )",
+                       "Begin Computation:\n\nSumming Series A and B...  ",
+                       " terms #S\n",
+                       "Time:    ",
+                       "Division...\n",
+                       "\n\nSumming Series C...  ",
+                       " terms\n",
+                       "Division...\n",
+                       "\n\n-162 ArcCoth( 26 )\nSumming Series...  ",
+                       "Division...\n",
+                       "\n\n18 ArcCoth( 4801 )\nSumming Series...  ",
+                       "Division...\n",
+                       "\n\n-72 ArcCoth( 8749 )\nSumming Series...  ",
+                       "Division...\n",
+                       "\n\n" + G + "Euler-Mascheroni Constant" + W + "  :  ",
+                       "Writing Hexadecimal Digits:   ",
+                       "Last Digits:  Euler-Mascheroni Constant\n"};
+    upL_t position = 0;
+    for (const std::string& stage : stages) {
+        const upL_t found = output.find(stage, position);
+        ASSERT_NE(found, std::string::npos) << stage << " in:\n" << output;
+        position = found + stage.size();
+    }
 }
 
 // What a run left that failed gives way; what a run of another radix left stays.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <mutex>
+#include <span>
 #include <utility>
 
 #include "compute/run/computed_run.hpp"
@@ -27,6 +28,7 @@ struct CampaignSize {
 struct CampaignForm {
     u64_t runs;
     std::vector<CampaignSize> sizes;
+    std::vector<CampaignSize> sizes_of_sums;  // of the constants that take several times as long as Pi
 };
 
 enum class Place { block, tables, other };
@@ -130,9 +132,15 @@ class FaultCampaign {
                                               {{"e", constant_id::e, 0, 1}, 0},
                                               {{"sqrt:2", constant_id::sqrt, 2, 1}, 0},
                                               {{"phi", constant_id::golden_ratio, 0, 1}, 0}};
-        for (const CampaignSize& size : form.sizes) {
-            for (const ComputedAlgorithm& what : subjects) prepare(what, size);
-        }
+        const ComputedAlgorithm sums[] = {{{"arccoth:2", constant_id::arccoth, 2, 1}, 0},
+                                          {{"zeta(3)", constant_id::zeta3, 0, 1}, 0},
+                                          {{"lemniscate", constant_id::lemniscate, 0, 1}, 1},
+                                          {{"catalan", constant_id::catalan, 0, 1}, 0},
+                                          {{"catalan", constant_id::catalan, 0, 1}, 1},
+                                          {{"gamma", constant_id::euler_gamma, 0, 1}, 0},
+                                          {{"gamma", constant_id::euler_gamma, 0, 1}, 1}};
+        prepare_all(form.sizes, subjects);
+        prepare_all(form.sizes_of_sums, sums);
     }
 
     // Runs two at a time, and prints the table.
@@ -160,6 +168,12 @@ class FaultCampaign {
     static u64_t number_from(const char* variable, u64_t otherwise) {
         const char* text = std::getenv(variable);
         return text == nullptr ? otherwise : std::strtoull(text, nullptr, 0);
+    }
+
+    void prepare_all(const std::vector<CampaignSize>& sizes, std::span<const ComputedAlgorithm> subjects) {
+        for (const CampaignSize& size : sizes) {
+            for (const ComputedAlgorithm& what : subjects) prepare(what, size);
+        }
     }
 
     // Both thread counts of a size, with one folder of files.

@@ -5,7 +5,7 @@ namespace {
 
 TEST(FaultCampaign, ShortRunsEndInRightDigitsOrInAMessage) {
     testing::expect_nothing_wrong_unnoticed(
-        {60, {{100'000, 10}, {200'000, 5}, {500'000, 2}, {1'000'000, 1}}});
+        {90, {{100'000, 10}, {200'000, 5}, {500'000, 2}, {1'000'000, 1}}, {{30'000, 5}, {100'000, 5}}});
 }
 
 }  // namespace

@@ -13,22 +13,17 @@
 namespace znp {
 namespace {
 
-constexpr u32_t with_driver[] = {constant_id::sqrt, constant_id::golden_ratio, constant_id::e,
-                                 constant_id::pi, constant_id::log};
-constexpr u32_t without_driver[] = {constant_id::arccoth,     constant_id::zeta3,
-                                    constant_id::lemniscate,  constant_id::catalan,
-                                    constant_id::euler_gamma, constant_id::euler_gamma_override};
-constexpr u32_t with_estimate[] = {constant_id::sqrt,
-                                   constant_id::golden_ratio,
-                                   constant_id::e,
-                                   constant_id::pi,
-                                   constant_id::arccoth,
-                                   constant_id::log,
-                                   constant_id::zeta3,
-                                   constant_id::lemniscate,
-                                   constant_id::catalan,
-                                   constant_id::euler_gamma,
-                                   constant_id::euler_gamma_override};
+constexpr u32_t every_id[] = {constant_id::sqrt,
+                              constant_id::golden_ratio,
+                              constant_id::e,
+                              constant_id::pi,
+                              constant_id::arccoth,
+                              constant_id::log,
+                              constant_id::zeta3,
+                              constant_id::lemniscate,
+                              constant_id::catalan,
+                              constant_id::euler_gamma,
+                              constant_id::euler_gamma_override};
 constexpr u64_t parameter = 5;
 constexpr u64_t some_digits[] = {100, 1000, 5000, 20000, 50000, 1000000, 100000000};
 
@@ -40,7 +35,7 @@ upL_t memory_of(u32_t id, s32_t algorithm, u64_t dec, u64_t threads) {
 }
 
 TEST(ConstantMemory, APrecisionOf0AsksWhetherTheAlgorithmExists) {
-    for (const u32_t id : with_estimate) {
+    for (const u32_t id : every_id) {
         const auto constant = make_constant(id, parameter, 100);
         upL_t bytes = 77;
         for (s32_t algorithm = 0; algorithm < constant->algorithm_count(); algorithm++) {
@@ -95,7 +90,7 @@ TEST(ConstantDefaultsDeathTest, MissingComputationsAreFatal) {
 }
 
 TEST(ConstantMemory, GrowsWithTheDigits) {
-    for (const u32_t id : with_estimate) {
+    for (const u32_t id : every_id) {
         for (s32_t algorithm = 0; algorithm < 2; algorithm++) {
             if (!make_constant(id, parameter, 100)->knows_algorithm(algorithm, 100)) continue;
             upL_t last = 0;
@@ -110,7 +105,7 @@ TEST(ConstantMemory, GrowsWithTheDigits) {
 
 // A run's numbers alone: the result, and the decimal words beside it.
 TEST(ConstantMemory, HoldsTheOutputOfTheDigits) {
-    for (const u32_t id : with_estimate) {
+    for (const u32_t id : every_id) {
         for (const u64_t dec : some_digits) {
             RunSettings settings;
             settings.p = precision_for(hex_digits_for(dec));
@@ -156,7 +151,7 @@ TEST(ConstantMemory, SizesBeyondTheMultipliersAreAnError) {
 }
 
 TEST(ConstantDrivers, WhichOnesThereAre) {
-    for (const u32_t id : with_driver) {
+    for (const u32_t id : every_id) {
         const auto constant = make_constant(id, parameter, 100);
         for (s32_t algorithm = 0; algorithm < constant->algorithm_count(); algorithm++) {
             EXPECT_TRUE(constant->runs_B(algorithm)) << id;
@@ -165,20 +160,6 @@ TEST(ConstantDrivers, WhichOnesThereAre) {
         EXPECT_FALSE(constant->runs_B(-1)) << id;
     }
     EXPECT_TRUE(make_constant(constant_id::pi, 0, 100)->runs_B(3));
-    for (const u32_t id : without_driver) {
-        EXPECT_FALSE(make_constant(id, parameter, 100)->runs_B(0)) << id;
-    }
-}
-
-TEST(ConstantDrivers, TheOthersRefuse) {
-    for (const u32_t id : without_driver) {
-        const auto constant = make_constant(id, parameter, 100);
-        EXPECT_EXIT(testing::dying([&] {
-                        RunTimeParameters run{RunSettings()};
-                        constant->run_B(0, run);
-                    }),
-                    ::testing::ExitedWithCode(1), "is not available in this version yet");
-    }
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ namespace {
 
 using testing::EngineRun;
 
+// A coefficient below 0 reaches the sum as c.
 TEST(SumSeries, ANegativeFactorFlipsTheSignAndMultipliesTheMagnitude) {
     const ArcCoth series(26);
     constexpr u64_t dec = 500;

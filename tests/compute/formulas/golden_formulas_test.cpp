@@ -1,4 +1,4 @@
-// Every formula of the table, those that this version does not offer yet, too: carried out from its start to
+// Every formula of the table, those that a version does not offer, too: carried out from its start to
 // its digits in a block of exactly the estimate, against the golden digits.
 #include "compute/constants/table_constant.hpp"
 #include "compute/run/computed_run.hpp"

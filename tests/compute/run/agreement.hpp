@@ -7,11 +7,9 @@
 
 namespace znp::testing {
 
-// One random size of [low, high] and number of threads: every formula of Pi and e gives the same digits, and
-// the roots are the oracle's. All in blocks of exactly the estimate.
-inline void expect_agreement(std::mt19937_64& rng, u64_t low, u64_t high) {
-    const u64_t dec = low + rng() % (high - low + 1);
-    const u64_t threads = 1 + rng() % 16;
+// Every formula of a constant gives the same digits, and the roots are the oracle's. All in blocks of exactly
+// the estimate.
+inline void expect_agreement_at(u64_t dec, u64_t threads) {
     SCOPED_TRACE(std::to_string(dec) + " digits, threads: " + std::to_string(threads));
     for (const ConstantRow& constant : computed_constants) {
         std::string expected_decimal, expected_hexadecimal;
@@ -33,6 +31,12 @@ inline void expect_agreement(std::mt19937_64& rng, u64_t low, u64_t high) {
             EXPECT_TRUE(result.hexadecimal == expected_hexadecimal) << constant.name << " " << algorithm;
         }
     }
+}
+
+// At one random size of [low, high] and number of threads.
+inline void expect_agreement(std::mt19937_64& rng, u64_t low, u64_t high) {
+    const u64_t dec = low + rng() % (high - low + 1);
+    expect_agreement_at(dec, 1 + rng() % 16);
 }
 
 }  // namespace znp::testing

@@ -3,6 +3,10 @@
 namespace znp {
 namespace {
 
+TEST(Agreement, OfAllFormulasAtAMillionDigits) {
+    for (const u64_t threads : {1u, 2u, 3u}) testing::expect_agreement_at(1'000'000, threads);
+}
+
 TEST(Agreement, OfAllFormulasAtManyRandomSizes) {
     auto rng = testing::make_rng(12);
     for (int i = 0; i < 200; i++) testing::expect_agreement(rng, 400, 30'000);

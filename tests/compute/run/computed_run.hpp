@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -23,13 +24,18 @@ struct ConstantRow {
     s32_t algorithms;  // with those behind the count
 };
 
-// The constants that a version with nothing but square roots, e and Pi computes.
 inline constexpr ConstantRow computed_constants[] = {
     {"sqrt:2", constant_id::sqrt, 2, 1},
     {"sqrt:18446744073709551615", constant_id::sqrt, 18446744073709551615u, 1},
     {"phi", constant_id::golden_ratio, 0, 1},
     {"e", constant_id::e, 0, 2},
     {"pi", constant_id::pi, 0, 4},
+    {"arccoth:2", constant_id::arccoth, 2, 1},
+    {"arccoth:4294967295", constant_id::arccoth, 4294967295, 1},
+    {"zeta(3)", constant_id::zeta3, 0, 2},
+    {"lemniscate", constant_id::lemniscate, 0, 2},
+    {"catalan", constant_id::catalan, 0, 2},
+    {"gamma", constant_id::euler_gamma, 0, 2},
 };
 
 struct ComputedAlgorithm {
@@ -48,7 +54,7 @@ inline std::vector<ComputedAlgorithm> computed_algorithms() {
 // Names of parameterised tests.
 inline std::string algorithm_name(const ::testing::TestParamInfo<ComputedAlgorithm>& info) {
     std::string name = std::string(info.param.constant.name) + "_" + std::to_string(info.param.algorithm);
-    for (char& c : name) c = c == ':' ? '_' : c;
+    for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
     return name;
 }
 

@@ -12,6 +12,7 @@
 #include "foundation/exceptions.hpp"
 #include "foundation/guarded_alloc.hpp"
 #include "foundation/memory.hpp"
+#include "foundation/repeat_once.hpp"
 #include "foundation/threads.hpp"
 #include "foundation/time.hpp"
 #include "shell/console.hpp"
@@ -201,6 +202,20 @@ TEST(Run, LastDigitsGoOutAsText) {
         std::memset(text, 'x', sizeof text);
         console_output([&] { run(test.settings, text); });
         EXPECT_EQ(std::string(text), std::string(count, '7'));
+    }
+}
+
+TEST(Run, TellsHowManyFaultsItRepaired) {
+    TestSettings test;
+    RecoveredErrors::add();  // of an earlier run
+    for (const u64_t faults : {u64_t{0}, u64_t{1}, u64_t{3}}) {
+        test.constant->computation = [&](s32_t, RunTimeParameters& run) {
+            for (u64_t i = 0; i < faults; i++) RecoveredErrors::add();
+            run.stopwatch.stop();
+        };
+        u64_t told = 99;
+        console_output([&] { told = run(test.settings); });
+        EXPECT_EQ(told, faults);
     }
 }
 

@@ -415,6 +415,45 @@ TEST(Estimates, OnDiskTheyFollowTheSwapConfiguration) {
     EXPECT_EQ(test.settings.ML(), before - 4096);
 }
 
+TEST(Cost, IsWhatTheRecordWouldShowInEitherMode) {
+    SwapSettings test;
+    ComputeParameters& settings = test.settings;
+    settings.set_memory_limit(u64_t{1} << 30);
+    for (const u64_t mode : {u64_t{0}, u64_t{1}}) {
+        SettingsAccess::set_mode(settings, static_cast<ComputeMode>(mode));
+        SettingsAccess::update(settings);
+        const auto in_memory = settings.cost_in(ComputeMode::ram_only);
+        const auto on_disk = settings.cost_in(ComputeMode::swap);
+        ASSERT_TRUE(in_memory && on_disk);
+        EXPECT_EQ(in_memory->memory, settings.memTW() + testing::TestConstant::default_memory);
+        EXPECT_EQ(in_memory->disk, 0u);
+        EXPECT_EQ(on_disk->memory, test.outside() + SwapSettings::least);
+        EXPECT_EQ(on_disk->disk, ((u64_t{1} << 30) - test.outside()) / 2 + 4096);
+    }
+    EXPECT_EQ(settings.Osize() + settings.Msize(), settings.cost_in(ComputeMode::swap)->memory);
+    EXPECT_EQ(settings.Fsize(), settings.cost_in(ComputeMode::swap)->disk);
+}
+
+TEST(Cost, OnDiskWithALimitBelowTheLeast) {
+    SwapSettings test;
+    test.settings.set_memory_limit(5000);
+    const auto cost = test.settings.cost_in(ComputeMode::swap);
+    ASSERT_TRUE(cost);
+    EXPECT_EQ(cost->disk, test.settings.Fsize());
+    EXPECT_EQ(cost->memory, test.outside() + SwapSettings::least);
+}
+
+TEST(Cost, IsNotKnownWhereAModeHasNoEstimates) {
+    TestSettings test;
+    EXPECT_TRUE(test.settings.cost_in(ComputeMode::ram_only));
+    EXPECT_FALSE(test.settings.cost_in(ComputeMode::swap));
+    test.constant->memory_B = [](s32_t, upL_t, u64_t, u64_t, upL_t&) -> bool {
+        throw zn_exception(error_code::unspecified, "message", "text");
+    };
+    EXPECT_FALSE(test.settings.cost_in(ComputeMode::ram_only));
+    EXPECT_EQ(test.settings.estimate_refusal(), "");  // it changes nothing
+}
+
 TEST(Estimates, BackInMemoryNoDiskIsNeeded) {
     SwapSettings test;
     test.settings.set_memory_limit(u64_t{1} << 30);
