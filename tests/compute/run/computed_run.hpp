@@ -32,6 +32,8 @@ inline constexpr ConstantRow computed_constants[] = {
     {"pi", constant_id::pi, 0, 4},
     {"arccoth:2", constant_id::arccoth, 2, 1},
     {"arccoth:4294967295", constant_id::arccoth, 4294967295, 1},
+    {"log:2", constant_id::log, 2, 2},
+    {"log:2147483647", constant_id::log, 2147483647, 2},
     {"zeta(3)", constant_id::zeta3, 0, 2},
     {"lemniscate", constant_id::lemniscate, 0, 2},
     {"catalan", constant_id::catalan, 0, 2},

@@ -1,19 +1,9 @@
-// Whole runs of Log(n) in blocks of exactly the estimate.
+// Whole runs of Log(n) in blocks of exactly the estimate, besides those that all constants have.
 #pragma once
 
-#include "compute/run/golden_run.hpp"
+#include "compute/run/computed_run.hpp"
 
 namespace znp::testing {
-
-inline std::vector<ComputedAlgorithm> log_algorithms() {
-    std::vector<ComputedAlgorithm> algorithms;
-    for (const s32_t algorithm : {0, 1}) {
-        algorithms.push_back({{"log:2", constant_id::log, 2, 2}, algorithm});
-        algorithms.push_back({{"log:10", constant_id::log, 10, 2}, algorithm});
-        algorithms.push_back({{"log:2147483647", constant_id::log, 2147483647, 2}, algorithm});
-    }
-    return algorithms;
-}
 
 // Both formulas give the same digits.
 inline void expect_formulas_agree(u64_t n, u64_t dec, u64_t threads) {

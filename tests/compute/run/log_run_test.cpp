@@ -4,19 +4,6 @@
 namespace znp {
 namespace {
 
-class LogRun : public testing::GoldenRun {};
-
-TEST_P(LogRun, GoldenDigitsTo10000) {
-    check_sizes(100, 10'000, {1, 2, 3, 8});
-}
-
-TEST_P(LogRun, HundredThousandGoldenDigits) {
-    check_sizes(100'000, 100'000, {1, 3});
-}
-
-INSTANTIATE_TEST_SUITE_P(Log, LogRun, ::testing::ValuesIn(testing::log_algorithms()),
-                         testing::algorithm_name);
-
 TEST(LogRuns, TwoFormulasOfLog2AgreeToTheLastDigit) {
     for (const u64_t threads : {1u, 2u, 7u}) {
         testing::expect_formulas_agree(2, 1000, threads);
@@ -27,7 +14,7 @@ TEST(LogRuns, TwoFormulasOfLog2AgreeToTheLastDigit) {
 // Every size of small runs, where estimates and words are tight.
 TEST(LogRuns, SmallSizesOfAnyNumber) {
     auto rng = testing::make_rng(31);
-    for (u64_t dec = 100; dec <= 500; dec += 1 + rng() % 3) {
+    for (u64_t dec = 100; dec <= 500; dec += 1 + rng() % 12) {
         testing::expect_formulas_agree(2 + rng() % 2147483646, dec, 1 + rng() % 4);
     }
 }
@@ -41,7 +28,7 @@ TEST(LogRuns, EverySmallSizeIsThePartOfALargerOne) {
         const testing::ComputedRun result = testing::compute(settings);
         return std::pair(result.decimal, result.hexadecimal);
     };
-    for (const u64_t n : {u64_t{2}, u64_t{3}, u64_t{2147483647}, 2 + rng() % 2147483646}) {
+    for (const u64_t n : {u64_t{2}, u64_t{3}, 2 + rng() % 100'000}) {
         const auto expected = digits(n, 0, 700, 1);
         for (u64_t dec = 100; dec <= 450; dec++) {
             const auto found = digits(n, static_cast<s32_t>(dec % 2), dec, 1 + dec % 3);
