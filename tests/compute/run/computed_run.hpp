@@ -40,6 +40,11 @@ inline constexpr ConstantRow computed_constants[] = {
     {"gamma", constant_id::euler_gamma, 0, 2},
 };
 
+// Those beyond take many times as long for the same digits: short tests take fewer sizes of them.
+inline bool is_fast(const ConstantRow& constant) {
+    return constant.id <= constant_id::pi;
+}
+
 struct ComputedAlgorithm {
     ConstantRow constant;
     s32_t algorithm;

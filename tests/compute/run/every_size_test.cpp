@@ -1,6 +1,7 @@
 // Runs at every small size, and at sizes and thread counts that meet the boundaries of the memory plans, in
 // blocks of exactly the estimate: digits against an oracle, guard words behind every array.
 #include <algorithm>
+#include <array>
 
 #include "compute/run/computed_run.hpp"
 #include "digit_oracle.hpp"
@@ -120,8 +121,13 @@ TEST_P(EverySize, MemoryIsExactlyTheEstimateOnAnyThreads) {
 // Across the length at which the large transform takes over.
 TEST_P(EverySize, LargerSizesOnAnyThreads) {
     ask_oracle(99'900);
+    constexpr std::array<u64_t, 5> all_threads{1, 2, 3, 7, 16};
+    upL_t turn = 0;
     for (const u64_t dec : {30'000u, 50'000u, 75'000u, 96'694u, 96'695u, 99'900u}) {
-        for (const u64_t threads : {1u, 2u, 3u, 7u, 16u}) {
+        // Of a slow constant each size on one number of threads.
+        const u64_t one = all_threads[turn++ % all_threads.size()];
+        for (const u64_t threads : all_threads) {
+            if (!testing::is_fast(GetParam().constant) && threads != one) continue;
             ComputeParameters settings = settings_for(GetParam(), dec, threads);
             ASSERT_EQ(run_refusal(settings), "");
             check(std::move(settings));
