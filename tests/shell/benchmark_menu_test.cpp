@@ -114,6 +114,12 @@ class BenchmarkMenu : public ::testing::Test {
     std::string choose(std::string_view input, u64_t physical_memory = all_memory) {
         return testing::console_output([&] { choose_benchmark(parameters, physical_memory); }, input);
     }
+    // Both questions, and the menu for the threads that the first answer leaves.
+    void expect_whole_dialogue(std::string_view input, u64_t threads) {
+        EXPECT_EQ(choose(input), title + types + prompt + W + "\n" + available(all_memory) +
+                                     decimal_menu(threads) + prompt + W);
+        EXPECT_EQ(parameters.threads, threads);
+    }
     std::string_view chosen() const { return parameters.size == nullptr ? "" : parameters.size->key; }
 
     BenchmarkParameters parameters;
@@ -121,18 +127,14 @@ class BenchmarkMenu : public ::testing::Test {
 
 TEST_F(BenchmarkMenu, AllOfItOnOneThread) {
     parameters.threads = 2;
-    EXPECT_EQ(choose("0\n3\n"),
-              title + types + prompt + W + "\n" + available(all_memory) + decimal_menu(1) + prompt + W);
+    expect_whole_dialogue("0\n3\n", 1);
     EXPECT_EQ(chosen(), "100m");
-    EXPECT_EQ(parameters.threads, 1u);
 }
 
 TEST_F(BenchmarkMenu, AllOfItOnAllThreads) {
     parameters.threads = 24;
-    EXPECT_EQ(choose("1\n1\n"),
-              title + types + prompt + W + "\n" + available(all_memory) + decimal_menu(24) + prompt + W);
+    expect_whole_dialogue("1\n1\n", 24);
     EXPECT_EQ(chosen(), "25m");
-    EXPECT_EQ(parameters.threads, 24u);
 }
 
 TEST_F(BenchmarkMenu, TheMemoryIsThatOfTheThreads) {
